@@ -1,0 +1,4 @@
+# The Debian packages of the project, for the scripts.
+build_packages=(g++ cmake ninja-build ccache nlohmann-json3-dev libcli11-dev libpng-dev)
+test_packages=(libgtest-dev libbenchmark-dev)
+ci_packages=(clang-14 libclang-rt-14-dev)

@@ -1,0 +1,34 @@
+// make_sample OUT_DIR TEXT_DIR: the complete game data of the sample in OUT_DIR, from the committed texts of TEXT_DIR.
+#include <cstdio>
+#include <filesystem>
+
+#include "Sample.h"
+#include "foundation/Desktop.h"
+
+static int Fail(const std::string& what) {
+    std::fprintf(stderr, "make_sample: %s\n", what.c_str());
+    return 1;
+}
+
+int main(int argc, char** argv) {
+    if (argc != 3)
+        return Fail("two folders are needed: the one to make and the one with the texts");
+    HeadlessDesktop desktop(stderr);
+    SetDesktop(&desktop);
+    std::error_code failure;
+    std::filesystem::create_directories(argv[1], failure);
+    std::filesystem::copy(argv[2], argv[1], std::filesystem::copy_options::recursive | std::filesystem::copy_options::overwrite_existing, failure);
+    if (!failure)
+        std::filesystem::current_path(argv[1], failure);
+    if (failure)
+        return Fail(std::string("\"") + argv[1] + "\" cannot be made: " + failure.message());
+    for (const char* folder : {"Data", "Addons", "Maps", "Marrowstead/Projects", "Marrowstead/Brushes", "Marrowstead/Prefabs"})
+        std::filesystem::create_directories(folder, failure);
+    std::string error;
+    if (!MakeTextures() || !MakeMeshes())
+        return Fail("a picture or mesh cannot be written");
+    if (!MakeLibraries(error) || !MakeLevel(error))
+        return Fail(error);
+    SetDesktop(nullptr);
+    return 0;
+}

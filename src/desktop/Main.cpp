@@ -1,0 +1,43 @@
+// marrowstead2000 [options] PROJECT.msp: compiles the project and ends.
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdio>
+#include <unistd.h>
+
+#include "editor/Application.h"
+#include "foundation/Desktop.h"
+
+static volatile std::sig_atomic_t stop_signal = 0;
+
+// The first Ctrl+C is the Stop button; a second one ends the program at once.
+static void OnInterrupt(int signal) {
+    stop_signal = 1;
+    std::signal(signal, SIG_DFL);
+}
+
+int main(int argc, char** argv) {
+    CommandLine command_line;
+    CLI::App app{"Compiles a level project (.msp) into the world file that the game loads (Maps/<name>.few)."};
+    app.set_version_flag("--version", "marrowstead2000 " MARROWSTEAD_VERSION);
+    app.add_option("PROJECT", command_line.project, "the project file")->required();
+    app.add_option("--data", command_line.data_folder, "the game data root (default: the current folder)");
+    app.add_option("--set", command_line.overrides, "NAME=VALUE: a setting for this run only, such as LightingMethod=2")->take_all()->allow_extra_args(false);
+    app.add_option("--threads", command_line.threads, "threads of the compile (default: all cores)")->check(CLI::Range(1, 1024));
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& wanted) {
+        return app.exit(wanted);
+    } catch (const CLI::ParseError& wrong) {
+        std::fprintf(stderr, "%s (--help tells the options)\n", wrong.what());
+        return EXIT_BAD_INPUT;
+    }
+    HeadlessDesktop desktop(stderr);
+    SetDesktop(&desktop);
+    std::signal(SIGINT, OnInterrupt);
+    std::signal(SIGTERM, OnInterrupt);
+    command_line.progress_bar = isatty(STDERR_FILENO) != 0;
+    command_line.stop_signal = &stop_signal;
+    const ExitStatus status = CMarrowstead2App::CompileProject(command_line);
+    SetDesktop(nullptr);
+    return status;
+}

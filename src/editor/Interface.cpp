@@ -1,0 +1,133 @@
+#include "editor/Interface.h"
+
+#include <unistd.h>
+
+#include "editor/CompileLog.h"
+#include "files/FileFind.h"
+#include "foundation/Desktop.h"
+#include "foundation/Log.h"
+#include "foundation/Paths.h"
+#include "foundation/Strings.h"
+
+static constexpr const char* ENTITY_DEFINITIONS = "Marrowstead\\entities.def";
+static constexpr const char* WEAPON_FOLDER = "Scripts\\Weapons";
+static constexpr const char* PROJECT_FOLDER = "Marrowstead\\Projects";
+static constexpr const char* AUTOSAVE_NAME = "__autosave__.msp";
+static constexpr size_t DEFINITION_ENDING = 4; // ".def"
+
+CInterface::CInterface() : settings(ReadSettings()), stored_settings(settings) {}
+
+CInterface::~CInterface() {
+    if (!settings_overridden)
+        WriteSettings(settings, stored_settings);
+}
+
+bool CInterface::OverrideSetting(std::string_view assignment, std::string& error) {
+    settings_overridden = true;
+    return ApplySetting(settings, assignment, error);
+}
+
+void CInterface::Init() {
+    entity_parser = std::make_unique<EntityParser>(ENTITY_DEFINITIONS);
+    actor_def_groups.ParseActorDefGroups();
+    FileFindObject weapons(WEAPON_FOLDER, "*.def", FFO_FileFind, true);
+    while (const FFOInfo* found = weapons.FindNext())
+        weapon_defs.AddString(found->name.substr(0, found->name.size() - DEFINITION_ENDING));
+    materials.ParseTextures();
+    is_initialized = true;
+}
+
+void CInterface::InitEditor() {
+    world.reset(); // frees its textures before the next one takes them
+    world = std::make_unique<World>(&materials);
+    views = {};
+    project_file_has_name = false;
+}
+
+bool CInterface::LoadProject(const char* filepath, std::string_view filename, std::string& error) {
+    RemoveFile(TRACE_LOG);
+    RemoveFile(TEXTURE_LOG);
+    const std::string full_name = filepath ? std::string(filepath) + "\\" + std::string(filename) : std::string(filename);
+    if (!::LoadProject(full_name, *world, views, materials, *entity_parser, error)) {
+        InitEditor();
+        return false;
+    }
+    project_file_has_name = filepath != nullptr;
+    project_file_path = filepath ? filepath : PROJECT_FOLDER;
+    project_file_name = filename;
+    return true;
+}
+
+bool CInterface::SaveProject(std::string_view filepath, std::string_view filename, bool update_project_name) {
+    std::string error;
+    const std::string full_name = std::string(filepath) + "\\" + std::string(filename);
+    const bool saved = ::SaveProject(full_name, *world, views, settings.create_prj_backup, error);
+    if (update_project_name) {
+        project_file_has_name = true;
+        project_file_path = filepath;
+        project_file_name = filename;
+    }
+    project_file_need_save = false;
+    if (!saved)
+        GetDesktop().MessageBox("There was an error writing the file, please\ncheck if you have enough disk space.\n" + error, "Error");
+    return saved;
+}
+
+CompileOptions CInterface::MakeCompileOptions() const {
+    CompileOptions options;
+    options.lighting_method = settings.lighting_method;
+    options.lightmap_detail = settings.lightmap_detail;
+    options.voxel_size = settings.voxel_size;
+    options.clip_box_compilation = settings.clip_box_compilation;
+    options.smooth_shadows = settings.smooth_shadows;
+    options.subdivide_world = settings.subdivide_world;
+    options.save_finalmap = settings.save_finalmap;
+    options.create_render_groups = settings.create_render_groups;
+    options.clip_box = views.clip_box;
+    options.threads = threads;
+    return options;
+}
+
+bool CInterface::TargetIsReadOnly(const std::string& target) const {
+    return FileExistsOnDisk(target) && access(RealPath(target).c_str(), W_OK) != 0;
+}
+
+static std::string TimeSince(uint32_t start) {
+    int hours = 0, minutes = 0, seconds = 0;
+    ConvertTime(GetDesktop().GetTickCount() - start, hours, minutes, seconds);
+    return Format("Total compilation time: %02dh %02dm %02ds", hours, minutes, seconds);
+}
+
+CompileOutcome CInterface::Compile(CProgressText& progress) {
+    const std::string target = "Maps\\" + world->map_file + ".few";
+    if (TargetIsReadOnly(target)) {
+        GetDesktop().MessageBox(Format("Warning target file: \"%s.few\" is read only.\nPlease, remove read-only flag (or use "
+                                       "Bindery)\nbefore compiling it.\n", world->map_file.c_str()), "Error");
+        return CompileOutcome::NotWritten;
+    }
+    RemoveFile(TRACE_LOG);
+    compilation_active = true;
+    if (settings.bkp_before_compile) {
+        MakeFolders(project_file_path);
+        SaveProject(project_file_path, AUTOSAVE_NAME, false);
+    }
+    const uint32_t start = GetDesktop().GetTickCount();
+    CompileLog log(project_file_has_name ? project_file_name : std::string(), world->map_file);
+
+    std::string message;
+    const CompileResult result = CompileWorld(*world, MakeCompileOptions(), target, progress, message);
+    const bool stages_ran = result != CompileResult::Problems && result != CompileResult::LimitExceeded;
+    progress.AddText((stages_ran ? "Map compilation finished\r\n" : "") + TimeSince(start));
+    log.Finish(progress.GetText());
+    compilation_active = false;
+    if (!message.empty())
+        GetDesktop().MessageBox(message, "Error");
+    switch (result) {
+    case CompileResult::Written: return CompileOutcome::Written;
+    case CompileResult::Stopped: return CompileOutcome::Stopped;
+    case CompileResult::WriteFailed: return CompileOutcome::NotWritten;
+    case CompileResult::Problems:
+    case CompileResult::LimitExceeded: break;
+    }
+    return CompileOutcome::Problems;
+}

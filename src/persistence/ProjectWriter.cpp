@@ -1,0 +1,194 @@
+#include <algorithm>
+#include <filesystem>
+
+#include "files/ChunkFile.h"
+#include "foundation/Paths.h"
+#include "persistence/Project.h"
+#include "persistence/ProjectChunks.h"
+#include "persistence/Records.h"
+
+static void WriteSurfaceCounts(UChunkFile& file, const Surface& surface, bool curved) {
+    RecordWriter record;
+    record.Put(static_cast<int32_t>(surface.vertices.size())).Put(static_cast<int32_t>(surface.tri_indices.size()));
+    record.Put(static_cast<int32_t>(surface.edge_indices.size())).Put<int32_t>(curved ? surface.cp_count : 0);
+    record.Put<int32_t>(0); // lights: no meaning in a project
+    record.WriteTo(file);
+}
+
+template <class T>
+static void WriteFirst(UChunkFile& file, const std::vector<T>& values) {
+    file.WriteValue(values.empty() ? T{} : values.front());
+}
+
+static void WriteFlatSurface(UChunkFile& file, const Surface& surface) {
+    file.WriteValues(surface.vertices);
+    WriteFirst(file, surface.normal);
+    file.WriteValues(surface.uv);
+    WriteFirst(file, surface.diffuse);
+    file.WriteValues(surface.tri_indices);
+    file.WriteValues(surface.edge_indices);
+    PackTexInfo(surface.texture).WriteTo(file);
+}
+
+// Curved geometry is rebuilt from its control points; only a custom brush stores its mesh.
+static void WriteCurvedSurface(UChunkFile& file, const Surface& surface, bool custom) {
+    if (custom) {
+        file.WriteValues(surface.vertices);
+        file.WriteValues(surface.normal);
+        file.WriteValues(surface.uv);
+        file.WriteValues(surface.diffuse);
+        file.WriteValues(surface.tri_indices);
+        file.WriteValues(surface.edge_indices);
+    } else {
+        file.WriteValues(surface.cp);
+    }
+    PackTexInfo(surface.texture).WriteTo(file);
+}
+
+// The length without terminator, then the characters if there are any.
+static void WriteCountedText(UChunkFile& file, const std::string& text) {
+    file.WriteValue(static_cast<int32_t>(text.size()));
+    if (!text.empty())
+        file.WriteArray(text.data(), text.size());
+}
+
+static void WriteBrush(UChunkFile& file, const Brush& brush, int index) {
+    file.CreateChunk(CHUNK_BRUSH, static_cast<uint32_t>(index));
+    const int links = brush.linked_objects.GetCount();
+    RecordWriter record;
+    record.Put(static_cast<uint32_t>(brush.type)).Put(brush.bbox).Put(brush.pivot);
+    record.Put(PackColor(brush.color_vector)).Put(brush.color_vector);
+    record.Put(static_cast<int32_t>(brush.surfaces.size())).Put(static_cast<int32_t>(brush.curved_surfaces.size()));
+    record.Put<int32_t>(links).PutFlag(false).PutFlag(brush.is_hidden).PutFlag(brush.is_frozen);
+    record.WriteTo(file);
+    if (links > 0)
+        file.WriteArray(brush.linked_objects.GetListPtr(), static_cast<size_t>(links) * sizeof(uint32_t));
+    brush.ForEachSurface([&](const Surface& surface, int, bool curved) { WriteSurfaceCounts(file, surface, curved); });
+    for (const Surface& surface : brush.surfaces)
+        WriteFlatSurface(file, surface);
+    for (const Surface& surface : brush.curved_surfaces)
+        WriteCurvedSurface(file, surface, brush.IsCustom());
+
+    file.WriteValue(brush.GetObjectID());
+    file.WriteValue(brush.properties);
+    WriteCountedText(file, brush.name);
+    file.WriteValue<uint32_t>(brush.energy);
+    file.WriteValue(brush.mass);
+    WriteCountedText(file, brush.death_particle);
+    file.WriteValue(brush.elasticity);
+    file.WriteValue(brush.static_friction);
+    file.WriteValue(brush.dynamic_friction);
+    file.WriteValue(brush.terrain_vertex_size);
+    file.WriteValue(brush.coll_dmg);
+    file.WriteValue(brush.touch_dmg);
+    file.WriteValue(brush.time_scale);
+    file.WriteValue(brush.rotation_factor);
+    file.WriteValue(brush.link_action);
+    file.CloseChunk();
+}
+
+static void WriteMaterial(UChunkFile& file, const MaterialRow& row, int index) {
+    file.CreateChunk(CHUNK_MATERIAL, static_cast<uint32_t>(index));
+    RecordWriter().PutText(row.material_class, NAME_FIELD).PutText(row.material_name, NAME_FIELD).WriteTo(file);
+    RecordWriter().PutText(row.texture_class, NAME_FIELD).PutText(row.texture_name, NAME_FIELD).WriteTo(file);
+    file.CloseChunk();
+}
+
+static void WriteEntity(UChunkFile& file, const Entity& entity, int index) {
+    file.CreateChunk(CHUNK_ENTITY, static_cast<uint32_t>(index));
+    file.WriteString(entity.name);
+    WriteEntityArrays(file, entity);
+    file.WriteValue(entity.GetObjectID());
+    const int links = entity.linked_objects.GetCount();
+    file.WriteValue<int32_t>(links);
+    file.WriteArray(entity.linked_objects.GetListPtr(), static_cast<size_t>(links) * sizeof(uint32_t));
+    file.CloseChunk();
+}
+
+static void WriteMapInfo(UChunkFile& file, const World& world, const ProjectViews& views) {
+    file.CreateChunk(CHUNK_MAP_INFO, ANY_CHUNK_ID);
+    RecordWriter().PutText(world.map_file, PATH_FIELD).WriteTo(file);
+    for (const VIEWINFO* view : {&views.front, &views.top, &views.left, &views.perspective})
+        file.WriteValue(*view);
+    RecordWriter().PutText(world.map_name, PATH_FIELD).WriteTo(file);
+    file.CloseChunk();
+}
+
+static void WriteGroups(UChunkFile& file, const World& world) {
+    for (int g = 0; g < world.GetGroupCount(); ++g) {
+        file.CreateChunk(CHUNK_GROUP, static_cast<uint32_t>(g));
+        const ObjectGroupLists& lists = world.group[static_cast<size_t>(g)];
+        for (const Selection* members : {&lists.brushes, &lists.entities})
+            file.WriteArray(members->GetListPtr(), static_cast<size_t>(members->GetItemCount()) * sizeof(int32_t));
+        file.CloseChunk();
+    }
+}
+
+static void WriteActorGroups(UChunkFile& file, const World& world) {
+    file.CreateChunk(CHUNK_AI_GROUPS, ANY_CHUNK_ID);
+    const int count = static_cast<int>(world.actor_groups.size());
+    file.WriteValue<int32_t>(count);
+    for (const auto& actor_group : world.actor_groups) {
+        file.WriteArray(actor_group->name.data(), actor_group->name.size());
+        for (int g = 0; g < count; ++g)
+            PackRelation(actor_group->GetRelation(g)).WriteTo(file);
+    }
+    file.CloseChunk();
+}
+
+static void WriteChunks(UChunkFile& file, const World& world, const ProjectViews& views) {
+    file.CreateChunk(CHUNK_FORMAT, ANY_CHUNK_ID);
+    file.WriteString(PROJECT_FORMAT_2_0);
+    file.CloseChunk();
+    for (int b = 0; b < world.GetBrushCount(); ++b)
+        WriteBrush(file, *world.brush[static_cast<size_t>(b)], b);
+    for (int m = 1; m < world.GetMaterialCount(); ++m)
+        WriteMaterial(file, world.material[static_cast<size_t>(m)], m);
+    for (int e = 0; e < world.GetEntityCount(); ++e)
+        if (const Entity& entity = *world.entity[static_cast<size_t>(e)]; !entity.IsPathPoint())
+            WriteEntity(file, entity, e);
+    WriteMapInfo(file, world, views);
+    WriteGroups(file, world);
+    file.CreateChunk(CHUNK_CORDON, ANY_CHUNK_ID);
+    file.WriteValue(views.cordon_box);
+    file.WriteValue(views.clip_box);
+    file.CloseChunk();
+    file.CreateChunk(CHUNK_MP_GAMES, ANY_CHUNK_ID);
+    file.WriteValue(static_cast<int32_t>(world.mp_games.size()));
+    for (const std::string& game : world.mp_games)
+        file.WriteString(game);
+    file.CloseChunk();
+    WriteActorGroups(file, world);
+    file.CreateChunk(CHUNK_DECALS, ANY_CHUNK_ID);
+    file.WriteValue(static_cast<int32_t>(world.decal_template.size()));
+    for (const auto& decal : world.decal_template)
+        PackDecalTemplate(*decal).WriteTo(file);
+    file.CloseChunk();
+}
+
+// The existing project becomes the backup by a hard link or copy, so that the project itself is there at every moment.
+static void KeepBackup(std::string_view full_name) {
+    std::error_code ignored;
+    const std::filesystem::path project = RealPath(full_name);
+    const std::filesystem::path backup = RealPath(std::string(full_name) + ".bkp");
+    if (!std::filesystem::exists(project, ignored))
+        return;
+    std::filesystem::remove(backup, ignored);
+    std::error_code no_link;
+    std::filesystem::create_hard_link(project, backup, no_link);
+    if (no_link)
+        std::filesystem::copy_file(project, backup, std::filesystem::copy_options::overwrite_existing, ignored);
+}
+
+bool SaveProject(std::string_view full_name, World& world, const ProjectViews& views, bool backup, std::string& error) {
+    world.FlushUnusedMaterials();
+    if (backup)
+        KeepBackup(full_name);
+    UChunkFile file(full_name, CFM_Create);
+    if (file.IsValid())
+        WriteChunks(file, world, views);
+    if (file.IsValid() && file.CloseChunkFile())
+        return true;
+    error = file.GetError();
+    return false;
+}

@@ -1,0 +1,259 @@
+#include "scene/World.h"
+
+#include <algorithm>
+
+#include "foundation/Desktop.h"
+#include "foundation/Strings.h"
+#include "render/Textures.h"
+#include "scene/FrontEnd.h"
+
+namespace {
+
+const MaterialSource NO_MATERIALS;
+constexpr uint32_t DARKMAP_SIDE = 4;
+
+std::string LimitSentence(const char* what, int limit) {
+    return Format("The level cannot hold more than %d %s", limit, what);
+}
+
+// For what the user does: each refusal is told.
+void RefuseWithBox(const char* what, int limit) { GetDesktop().MessageBox(LimitSentence(what, limit), "Warning"); }
+
+template <class T>
+int IndexOf(const std::vector<std::unique_ptr<T>>& list, const T* object) {
+    const auto found = std::find_if(list.begin(), list.end(), [object](const auto& p) { return p.get() == object; });
+    return found == list.end() ? -1 : static_cast<int>(found - list.begin());
+}
+
+} // namespace
+
+World::World(const MaterialSource* source) : material(1), material_source(source ? source : &NO_MATERIALS) {
+    darkmap = crTCreate(DARKMAP_SIDE, DARKMAP_SIDE, 32, TL_DARKMAP, TEX_NORMAL, 0, false);
+    const std::vector<uint32_t> black(DARKMAP_SIDE * DARKMAP_SIDE, 0);
+    crTFillTexture(darkmap, black.data(), 0, 0);
+    AddDefaultGroups();
+}
+
+World::~World() {
+    brush.clear();
+    entity.clear();
+    // The icons of entities belong to their definitions, which outlive a world.
+    crTDestroy(darkmap);
+    crTDestroyAll(TL_MATERIAL | TL_LIGHTMAP);
+}
+
+int World::GetBrushIndex(const Brush* b) const { return IndexOf(brush, b); }
+
+int World::GetEntityIndex(const Entity* e) const { return IndexOf(entity, e); }
+
+Brush* World::GetBrushFromID(uint32_t id) const {
+    BaseObject* object = BaseObject::GetObjectFromID(id);
+    return object && object->GetGroupID() == OBJECT_BRUSH ? object->GetBrush() : nullptr;
+}
+
+Entity* World::GetEntityFromID(uint32_t id) const {
+    BaseObject* object = BaseObject::GetObjectFromID(id);
+    return object && object->GetGroupID() == OBJECT_ENTITY ? object->GetEntity() : nullptr;
+}
+
+Entity* World::GetEntityFromName(std::string_view variable_name) const {
+    for (const auto& e : entity)
+        if (e->variable_name == variable_name)
+            return e.get();
+    return nullptr;
+}
+
+Brush* World::CreateBrush(const BrushShape& shape) {
+    if (GetBrushCount() >= MAX_BRUSHES) {
+        RefuseWithBox("brushes", MAX_BRUSHES);
+        return nullptr;
+    }
+    BrushShape detailed = shape;
+    detailed.curve_detail = curve_detail;
+    Brush* b = AddBrush(std::make_unique<Brush>(detailed));
+    for (size_t c = 0; c < b->custom_material_names.size(); ++c) {
+        TEX_INFO& info = b->curved_surfaces[c].texture;
+        info.index = std::max(GetNewMaterial("brushes", b->custom_material_names[c]), 0);
+        const SIZE size = TextureSize(info.index);
+        info.size = {static_cast<float>(size.cx), static_cast<float>(size.cy)};
+    }
+    b->custom_material_names.clear();
+    brush_selection.AddItem(b->index);
+    b->GenerateNewObjectID();
+    first_selected_id = b->GetObjectID();
+    GetFrontEnd().SelectionChanged();
+    return b;
+}
+
+Brush* World::AddBrush(std::unique_ptr<Brush> b) {
+    if (GetBrushCount() >= MAX_BRUSHES) {
+        NoticeOnce(LimitSentence("brushes", MAX_BRUSHES));
+        return nullptr;
+    }
+    b->index = GetBrushCount();
+    brush.push_back(std::move(b));
+    return brush.back().get();
+}
+
+Entity* World::AddEntity(std::unique_ptr<Entity> e) {
+    if (GetEntityCount() >= MAX_ENTITIES) {
+        NoticeOnce(LimitSentence("entities", MAX_ENTITIES));
+        return nullptr;
+    }
+    entity.push_back(std::move(e));
+    return entity.back().get();
+}
+
+Entity* World::NewEntityCreated(std::unique_ptr<Entity> e, uint32_t flags) {
+    constexpr uint32_t SELECT_ALONE = 1;
+    if (GetEntityCount() >= MAX_ENTITIES) {
+        RefuseWithBox("entities", MAX_ENTITIES);
+        return nullptr;
+    }
+    Entity* created = AddEntity(std::move(e));
+    created->GenerateNewObjectID();
+    if (flags & SELECT_ALONE) {
+        entity_selection.ClearList();
+        entity_selection.AddItem(GetEntityCount() - 1);
+        first_selected_id = created->GetObjectID();
+        GetFrontEnd().SelectionChanged();
+    }
+    return created;
+}
+
+void World::GenerateIDs() {
+    constexpr uint32_t NO_OBJECT_ID_EITHER = 0xFFFFFFFE;
+    const auto generate = [](BaseObject& object) {
+        if (object.GetObjectID() == NO_OBJECT_ID || object.GetObjectID() == NO_OBJECT_ID_EITHER)
+            object.GenerateNewObjectID();
+    };
+    for (const auto& b : brush)
+        generate(*b);
+    for (const auto& e : entity)
+        generate(*e);
+}
+
+bool World::ValidateIDs() {
+    bool shared = false;
+    const auto validate = [&shared](BaseObject& object) {
+        const uint32_t id = object.GetObjectID();
+        BaseObject* owner = BaseObject::GetObjectFromID(id);
+        if (owner == &object && id != NO_OBJECT_ID)
+            return;
+        object.GenerateNewObjectID();
+        if (owner && id != NO_OBJECT_ID) {
+            shared = true;
+            owner->SetObjectID(id); // giving up the id took the owner's entry out of the table
+        }
+    };
+    for (const auto& b : brush)
+        validate(*b);
+    for (const auto& e : entity)
+        validate(*e);
+    return shared;
+}
+
+void World::ReindexObjectIDs() {
+    std::vector<BaseObject*> objects;
+    for (const auto& e : entity)
+        objects.push_back(e.get());
+    for (const auto& b : brush)
+        objects.push_back(b.get());
+    std::vector<uint32_t> old_ids;
+    for (BaseObject* object : objects) {
+        old_ids.push_back(object->GetObjectID());
+        object->SetObjectID(NO_OBJECT_ID);
+    }
+    BaseObject::ResetObjectIDs();
+    UHashTable<1023, uint32_t> new_ids;
+    for (size_t i = 0; i < objects.size(); ++i) {
+        objects[i]->GenerateNewObjectID();
+        if (old_ids[i] != NO_OBJECT_ID)
+            new_ids.Add(old_ids[i], objects[i]->GetObjectID());
+    }
+    for (BaseObject* object : objects)
+        for (int i = 0; i < object->GetLinkedObjectsCount(); ++i) {
+            uint32_t id;
+            if (new_ids.Get(object->GetLinkedObjectID(i), id))
+                object->SetLinkedObjectID(i, id);
+        }
+    GetDesktop().MessageBox("Reindexing done succesfully. Some external references (e.g. movies) may not function "
+                            "properly after reindexing.",
+                            "Marrowstead 2000");
+}
+
+void World::ChangeBrushColor(const D3DCOLORVALUE& color) {
+    for (const int b : brush_selection)
+        brush[static_cast<size_t>(b)]->ChangeColor(color);
+}
+
+void World::ChangeCurveDetail(bool higher) {
+    constexpr int FINEST = 0, COARSEST = 3;
+    if (curve_detail == (higher ? FINEST : COARSEST))
+        return;
+    curve_detail += higher ? -1 : 1;
+    for (const auto& b : brush)
+        b->ChangeCurveDetail(curve_detail);
+}
+
+void World::MoveEntity(const D3DVECTOR& v) {
+    for (const int e : entity_selection) {
+        Entity& moved = *entity[static_cast<size_t>(e)];
+        moved.SetPosition(moved.position + v);
+    }
+}
+
+void World::ConvertSelectedEntities(const Entity& new_kind) {
+    for (const int e : entity_selection) {
+        Entity& converted = *entity[static_cast<size_t>(e)];
+        const Entity old(converted);
+        converted = new_kind;
+        converted.position = old.position;
+        converted.variable_name = old.variable_name;
+        for (EntityParameter& parameter : converted.parameter) {
+            const EntityParameter* source = old.GetParameterStr(parameter.name);
+            if (!source)
+                continue;
+            const bool is_choice =
+                std::any_of(parameter.constant.begin(), parameter.constant.end(),
+                            [&](const std::string& choice) { return EqualNoCase(choice, source->p_text); });
+            if (parameter.type != EPT_CONSTANT || is_choice)
+                parameter.TakeValue(*source);
+        }
+    }
+}
+
+void World::ChangeEntityParameter(const EntityParameter& value, const char* entity_type, bool update_views) {
+    for (const int e : entity_selection) {
+        Entity& changed = *entity[static_cast<size_t>(e)];
+        EntityParameter* parameter = changed.GetParameterStr(value.name);
+        if (parameter && (!entity_type || changed.IsType(entity_type)))
+            parameter->TakeValue(value);
+    }
+    if (update_views) {
+        GetFrontEnd().RedrawAllViews();
+        GetFrontEnd().MarkFileAsDirty(true);
+    }
+}
+
+DecalTemplate* World::AddNewDecal(std::unique_ptr<DecalTemplate> decal) {
+    if (decal_template.size() >= MAX_DECAL_TEMPLATES) {
+        NoticeOnce(LimitSentence("decals", MAX_DECAL_TEMPLATES));
+        return nullptr;
+    }
+    last_decal_id = decal->id;
+    decal_template.push_back(std::move(decal));
+    return decal_template.back().get();
+}
+
+void World::ClearAllDecals() { decal_template.clear(); }
+
+void World::AddDefaultGroups() {
+    for (int i = 0; i < 2; ++i) {
+        auto group_of_actors = std::make_unique<CActorGroup>();
+        group_of_actors->name = i == 0 ? "Player" : "Bots";
+        group_of_actors->SetType(0, i == 0 ? AGT_Ally : AGT_Enemy);
+        group_of_actors->SetType(1, i == 1 ? AGT_Ally : AGT_Enemy);
+        actor_groups.push_back(std::move(group_of_actors));
+    }
+}

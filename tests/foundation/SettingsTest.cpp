@@ -1,0 +1,114 @@
+#include "foundation/Settings.h"
+#include "foundation/TempFolder.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+// Every test has a settings folder of its own.
+class Settings : public testing::Test {
+protected:
+    void SetUp() override { setenv("MARROWSTEAD_CONFIG", (folder / "config").c_str(), 1); }
+    void TearDown() override { unsetenv("MARROWSTEAD_CONFIG"); }
+
+    std::string File() const { return folder / "config/settings.json"; }
+
+    TempFolder folder;
+};
+
+TEST_F(Settings, EveryTypeComesBack) {
+    const int number = -7;
+    const float real = 1.5f;
+    const unsigned char rectangle[16] = {1, 2, 3, 255};
+    {
+        RegistryClass registry;
+        ASSERT_TRUE(registry.OpenKeyDirectory(SETTINGS_KEY));
+        EXPECT_TRUE(registry.SetKeyValue("AutoLoadProject", &number));
+        EXPECT_TRUE(registry.SetKeyValue("Scale", &real));
+        EXPECT_TRUE(registry.SetKeyValue("LastFolder", "Maps\\\xE9"));
+        EXPECT_TRUE(registry.SetKeyValue("Plain", "caf\xC3\xA9"));
+        EXPECT_TRUE(registry.SetKeyValue("ExtendedSelPos", rectangle, sizeof rectangle));
+    }
+    RegistryClass registry;
+    ASSERT_TRUE(registry.OpenKeyDirectory("SOFTWARE\\tallowen\\Marrowstead")) << "names have no case";
+    EXPECT_EQ(registry.GetInteger("autoloadproject", 0), -7);
+    EXPECT_EQ(registry.GetInteger("Absent", 3), 3);
+    EXPECT_EQ(registry.GetInteger("LastFolder", 3), 3) << "of another type";
+    EXPECT_TRUE(registry.GetFlag("AutoLoadProject", false));
+    EXPECT_EQ(registry.GetText("LastFolder", ""), "Maps\\\xE9");
+    EXPECT_EQ(registry.GetText("Plain", ""), "caf\xC3\xA9");
+    EXPECT_EQ(registry.GetText("Absent", "x"), "x");
+    float read_real = 0;
+    SettingType type = SettingType::None;
+    EXPECT_EQ(registry.GetKeyValue("Scale", &read_real, 4, &type), 4);
+    EXPECT_EQ(read_real, 1.5f);
+    EXPECT_EQ(type, SettingType::Binary);
+    unsigned char bytes[32] = {};
+    EXPECT_EQ(registry.GetKeyValue("ExtendedSelPos", bytes, sizeof bytes), 16);
+    EXPECT_EQ(std::memcmp(bytes, rectangle, sizeof rectangle), 0);
+    EXPECT_EQ(registry.GetKeyValue("ExtendedSelPos", bytes, 2), 2);
+    EXPECT_EQ(registry.GetKeyValue("Plain", bytes, sizeof bytes, &type), 6) << "five bytes and the terminator";
+    registry.CloseKeyDirectory();
+    EXPECT_EQ(registry.GetKeyValue("Scale", &read_real, 4), 0) << "no key is open";
+    EXPECT_FALSE(registry.SetKeyValue("Scale", &real));
+}
+
+TEST_F(Settings, TheFileIsReadableAndKeepsWhatOthersWrote) {
+    WriteBytes(File(), "{\"Other\": {\"Value\": [1, 2]}, \"Software\": {\"Tallowen\": {\"x\": 1}}}");
+    RegistryClass registry;
+    ASSERT_TRUE(registry.OpenKeyDirectory(SETTINGS_KEY));
+    const int one = 1;
+    EXPECT_TRUE(registry.SetKeyValue("MultiEntSel", &one));
+    const std::string text = ReadBytes(File());
+    EXPECT_NE(text.find("\"MultiEntSel\": 1"), std::string::npos) << text;
+    EXPECT_NE(text.find("\"Value\""), std::string::npos);
+    EXPECT_TRUE(registry.DeleteKeyTree("Software\\Tallowen"));
+    EXPECT_FALSE(registry.DeleteKeyTree("Software\\Tallowen"));
+    EXPECT_EQ(registry.GetInteger("MultiEntSel", 5), 5);
+    EXPECT_NE(ReadBytes(File()).find("\"Value\""), std::string::npos);
+}
+
+TEST_F(Settings, DamagedFilesOpenEmptyAndAreKeptAside) {
+    const std::string deep = std::string(100000, '[');
+    for (const std::string& damaged :
+         {std::string("{\"Software\": "), std::string("[1]"), std::string(), deep,
+          "{\"a\":" + deep + std::string(100000, ']') + "}", std::string("\xFF\xFE\0", 3)}) {
+        WriteBytes(File(), damaged);
+        RegistryClass registry;
+        ASSERT_TRUE(registry.OpenKeyDirectory(SETTINGS_KEY));
+        EXPECT_EQ(registry.GetInteger("AutoLoadProject", 9), 9);
+        const int one = 1;
+        EXPECT_TRUE(registry.SetKeyValue("AutoLoadProject", &one));
+        EXPECT_EQ(registry.GetInteger("AutoLoadProject", 9), 1);
+        EXPECT_EQ(ReadBytes(File() + ".damaged"), damaged);
+    }
+}
+
+TEST_F(Settings, OddValuesAreNoSurprise) {
+    WriteBytes(File(), R"({"Software": {"Tallowen": {"Marrowstead":
+        {"Huge": 99999999999, "Half": 0.5, "Null": null, "Hex": {"binary": "0g"}, "Odd": {"binary": "abc"},
+         "List": [1], "Yes": true, "Unsigned": 4294967295}}, "Blocked": 5}})");
+    RegistryClass registry;
+    EXPECT_FALSE(registry.OpenKeyDirectory("Software\\Blocked\\Key")) << "a value stands in the way";
+    ASSERT_TRUE(registry.OpenKeyDirectory(SETTINGS_KEY));
+    for (const char* name : {"Huge", "Half", "Null", "Hex", "Odd", "List"}) {
+        EXPECT_EQ(registry.GetInteger(name, 9), 9) << name;
+        EXPECT_EQ(registry.GetText(name, "-"), "-") << name;
+    }
+    EXPECT_EQ(registry.GetInteger("Yes", 9), 1);
+    EXPECT_EQ(registry.GetInteger("Unsigned", 9), -1);
+}
+
+TEST(SettingsFolder, FollowsTheEnvironment) {
+    const char* home = std::getenv("HOME");
+    const std::string home_before = home ? home : "";
+    unsetenv("MARROWSTEAD_CONFIG");
+    setenv("XDG_CONFIG_HOME", "/xdg", 1);
+    EXPECT_EQ(SettingsFolder(), "/xdg/marrowstead2000");
+    unsetenv("XDG_CONFIG_HOME");
+    setenv("HOME", "/home/someone", 1);
+    EXPECT_EQ(SettingsFolder(), "/home/someone/.config/marrowstead2000");
+    setenv("MARROWSTEAD_CONFIG", "/own", 1);
+    EXPECT_EQ(SettingsFolder(), "/own");
+    unsetenv("MARROWSTEAD_CONFIG");
+    setenv("HOME", home_before.c_str(), 1);
+}

@@ -1,0 +1,188 @@
+#include "Picture3D.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "scene/Brush.h"
+#include "scene/World.h"
+
+static constexpr float NEAR_PLANE = 2.0f;
+static const D3DVECTOR GREY{0.6f, 0.6f, 0.6f};
+
+Picture3D::Picture3D(int w, int h, const Camera& camera)
+    : width(w), height(h), from(camera.position), scale(static_cast<float>(w) / 2 / std::tan(camera.fov / 2)),
+      depth(static_cast<size_t>(w) * static_cast<size_t>(h), 0.0f), color(depth.size(), D3DVECTOR{0.05f, 0.07f, 0.1f}) {
+    const float ce = std::cos(camera.elevation);
+    front = {std::sin(camera.azimuth) * ce, std::sin(camera.elevation), std::cos(camera.azimuth) * ce};
+    right = {std::cos(camera.azimuth), 0, -std::sin(camera.azimuth)};
+    up = CrossProduct(front, right);
+}
+
+Picture3D::Vertex Picture3D::ToView(const D3DVECTOR& p) const {
+    const D3DVECTOR d = p - from;
+    Vertex vertex;
+    vertex.view = {DotProduct(d, right), DotProduct(d, up), DotProduct(d, front)};
+    return vertex;
+}
+
+void Picture3D::Draw(const WorldFile& world, const std::vector<Texels>& textures) {
+    for (bool transparent : {false, true})
+        for (const WorldBrush& brush : world.brushes)
+            if (brush.type != BT_PORTAL && brush.type != BT_OCCLUDER)
+                for (const WorldSurface& surface : brush.surfaces)
+                    DrawSurface(brush, surface, world, textures, transparent);
+}
+
+// The mesh of a surface; a curved one is tessellated as the game does it.
+static WorldSurface Tessellated(const WorldSurface& surface) {
+    WorldSurface mesh = surface;
+    if (surface.cp_count == 0)
+        return mesh;
+    Brush brush;
+    brush.SetCurveDetail(0);
+    Surface& curved = brush.curved_surfaces.emplace_back();
+    curved.cp = surface.cp;
+    curved.cp_count = surface.cp_count;
+    curved.texture = surface.texture;
+    // On the quartered pages a texel is half of 1/256.
+    const float texels = 2.0f * LIGHTMAP_PAGE_SIDE;
+    curved.lightmap_size = {std::max(4, static_cast<int>(surface.lightmap.u_size * texels + 0.5f)), std::max(4, static_cast<int>(surface.lightmap.v_size * texels + 0.5f))};
+    brush.GenerateTextureSpaces();
+    brush.TesselateCurves();
+    brush.ComputeNormals();
+    brush.GenerateTextureSpaces();
+    brush.TesselateCurves();
+    mesh.vertices = curved.vertices;
+    mesh.uv = curved.uv;
+    mesh.lightmap_uv = curved.lightmap_uv;
+    mesh.triangles = curved.tri_indices;
+    return mesh;
+}
+
+void Picture3D::DrawSurface(const WorldBrush& brush, const WorldSurface& surface, const WorldFile& world, const std::vector<Texels>& textures, bool transparent) {
+    const int material = surface.texture.index;
+    if (material < 1 || static_cast<size_t>(material) > textures.size())
+        return;
+    const Texels& texture = textures[static_cast<size_t>(material) - 1];
+    const bool has_alpha = std::any_of(texture.argb.begin(), texture.argb.end(), [](uint32_t t) { return t >> 24 != 255; });
+    if (has_alpha != transparent)
+        return;
+    const WorldSurface mesh = Tessellated(surface);
+    const auto page = static_cast<size_t>(surface.lightmap.lightmap);
+    const bool lit = brush.type != BT_CUSTOM && page < world.lightmap_pages.size();
+    const Paint paint{&texture, lit ? &world.lightmap_pages[page] : nullptr, transparent};
+    std::vector<Vertex> vertices;
+    for (size_t v = 0; v < mesh.vertices.size(); ++v) {
+        Vertex& vertex = vertices.emplace_back(ToView(mesh.vertices[v]));
+        vertex.uv = v < mesh.uv.size() ? mesh.uv[v] : UVVector{};
+        if (v < mesh.lightmap_uv.size())
+            vertex.light = {surface.lightmap.u_start + mesh.lightmap_uv[v].u * surface.lightmap.u_size, surface.lightmap.v_start + mesh.lightmap_uv[v].v * surface.lightmap.v_size};
+        if (v < mesh.colors.size())
+            vertex.tint = {static_cast<float>(mesh.colors[v] >> 16 & 255) / 255, static_cast<float>(mesh.colors[v] >> 8 & 255) / 255, static_cast<float>(mesh.colors[v] & 255) / 255};
+    }
+    for (const TRIANGLE& triangle : mesh.triangles) {
+        const Vertex corners[3] = {vertices[triangle.i[0]], vertices[triangle.i[1]], vertices[triangle.i[2]]};
+        DrawTriangle(corners, paint);
+    }
+}
+
+// Cuts the triangle at the near plane and draws what is left as a fan.
+void Picture3D::DrawTriangle(const Vertex* corners, const Paint& paint) {
+    std::vector<Vertex> polygon;
+    for (int k = 0; k < 3; ++k) {
+        const Vertex &a = corners[k], &b = corners[(k + 1) % 3];
+        const bool a_in = a.view.z >= NEAR_PLANE, b_in = b.view.z >= NEAR_PLANE;
+        if (a_in)
+            polygon.push_back(a);
+        if (a_in != b_in) {
+            const float t = (NEAR_PLANE - a.view.z) / (b.view.z - a.view.z);
+            Vertex cut;
+            cut.view = a.view + (b.view - a.view) * t;
+            cut.uv = UVVector::interpolate(a.uv, b.uv, t);
+            cut.light = UVVector::interpolate(a.light, b.light, t);
+            cut.tint = a.tint + (b.tint - a.tint) * t;
+            polygon.push_back(cut);
+        }
+    }
+    for (size_t k = 2; k < polygon.size(); ++k)
+        Rasterise(polygon[0], polygon[k - 1], polygon[k], paint);
+}
+
+static float Fraction(float value) { return value - std::floor(value); }
+
+static D3DVECTOR Rgb24(uint32_t word) {
+    return D3DVECTOR{static_cast<float>(word >> 16 & 255), static_cast<float>(word >> 8 & 255), static_cast<float>(word & 255)} / 255.0f;
+}
+
+static uint32_t Texel(const Texels& texture, const UVVector& uv) {
+    const int x = std::min(static_cast<int>(Fraction(uv.u) * static_cast<float>(texture.width)), texture.width - 1);
+    const int y = std::min(static_cast<int>(Fraction(uv.v) * static_cast<float>(texture.height)), texture.height - 1);
+    return texture.argb[static_cast<size_t>(y) * static_cast<size_t>(texture.width) + static_cast<size_t>(x)];
+}
+
+// Bilinear, clamped to the page.
+static D3DVECTOR PageColor(const std::vector<uint8_t>& page, const UVVector& uv) {
+    constexpr int side = LIGHTMAP_PAGE_SIDE;
+    const float x = uv.u * side - 0.5f, y = uv.v * side - 0.5f;
+    const int x0 = static_cast<int>(std::floor(x)), y0 = static_cast<int>(std::floor(y));
+    const float fx = x - static_cast<float>(x0), fy = y - static_cast<float>(y0);
+    const auto at = [&page](int px, int py) {
+        const size_t k = (static_cast<size_t>(std::clamp(py, 0, side - 1)) * side + static_cast<size_t>(std::clamp(px, 0, side - 1))) * 3;
+        return D3DVECTOR{static_cast<float>(page[k + 2]), static_cast<float>(page[k + 1]), static_cast<float>(page[k])} / 255.0f;
+    };
+    return (at(x0, y0) * (1 - fx) + at(x0 + 1, y0) * fx) * (1 - fy) + (at(x0, y0 + 1) * (1 - fx) + at(x0 + 1, y0 + 1) * fx) * fy;
+}
+
+void Picture3D::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, const Paint& paint) {
+    const Vertex* corner[3] = {&a, &b, &c};
+    float x[3], y[3], w[3];
+    for (int k = 0; k < 3; ++k) {
+        w[k] = 1.0f / corner[k]->view.z;
+        x[k] = static_cast<float>(width) / 2 + corner[k]->view.x * w[k] * scale;
+        y[k] = static_cast<float>(height) / 2 - corner[k]->view.y * w[k] * scale;
+    }
+    const float area = (x[1] - x[0]) * (y[2] - y[0]) - (x[2] - x[0]) * (y[1] - y[0]);
+    if (!(std::fabs(area) > 1.0e-6f))
+        return;
+    const auto bound = [](float value, int most) { return static_cast<int>(std::clamp(value, 0.0f, static_cast<float>(most))); };
+    const int x_first = bound(std::min({x[0], x[1], x[2]}), width), x_last = bound(std::max({x[0], x[1], x[2]}) + 1, width);
+    const int y_first = bound(std::min({y[0], y[1], y[2]}), height), y_last = bound(std::max({y[0], y[1], y[2]}) + 1, height);
+    for (int py = y_first; py < y_last; ++py)
+        for (int px = x_first; px < x_last; ++px) {
+            const float cx = static_cast<float>(px) + 0.5f, cy = static_cast<float>(py) + 0.5f;
+            const float l1 = ((cx - x[0]) * (y[2] - y[0]) - (x[2] - x[0]) * (cy - y[0])) / area;
+            const float l2 = ((x[1] - x[0]) * (cy - y[0]) - (cx - x[0]) * (y[1] - y[0])) / area;
+            const float l0 = 1 - l1 - l2;
+            if (l0 < 0 || l1 < 0 || l2 < 0)
+                continue;
+            const float inverse = l0 * w[0] + l1 * w[1] + l2 * w[2];
+            const size_t pixel = static_cast<size_t>(py) * static_cast<size_t>(width) + static_cast<size_t>(px);
+            if (inverse <= depth[pixel])
+                continue;
+            const float p0 = l0 * w[0] / inverse, p1 = l1 * w[1] / inverse, p2 = l2 * w[2] / inverse;
+            const UVVector uv{a.uv.u * p0 + b.uv.u * p1 + c.uv.u * p2, a.uv.v * p0 + b.uv.v * p1 + c.uv.v * p2};
+            D3DVECTOR light = a.tint * p0 + b.tint * p1 + c.tint * p2;
+            if (paint.page)
+                light = PageColor(*paint.page, {a.light.u * p0 + b.light.u * p1 + c.light.u * p2, a.light.v * p0 + b.light.v * p1 + c.light.v * p2});
+            const bool textured = paint.texture->width > 0;
+            const uint32_t texel = textured ? Texel(*paint.texture, uv) : 0xFF000000;
+            const D3DVECTOR base = textured ? Rgb24(texel) : GREY;
+            if (paint.transparent) {
+                // Glass glows in its own colour and lets the rest through.
+                const float alpha = static_cast<float>(texel >> 24) / 255;
+                color[pixel] = base * (alpha * 0.8f) + color[pixel] * (1 - alpha);
+            } else {
+                color[pixel] = {base.x * light.x, base.y * light.y, base.z * light.z};
+                depth[pixel] = inverse;
+            }
+        }
+}
+
+std::vector<uint8_t> Picture3D::Rgb() const {
+    std::vector<uint8_t> rgb;
+    rgb.reserve(color.size() * 3);
+    for (const D3DVECTOR& c : color)
+        for (float channel : {c.x, c.y, c.z})
+            rgb.push_back(static_cast<uint8_t>(ChannelToByte(std::sqrt(std::max(0.0f, channel)))));
+    return rgb;
+}
