@@ -2,7 +2,7 @@
 #include "files/ChunkFile.h"
 
 #include <algorithm>
-#include <bit>
+#include <numeric>
 
 #include "files/ChunkFormat.h"
 #include "foundation/Strings.h"
@@ -59,6 +59,7 @@ void UChunkFile::HardCloseFile() {
     current_chunk_index = -1;
     chunk_is_open = false;
     chunk_headers.clear();
+    lengths_of_arrays.clear();
     chunk_names.clear();
 }
 
@@ -149,60 +150,63 @@ bool UChunkFile::CutNames(const std::vector<uint8_t>& block, uint32_t count) {
 bool UChunkFile::CutHeaders(const std::vector<uint8_t>& block, uint32_t count, uint32_t data_end) {
     if (count > block.size() / sizeof(StoredHeader))
         return Fail("is damaged: it holds fewer chunks than it tells");
-    chunk_headers.resize(count);
+    chunk_headers.reserve(count);
+    lengths_of_arrays.reserve((block.size() - count * sizeof(StoredHeader)) / sizeof(uint32_t));
     uint64_t empty_arrays = 0;
     size_t pos = 0;
-    for (ChunkHeader& header : chunk_headers) {
+    for (uint32_t i = 0; i < count; ++i) {
         if (block.size() - pos < sizeof(StoredHeader))
             return Fail("is damaged: it holds fewer chunks than it tells");
         const auto stored = Take<StoredHeader>(block.data() + pos);
         pos += sizeof stored;
-        header.chunk_name_index = stored.chunk_name_index;
-        header.chunk_ID = stored.chunk_ID;
-        header.chunk_type = stored.chunk_type;
-        header.file_offset = stored.file_offset;
-        header.arrays_count = stored.arrays_count;
-        const size_t lengths = stored.chunk_type == ONE_LENGTH ? 1 : stored.arrays_count;
-        if (stored.chunk_type > LENGTH_EACH || lengths > (block.size() - pos) / sizeof(uint32_t))
+        const ChunkHeader header = {stored.chunk_name_index, stored.chunk_ID,     stored.chunk_type,
+                                    stored.file_offset,      stored.arrays_count, lengths_of_arrays.size()};
+        if (header.chunk_type > LENGTH_EACH || StoredLengths(header) > (block.size() - pos) / sizeof(uint32_t))
             return Fail("is damaged: the lengths of a chunk's arrays are missing");
-        header.lengths_of_arrays.resize(lengths);
-        if (lengths > 0)
-            std::memcpy(header.lengths_of_arrays.data(), block.data() + pos, lengths * sizeof(uint32_t));
-        pos += lengths * sizeof(uint32_t);
+        const size_t bytes = StoredLengths(header) * sizeof(uint32_t);
+        lengths_of_arrays.resize(header.first_length + StoredLengths(header));
+        if (bytes > 0)
+            std::memcpy(lengths_of_arrays.data() + header.first_length, block.data() + pos, bytes);
+        pos += bytes;
         if (header.chunk_name_index >= chunk_names.size())
             return Fail("is damaged: a chunk has no name");
-        if (!CheckHeader(header, data_end, empty_arrays))
+        if (!LiesBefore(data_end, header))
             return Fail("is damaged: a chunk lies outside the file");
-    }
-    return true;
-}
-
-// All data of the chunk must lie before data_end. Works out the arrays' offsets.
-bool UChunkFile::CheckHeader(ChunkHeader& header, uint32_t data_end, uint64_t& empty_arrays) const {
-    if (header.file_offset < DATA_OFFSET || header.file_offset > data_end ||
-        header.DataSize() > data_end - header.file_offset)
-        return false;
-    if (header.chunk_type == ONE_LENGTH) {
-        if (header.lengths_of_arrays[0] == 0)
+        if (header.chunk_type == ONE_LENGTH && Lengths(header)[0] == 0)
             empty_arrays += header.arrays_count;
-        return empty_arrays <= MOST_EMPTY_ARRAYS;
-    }
-    header.offsets_of_arrays.reserve(header.arrays_count);
-    uint32_t offset = 0;
-    for (const uint32_t length : header.lengths_of_arrays) {
-        header.offsets_of_arrays.push_back(offset);
-        offset += length;
+        if (empty_arrays > MOST_EMPTY_ARRAYS)
+            return Fail("is damaged: it tells of more than a million empty arrays");
+        chunk_headers.push_back(header);
     }
     return true;
 }
 
-uint64_t UChunkFile::ChunkHeader::DataSize() const {
-    if (chunk_type == ONE_LENGTH)
-        return uint64_t{arrays_count} * lengths_of_arrays[0];
-    uint64_t sum = 0;
-    for (const uint32_t length : lengths_of_arrays)
-        sum += length;
-    return sum;
+bool UChunkFile::LiesBefore(uint32_t data_end, const ChunkHeader& header) const {
+    return header.file_offset >= DATA_OFFSET && header.file_offset <= data_end &&
+           DataSize(header) <= data_end - header.file_offset;
+}
+
+uint64_t UChunkFile::DataSize(const ChunkHeader& header) const {
+    if (header.chunk_type == ONE_LENGTH)
+        return uint64_t{header.arrays_count} * Lengths(header)[0];
+    return std::accumulate(Lengths(header), Lengths(header) + header.arrays_count, uint64_t{0});
+}
+
+uint32_t UChunkFile::OffsetInChunk(const ChunkHeader& header, uint32_t array_index) const {
+    const uint32_t* lengths = Lengths(header);
+    if (header.chunk_type == ONE_LENGTH)
+        return array_index * lengths[0];
+    if (array_index != following_array) {
+        if (offsets_of_arrays.empty()) {
+            offsets_of_arrays.resize(header.arrays_count);
+            std::exclusive_scan(lengths, lengths + header.arrays_count, offsets_of_arrays.begin(), 0u);
+        }
+        following_offset = offsets_of_arrays[array_index];
+    }
+    const uint32_t offset = following_offset;
+    following_array = array_index + 1;
+    following_offset = offset + lengths[array_index];
+    return offset;
 }
 
 bool UChunkFile::ReadAt(uint32_t offset, void* target, uint32_t length) const {
@@ -213,19 +217,18 @@ bool UChunkFile::ReadAt(uint32_t offset, void* target, uint32_t length) const {
     return count == static_cast<int>(length);
 }
 
-bool UChunkFile::ReadThroughWindow(uint32_t offset, void* target, uint32_t length) const {
-    if (length > WINDOW_BYTES)
-        return ReadAt(offset, target, length);
-    if (offset < window_offset || uint64_t{offset} + length > uint64_t{window_offset} + window_length) {
-        window.resize(WINDOW_BYTES);
-        window_length = 0;
-        const uint32_t ahead = std::min(WINDOW_BYTES, total_size - offset);
+// Brings a stretch of the file into the window, from the offset on. False when not even `length` bytes are to be had.
+bool UChunkFile::ReadAhead(uint32_t offset, uint32_t length) const {
+    window.resize(WINDOW_BYTES);
+    window_length = 0;
+    uint32_t ahead = std::min(WINDOW_BYTES, total_size - offset);
+    if (!ReadAt(offset, window.data(), ahead)) { // what lies behind the array may be the trouble
+        ahead = length;
         if (!ReadAt(offset, window.data(), ahead))
-            return ReadAt(offset, target, length); // what lies behind the array may be the trouble
-        window_offset = offset;
-        window_length = ahead;
+            return false;
     }
-    std::memcpy(target, window.data() + (offset - window_offset), length);
+    window_offset = offset;
+    window_length = ahead;
     return true;
 }
 
@@ -244,18 +247,23 @@ int UChunkFile::GetChunkHeader(const char* chunk_name, uint32_t chunk_ID, int fi
 }
 
 bool UChunkFile::OpenChunk(const char* chunk_name, uint32_t chunk_ID, ChunkOpenType type) {
-    current_chunk_index = -1;
-    current_array_index = 0;
     size_mismatch = false;
     if (chunk_file_open_mode != CFM_Open)
         return false;
     current_chunk_mode = type;
     current_chunk_ID = chunk_ID;
     if (chunk_name)
-        current_chunk_index = GetChunkHeader(chunk_name, chunk_ID, 0);
+        MakeCurrent(GetChunkHeader(chunk_name, chunk_ID, 0));
     else
-        current_chunk_index = chunk_headers.empty() ? -1 : 0;
+        MakeCurrent(chunk_headers.empty() ? -1 : 0);
     return current_chunk_index >= 0;
+}
+
+void UChunkFile::MakeCurrent(int chunk_index) {
+    current_chunk_index = chunk_index;
+    current_array_index = 0;
+    following_array = following_offset = 0;
+    offsets_of_arrays.clear();
 }
 
 bool UChunkFile::OpenNextChunk() {
@@ -263,11 +271,10 @@ bool UChunkFile::OpenNextChunk() {
         return false;
     const int next = current_chunk_index + 1;
     if (current_chunk_mode == COT_Any)
-        current_chunk_index = next < GetChunkCount() ? next : -1;
+        MakeCurrent(next < GetChunkCount() ? next : -1);
     else
-        current_chunk_index =
-            GetChunkHeader(GetChunkName(), current_chunk_mode == COT_SameName ? ANY_CHUNK_ID : current_chunk_ID, next);
-    current_array_index = 0;
+        MakeCurrent(
+            GetChunkHeader(GetChunkName(), current_chunk_mode == COT_SameName ? ANY_CHUNK_ID : current_chunk_ID, next));
     return current_chunk_index >= 0;
 }
 
@@ -299,7 +306,7 @@ uint64_t UChunkFile::GetChunkTypeDataSize(const char* chunk_name, uint32_t chunk
     uint64_t size = 0;
     if (chunk_file_open_mode == CFM_Open)
         for (int i = -1; (i = GetChunkHeader(chunk_name, chunk_ID, i + 1)) >= 0;)
-            size += chunk_headers[static_cast<size_t>(i)].DataSize();
+            size += DataSize(chunk_headers[static_cast<size_t>(i)]);
     return size;
 }
 
@@ -310,7 +317,9 @@ uint32_t UChunkFile::GetArraysCountInChunk() const {
 
 uint32_t UChunkFile::GetArrayLength(uint32_t array_index) const {
     const ChunkHeader* header = CurrentHeader();
-    return header && array_index < header->arrays_count ? header->Length(array_index) : 0;
+    if (!header || array_index >= header->arrays_count)
+        return 0;
+    return Lengths(*header)[header->chunk_type == ONE_LENGTH ? 0 : array_index];
 }
 
 uint32_t UChunkFile::GetCurrentArrayLength() const { return GetArrayLength(current_array_index); }
@@ -319,13 +328,17 @@ bool UChunkFile::GetArray(uint32_t array_index, void* store) const {
     const ChunkHeader* header = CurrentHeader();
     if (!header || array_index >= header->arrays_count)
         return false;
-    const uint32_t length = header->Length(array_index);
+    const uint32_t length = GetArrayLength(array_index);
+    const uint32_t offset = header->file_offset + OffsetInChunk(*header, array_index);
     if (length == 0)
         return true;
-    const uint32_t offset =
-        header->file_offset +
-        (header->chunk_type == ONE_LENGTH ? array_index * length : header->offsets_of_arrays[array_index]);
-    if (ReadThroughWindow(offset, store, length))
+    const bool in_window =
+        offset >= window_offset && uint64_t{offset} + length <= uint64_t{window_offset} + window_length;
+    if (in_window || (length <= WINDOW_BYTES && ReadAhead(offset, length))) {
+        std::memcpy(store, window.data() + (offset - window_offset), length);
+        return true;
+    }
+    if (length > WINDOW_BYTES && ReadAt(offset, store, length))
         return true;
     size_mismatch = true;
     return false;

@@ -114,11 +114,7 @@ private:
         uint32_t chunk_name_index = 0, chunk_ID = 0;
         uint8_t chunk_type = 0; // 0: one length for all arrays, 1: a length for each
         uint32_t file_offset = 0, arrays_count = 0;
-        std::vector<uint32_t> lengths_of_arrays; // as stored
-        std::vector<uint32_t> offsets_of_arrays; // for type 1, from file_offset, when reading
-
-        uint32_t Length(uint32_t array_index) const { return lengths_of_arrays[chunk_type == 0 ? 0 : array_index]; }
-        uint64_t DataSize() const;
+        size_t first_length = 0; // in lengths_of_arrays
     };
     struct ChunkName {
         std::string name;
@@ -130,15 +126,19 @@ private:
     bool ReadTables();
     bool CutNames(const std::vector<uint8_t>& block, uint32_t count);
     bool CutHeaders(const std::vector<uint8_t>& block, uint32_t count, uint32_t data_end);
-    bool CheckHeader(ChunkHeader& header, uint32_t data_end, uint64_t& empty_arrays) const;
+    bool LiesBefore(uint32_t data_end, const ChunkHeader& header) const;
     bool ReadBlock(std::vector<uint8_t>& block, uint32_t length, uint32_t& room);
     bool ReadAt(uint32_t offset, void* target, uint32_t length) const;
-    bool ReadThroughWindow(uint32_t offset, void* target, uint32_t length) const;
+    bool ReadAhead(uint32_t offset, uint32_t length) const;
     bool Fail(const std::string& reason);
     bool WriteFailed(const std::string& reason);
-    void AppendHeader(std::vector<uint8_t>& block, const ChunkHeader& header) const;
     const ChunkHeader* CurrentHeader() const;
     int GetChunkHeader(const char* chunk_name, uint32_t chunk_ID, int first_index) const; // -1 if none
+    const uint32_t* Lengths(const ChunkHeader& header) const { return lengths_of_arrays.data() + header.first_length; }
+    size_t StoredLengths(const ChunkHeader& header) const { return header.chunk_type == 0 ? 1 : header.arrays_count; }
+    uint64_t DataSize(const ChunkHeader& header) const;
+    uint32_t OffsetInChunk(const ChunkHeader& header, uint32_t array_index) const;
+    void MakeCurrent(int chunk_index);
 
     ChunkFileMode chunk_file_open_mode = CFM_NotOpened;
     std::string file_name, error;
@@ -146,6 +146,7 @@ private:
     mutable bool size_mismatch = false;
     std::vector<ChunkName> chunk_names;
     std::vector<ChunkHeader> chunk_headers;
+    std::vector<uint32_t> lengths_of_arrays; // as stored, of all chunks in their order
     int current_chunk_index = -1;
     uint32_t current_array_index = 0;
     ChunkOpenType current_chunk_mode = COT_One;
@@ -154,6 +155,10 @@ private:
     std::unique_ptr<FileObject> chunk_file; // reading
     mutable std::vector<uint8_t> window;    // a stretch of the file around the arrays asked for lately
     mutable uint32_t window_offset = 0, window_length = 0, file_position = 0;
+    // Of the current chunk: the array that a reader going on comes to next, and where it starts. A reader that jumps
+    // gets the offsets of all arrays.
+    mutable uint32_t following_array = 0, following_offset = 0;
+    mutable std::vector<uint32_t> offsets_of_arrays;
     std::unique_ptr<AtomicFile> output; // writing
     StringListClass create_chunk_names{false, false};
     bool chunk_is_open = false, write_failed = false, chunk_file_headers_written = false;

@@ -1,5 +1,6 @@
 // Writing a chunk file.
 #include <algorithm>
+#include <functional>
 
 #include "files/ChunkFile.h"
 #include "files/ChunkFormat.h"
@@ -77,25 +78,16 @@ bool UChunkFile::CloseChunk() {
 
     ChunkHeader& header = currently_written_chunk;
     header.arrays_count = static_cast<uint32_t>(pending_lengths.size());
-    const uint32_t first = pending_lengths.empty() ? 0 : pending_lengths.front();
-    const bool equal =
-        std::all_of(pending_lengths.begin(), pending_lengths.end(), [&](uint32_t n) { return n == first; });
+    const bool equal = std::adjacent_find(pending_lengths.begin(), pending_lengths.end(), std::not_equal_to<>()) ==
+                       pending_lengths.end();
     header.chunk_type = equal ? ONE_LENGTH : LENGTH_EACH;
-    if (equal)
-        header.lengths_of_arrays = {first};
-    else
-        header.lengths_of_arrays = pending_lengths;
-    chunk_headers.push_back(std::move(header));
+    header.first_length = lengths_of_arrays.size();
+    pending_lengths.resize(equal ? 1 : pending_lengths.size());
+    lengths_of_arrays.insert(lengths_of_arrays.end(), pending_lengths.begin(), pending_lengths.end());
+    chunk_headers.push_back(header);
     pending.clear();
     pending_lengths.clear();
     return !write_failed;
-}
-
-void UChunkFile::AppendHeader(std::vector<uint8_t>& block, const ChunkHeader& header) const {
-    const StoredHeader stored = {header.chunk_name_index, header.chunk_ID,     {0, 0, 0}, header.chunk_type,
-                                 header.file_offset,      header.arrays_count, 0};
-    Append(block, &stored, sizeof stored);
-    Append(block, header.lengths_of_arrays.data(), header.lengths_of_arrays.size() * sizeof(uint32_t));
 }
 
 bool UChunkFile::CloseChunkFile() {
@@ -107,8 +99,12 @@ bool UChunkFile::CloseChunkFile() {
     std::vector<uint8_t> names, headers, tables;
     for (int i = 0; i < create_chunk_names.GetStringCount(); ++i)
         Append(names, create_chunk_names.GetString(i), static_cast<size_t>(create_chunk_names.GetStringLength(i)) + 1);
-    for (const ChunkHeader& header : chunk_headers)
-        AppendHeader(headers, header);
+    for (const ChunkHeader& header : chunk_headers) {
+        const StoredHeader stored = {header.chunk_name_index, header.chunk_ID,     {0, 0, 0}, header.chunk_type,
+                                     header.file_offset,      header.arrays_count, 0};
+        Append(headers, &stored, sizeof stored);
+        Append(headers, Lengths(header), StoredLengths(header) * sizeof(uint32_t));
+    }
     const ChunkFileInfo info = {TABLES_MAGIC, static_cast<uint32_t>(names.size()),
                                 static_cast<uint32_t>(create_chunk_names.GetStringCount())};
     const ChunkHeadersInfo headers_info = {static_cast<uint32_t>(headers.size()),

@@ -254,7 +254,7 @@ TEST(ChunkFile, SaysWhyAFileIsRefused) {
          "is damaged: the lengths of a chunk's arrays are missing"},
         {"lengths that wrap", with_word(headers + 28 + 24, 0xFFFFFFFE), "is damaged: a chunk lies outside the file"},
         {"endless empty arrays", with_word(headers + 28 + 36 + 16, 0xFFFFFFFF),
-         "is damaged: a chunk lies outside the file"},
+         "is damaged: it tells of more than a million empty arrays"},
     };
     for (const Case& c : cases) {
         WriteBytes(folder / "x", c.bytes);

@@ -1,0 +1,99 @@
+// The compile command over a whole data root: loading, the safety copy, the written world, and what goes wrong.
+#include <gtest/gtest.h>
+
+#include "editor/Interface.h"
+#include "foundation/Desktop.h"
+#include "foundation/Random.h"
+#include "persistence/ProjectData.h"
+#include "persistence/WorldFile.h"
+
+class CompileCommandTest : public testing::Test {
+protected:
+    CompileCommandTest() {
+        setenv("MARROWSTEAD_CONFIG", (data.folder / "config").c_str(), 1);
+        SetDesktop(&desktop);
+        std::unique_ptr<World> world = data.NewWorld();
+        const int stone = world->GetNewMaterial("wall", "stone");
+        AddTestBrush(*world, BT_BOX, 0, stone)->name = "crate";
+        AddTestBrush(*world, BT_CONE, 100, stone);
+        AddTestBrush(*world, BT_PORTAL, 300, 0);
+        data.Place(*world, "light", {32, 100, 24});
+        world->map_file = "small";
+        EXPECT_TRUE(SaveProject("small.msp", *world, {}, false, data.error));
+        world.reset();
+        interface.Init();
+        interface.InitEditor();
+        std::filesystem::create_directory("Maps");
+    }
+    ~CompileCommandTest() override { SetDesktop(nullptr); }
+
+    ProjectData data;
+    HeadlessDesktop desktop;
+    CInterface interface;
+};
+
+TEST_F(CompileCommandTest, WritesTheWorldAndTheSafetyCopy) {
+    ASSERT_TRUE(interface.LoadProject(nullptr, "small.msp", data.error)) << data.error;
+    EXPECT_FALSE(interface.project_file_has_name) << "a project of the command line has no name to save under";
+    CProgressText progress;
+    EXPECT_EQ(interface.Compile(progress), CompileOutcome::Written);
+    EXPECT_TRUE(desktop.boxes.empty());
+    EXPECT_EQ(progress.GetText().find("Map compilation started...\r\n\r\nEntry data:\r\n2 Brushes\r\n6 Surfaces\r\n16 Curved Surfaces\r\n1 Portals\r\n"
+                                      "0 Occluders\r\n1 Entities\r\n2 Materials\r\n\r\nBuilding Octal Tree...\r\n"),
+              0u)
+        << progress.GetText();
+    EXPECT_NE(progress.GetText().find("\r\nMap compilation finished\r\nTotal compilation time: "), std::string::npos);
+    EXPECT_TRUE(std::filesystem::exists("Marrowstead/Projects/__autosave__.msp"));
+    WorldFile world;
+    ASSERT_TRUE(ReadWorldFile("Maps\\small.few", world, data.error)) << data.error;
+    ASSERT_EQ(world.brushes.size(), 3u);
+    EXPECT_EQ(world.brushes[0].name, "crate");
+    EXPECT_EQ(world.entities.size(), 1u);
+    EXPECT_EQ(world.cells.size(), 1u);
+    EXPECT_EQ(world.cells[0].objects, (std::vector<int32_t>{0, 1})) << "the portal is in no cell";
+}
+
+TEST_F(CompileCommandTest, UnreadableProjectsOpenAFreshWorld) {
+    ASSERT_TRUE(interface.LoadProject(nullptr, "small.msp", data.error));
+    EXPECT_FALSE(interface.LoadProject(nullptr, "other.msp", data.error));
+    EXPECT_NE(data.error.find("other.msp"), std::string::npos);
+    EXPECT_EQ(interface.world->GetBrushCount(), 0);
+}
+
+TEST_F(CompileCommandTest, StoppedAndFailedRunsLeaveTheOldWorld) {
+    WriteBytes("Maps/small.few", "the old world");
+    ASSERT_TRUE(interface.LoadProject(nullptr, "small.msp", data.error));
+    CProgressText stopped;
+    stopped.StopCompilation();
+    EXPECT_EQ(interface.Compile(stopped), CompileOutcome::Stopped);
+    EXPECT_EQ(ReadBytes("Maps/small.few"), "the old world");
+
+    std::filesystem::remove_all("Maps");
+    CProgressText progress;
+    EXPECT_EQ(interface.Compile(progress), CompileOutcome::NotWritten);
+    ASSERT_FALSE(desktop.boxes.empty());
+    EXPECT_EQ(desktop.boxes[0].title, "Error");
+}
+
+TEST_F(CompileCommandTest, DamagedWorldFilesAreRefusedInOneSentence) {
+    ASSERT_TRUE(interface.LoadProject(nullptr, "small.msp", data.error));
+    interface.settings.save_finalmap = true;
+    CProgressText progress;
+    ASSERT_EQ(interface.Compile(progress), CompileOutcome::Written);
+    const std::string good = ReadBytes("Maps/small.few");
+    RandomMT random;
+    for (int round = 0; round < 300; ++round) {
+        std::string bytes = good;
+        if (round % 3 == 0)
+            bytes.resize(random.randomMT() % bytes.size());
+        else
+            for (int k = 0; k < 3; ++k)
+                bytes.replace(random.randomMT() % (bytes.size() - 4), 4, round % 3 == 1 ? "\xff\xff\xff\x7f" : "\xfe\xff\xff\xff");
+        WriteBytes("Maps/damaged.few", bytes);
+        WorldFile world;
+        std::string error;
+        if (!ReadWorldFile("Maps\\damaged.few", world, error)) {
+            EXPECT_NE(error.find("damaged.few"), std::string::npos) << error;
+        }
+    }
+}
