@@ -98,6 +98,7 @@ bool MakeTextures() {
     saved &= Water(41).SaveDds("Textures\\water\\still.dds", Canvas::DdsKind::DXT3);
     saved &= Water(43).SaveDds("Textures\\water\\waves.dds", Canvas::DdsKind::DXT5);
     saved &= Grained(64, {0.5f, 0.5f, 0.55f}, {0.8f, 0.8f, 0.85f}, 4, 7).SaveTarga("Textures\\fx\\fog.tga", 24);
+    saved &= Grained(64, {0.4f, 0.4f, 0.38f}, {0.75f, 0.75f, 0.7f}, 8, 9).SaveTarga("entities_textures\\stone.tga", 24);
     return saved;
 }
 

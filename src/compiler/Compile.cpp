@@ -12,8 +12,10 @@ namespace {
 
 class CompileRun {
 public:
-    CompileRun(World& compiled_world, const CompileOptions& compile_options, CompileProgress& compile_progress, std::string& run_message)
-        : world(compiled_world), options(compile_options), progress(compile_progress), message(run_message), ws(compiled_world, options) {}
+    CompileRun(World& compiled_world, const CompileOptions& compile_options, CompileProgress& compile_progress,
+               std::string& run_message)
+        : world(compiled_world), options(compile_options), progress(compile_progress), message(run_message),
+          ws(compiled_world, options) {}
 
     CompileResult Run(const std::string& target);
 
@@ -60,14 +62,19 @@ CompileResult CompileRun::BuildTree() {
     progress.AddText("Building Octal Tree...\r\n");
     StopPoll poll(progress);
     switch (ws.tree.BuildOctalTree(world, [&] { return poll.Stopped(); })) {
-    case OctalTree::BuildResult::Stopped: return CompileResult::Stopped;
+    case OctalTree::BuildResult::Stopped:
+        return CompileResult::Stopped;
     case OctalTree::BuildResult::LimitReached:
         GetDesktop().MessageBox("Octall tree size has exceeded!!!!", "Catastrophic failure");
-        return Limit(Format("The octal tree needs more than %d leaves: make the level smaller, or less dense.", MAX_OCTAL_TREE_SIZE));
-    case OctalTree::BuildResult::NotFinite: return Limit("A brush or an entity lies too far out: the extent of the level is no number.");
-    case OctalTree::BuildResult::Built: break;
+        return Limit(Format("The octal tree needs more than %d leaves: make the level smaller, or less dense.",
+                            MAX_OCTAL_TREE_SIZE));
+    case OctalTree::BuildResult::NotFinite:
+        return Limit("A brush or an entity lies too far out: the extent of the level is no number.");
+    case OctalTree::BuildResult::Built:
+        break;
     }
-    progress.AddText(Format("%d Nodes\r\n%d Empty\r\n%d Terminal\r\n\r\n", ws.tree.GetLeafCount(), ws.tree.CountType(OCTAL_EMPTY), ws.tree.CountType(OCTAL_TERMINAL)));
+    progress.AddText(Format("%d Nodes\r\n%d Empty\r\n%d Terminal\r\n\r\n", ws.tree.GetLeafCount(),
+                            ws.tree.CountType(OCTAL_EMPTY), ws.tree.CountType(OCTAL_TERMINAL)));
     return CompileResult::Written;
 }
 
@@ -80,7 +87,8 @@ CompileResult CompileRun::SubdivideWorld() {
     progress.AddText("1 Cell(s) created\r\n\r\n");
     progress.AddText("Creating Render Groups...\r\n");
     if (!ws.GroupBrushes())
-        return Limit(Format("The level needs more than %d render groups: switch Render Groups on, or join brushes.", MAX_RENDER_GROUPS));
+        return Limit(Format("The level needs more than %d render groups: switch Render Groups on, or join brushes.",
+                            MAX_RENDER_GROUPS));
     return progress.CompilationCancelled() ? CompileResult::Stopped : CompileResult::Written;
 }
 
@@ -88,9 +96,12 @@ CompileResult CompileRun::SaveMap(const std::string& target) {
     if (options.clip_box_compilation)
         ws.AddRemovedCells();
     switch (SaveFinalMap(ws, target, progress, message)) {
-    case SaveResult::Stopped: return CompileResult::Stopped;
-    case SaveResult::Failed: return CompileResult::WriteFailed;
-    case SaveResult::Written: break;
+    case SaveResult::Stopped:
+        return CompileResult::Stopped;
+    case SaveResult::Failed:
+        return CompileResult::WriteFailed;
+    case SaveResult::Written:
+        break;
     }
     return CompileResult::Written;
 }
@@ -131,7 +142,8 @@ CompileResult CompileRun::Run(const std::string& target) {
 
 } // namespace
 
-CompileResult CompileWorld(World& world, const CompileOptions& options, const std::string& target, CompileProgress& progress, std::string& message) {
+CompileResult CompileWorld(World& world, const CompileOptions& options, const std::string& target,
+                           CompileProgress& progress, std::string& message) {
     message.clear();
     return CompileRun(world, options, progress, message).Run(target);
 }

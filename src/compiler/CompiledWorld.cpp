@@ -75,20 +75,28 @@ bool CompiledWorldWriter::WriteAll() {
            WriteChunks("BrushInfo", 0, brushes, [&](size_t b) { WriteBrushInfo(*world.brush[b]); }) &&
            WriteChunk("BrushInitialCount", 0, [&] { WriteInitialCount(); }) &&
            WriteChunks("BrushData", 0, brushes, [&](size_t b) { WriteBrushData(*world.brush[b]); }) &&
-           WriteChunks("LightmapData", 0, world.lightmaps.size(), [&](size_t page) { file.WriteValues(GetLightmapData(world, static_cast<int>(page))); }) &&
-           WriteChunks("MaterialData", 1, world.material.size(), [&](size_t m) {
-               RecordWriter().PutText(world.material[m].material_class, NAME_FIELD).PutText(world.material[m].material_name, NAME_FIELD).WriteTo(file);
-           }) &&
-           WriteChunks("EntityData", 0, world.entity.size(), [&](size_t e) {
-               WriteEntityArrays(file, *world.entity[e]);
-               file.WriteValue(world.entity[e]->GetObjectID());
-           }) &&
+           WriteChunks("LightmapData", 0, world.lightmaps.size(),
+                       [&](size_t page) { file.WriteValues(GetLightmapData(world, static_cast<int>(page))); }) &&
+           WriteChunks("MaterialData", 1, world.material.size(),
+                       [&](size_t m) {
+                           RecordWriter()
+                               .PutText(world.material[m].material_class, NAME_FIELD)
+                               .PutText(world.material[m].material_name, NAME_FIELD)
+                               .WriteTo(file);
+                       }) &&
+           WriteChunks("EntityData", 0, world.entity.size(),
+                       [&](size_t e) {
+                           WriteEntityArrays(file, *world.entity[e]);
+                           file.WriteValue(world.entity[e]->GetObjectID());
+                       }) &&
            WriteChunks("PortalData", 0, ws.portal.size(), [&](size_t p) { WritePortal(ws.portal[p]); }) &&
            WriteChunks("CellData", 0, ws.cell.size(), [&](size_t c) { WriteCell(ws.cell[c]); }) &&
-           WriteChunks("RenderGroup", 0, ws.render_group.size(), [&](size_t g) {
-               file.WriteValue(static_cast<int32_t>(ws.render_group[g].GetItemCount()));
-               file.WriteArray(ws.render_group[g].GetListPtr(), static_cast<size_t>(ws.render_group[g].GetItemCount()) * sizeof(int32_t));
-           }) &&
+           WriteChunks("RenderGroup", 0, ws.render_group.size(),
+                       [&](size_t g) {
+                           file.WriteValue(static_cast<int32_t>(ws.render_group[g].GetItemCount()));
+                           file.WriteArray(ws.render_group[g].GetListPtr(),
+                                           static_cast<size_t>(ws.render_group[g].GetItemCount()) * sizeof(int32_t));
+                       }) &&
            WriteChunks("OccluderData", 0, ws.occluder.size(), [&](size_t o) { WriteOccluder(ws.occluder[o]); }) &&
            WriteChunk("OctalTree", 0, [&] { WriteOctalTree(); }) &&
            WriteChunk("SoundTraceData", 0, [&] { file.WriteArray(nullptr, 0); }) &&
@@ -102,7 +110,10 @@ void CompiledWorldWriter::WriteBrushInfo(const Brush& brush) {
     ForEachKept(brush, [&](const Surface&, bool) { ++kept; });
     const int links = brush.GetLinkedObjectsCount();
     RecordWriter record;
-    record.Put(static_cast<uint32_t>(brush.type)).Put(brush.properties).Put(PackColor(brush.color_vector)).Put(brush.color_vector);
+    record.Put(static_cast<uint32_t>(brush.type))
+        .Put(brush.properties)
+        .Put(PackColor(brush.color_vector))
+        .Put(brush.color_vector);
     record.Put(kept).Put(links).Put(brush.GetObjectID()).Put(static_cast<int32_t>(brush.energy));
     record.Put(brush.mass).Put(brush.coll_dmg).Put(brush.touch_dmg).Put(brush.terrain_vertex_size);
     record.Put(Count(brush.name.size())).Put(Count(brush.death_particle.size()));
@@ -116,10 +127,14 @@ void CompiledWorldWriter::WriteBrushInfo(const Brush& brush) {
 }
 
 void CompiledWorldWriter::WriteSurfaceInfo(const Brush& brush, const Surface& surface, bool curved) {
-    const bool mesh = !curved || brush.IsCustom(); // stored as it is; other curves are rebuilt from their control points
+    const bool mesh =
+        !curved || brush.IsCustom(); // stored as it is; other curves are rebuilt from their control points
     int32_t type = brush.type == BT_TERRAIN && !curved ? WS_TERRAIN : WS_MESH;
     if (!mesh)
-        type = surface.cp_count == CURVE_FAN ? WS_FAN : surface.cp_count == CURVE_STRIP ? WS_STRIP : surface.cp_count == CURVE_PATCH ? WS_PATCH : 0;
+        type = surface.cp_count == CURVE_FAN     ? WS_FAN
+               : surface.cp_count == CURVE_STRIP ? WS_STRIP
+               : surface.cp_count == CURVE_PATCH ? WS_PATCH
+                                                 : 0;
     RecordWriter record;
     record.Put(mesh ? Count(surface.vertices.size()) : 0).Put(mesh ? 0 : Count(surface.cp.size()));
     record.Put(mesh ? Count(surface.tri_indices.size()) : 0).Put(Count(surface.dynamic_lightmaps.size()));
@@ -142,7 +157,13 @@ void CompiledWorldWriter::WriteInitialCount() {
 
 void CompiledWorldWriter::WriteLightmapInfo(const LIGHTMAP_INFO& info) {
     RecordWriter record;
-    record.Put(info.lightmap).Put(info.u_start).Put(info.v_start).Put(info.u_size).Put(info.v_size).Put(info.light_index).WriteTo(file);
+    record.Put(info.lightmap)
+        .Put(info.u_start)
+        .Put(info.v_start)
+        .Put(info.u_size)
+        .Put(info.v_size)
+        .Put(info.light_index)
+        .WriteTo(file);
 }
 
 void CompiledWorldWriter::WriteBrushData(Brush& brush) {
@@ -176,15 +197,27 @@ void CompiledWorldWriter::WritePhysics(Brush& brush) {
     CPhysicsData& physics = brush.physics_data;
     RecordWriter record;
     record.Put(brush.HasProperty(BP_DYNAMIC) ? physics.mass : STATIC_MASS_IN_FILE).Put(physics.center);
-    record.Put(physics.static_friction_coef).Put(physics.dynamic_friction_coef).Put(physics.elasticity).Put(physics.time_scale);
-    record.Put(physics.I).Put(Count(physics.points.size())).Put(Count(physics.edges.size())).Put(Count(physics.faces.size())).WriteTo(file);
+    record.Put(physics.static_friction_coef)
+        .Put(physics.dynamic_friction_coef)
+        .Put(physics.elasticity)
+        .Put(physics.time_scale);
+    record.Put(physics.I)
+        .Put(Count(physics.points.size()))
+        .Put(Count(physics.edges.size()))
+        .Put(Count(physics.faces.size()))
+        .WriteTo(file);
     RecordWriter points, edges, faces;
     for (const CPhyPoint& point : physics.points)
         points.Put(point.pos);
     for (const CPhyEdge& edge : physics.edges)
         edges.Put(edge.beg_index).Put(edge.end_index);
     for (const CPhyFace& face : physics.faces)
-        faces.Put(face.p0_index).Put(face.p1_index).Put(face.p2_index).Put(face.e0_index).Put(face.e1_index).Put(face.e2_index);
+        faces.Put(face.p0_index)
+            .Put(face.p1_index)
+            .Put(face.p2_index)
+            .Put(face.e0_index)
+            .Put(face.e1_index)
+            .Put(face.e2_index);
     for (const RecordWriter* list : {&points, &edges, &faces})
         list->WriteTo(file);
     physics.Clear();
@@ -207,19 +240,31 @@ void CompiledWorldWriter::WriteCell(const CELL& cell) {
     record.Put(Count(cell.portals.size())).Put(POINTER_IN_FILE).Put(POINTER_IN_FILE);
     record.Put(Count(cell.occluders.size())).Put(POINTER_IN_FILE).PutFlag(cell.can_see_outside);
     record.Put(Count(cell.render_group_list.size())).Put(POINTER_IN_FILE).WriteTo(file);
-    for (const auto* list : {&cell.objects, &cell.entities, &cell.portals, &cell.portalside, &cell.occluders, &cell.render_group_list})
+    for (const auto* list :
+         {&cell.objects, &cell.entities, &cell.portals, &cell.portalside, &cell.occluders, &cell.render_group_list})
         WriteIndices(*list);
 }
 
 void CompiledWorldWriter::WriteOccluder(const OCCLUDER& occluder) {
-    RecordWriter().Put(occluder.bounds).Put(occluder.plane.normal).Put(occluder.plane.D).Put(occluder.owner).WriteTo(file);
+    RecordWriter()
+        .Put(occluder.bounds)
+        .Put(occluder.plane.normal)
+        .Put(occluder.plane.D)
+        .Put(occluder.owner)
+        .WriteTo(file);
 }
 
 void CompiledWorldWriter::WriteOctalTree() {
     file.WriteValue(static_cast<int32_t>(ws.tree.GetLeafCount()));
     for (const OCTAL_LEAF& leaf : ws.tree.octal_tree) {
         RecordWriter record;
-        record.Put(leaf.type).Put(leaf.min).Put(leaf.max).Put(leaf.half).Put(leaf.size).Put(leaf.parent).Put(leaf.child);
+        record.Put(leaf.type)
+            .Put(leaf.min)
+            .Put(leaf.max)
+            .Put(leaf.half)
+            .Put(leaf.size)
+            .Put(leaf.parent)
+            .Put(leaf.child);
         record.Put(Count(leaf.brush_list.size())).Put(POINTER_IN_FILE).WriteTo(file);
         if (!leaf.brush_list.empty())
             WriteIndices(leaf.brush_list);
@@ -252,10 +297,12 @@ void CompiledWorldWriter::WriteActorGroups() {
 } // namespace
 
 bool KeepsAllSurfaces(const Brush& brush, const World& world) {
-    if (brush.IsPortalOrOccluder() || brush.HasProperty(ALWAYS_WHOLE) || brush.FindLinkedEntity("BOX_TRIGGER") || brush.FindLinkedEntity("ENVIRONMENT"))
+    if (brush.IsPortalOrOccluder() || brush.HasProperty(ALWAYS_WHOLE) || brush.FindLinkedEntity("BOX_TRIGGER") ||
+        brush.FindLinkedEntity("ENVIRONMENT"))
         return true;
     bool fog = false;
-    brush.ForEachSurface([&](const Surface& surface, int, bool) { fog = fog || world.IsMaterialVolumetricFog(surface.texture.index); });
+    brush.ForEachSurface(
+        [&](const Surface& surface, int, bool) { fog = fog || world.IsMaterialVolumetricFog(surface.texture.index); });
     return fog;
 }
 
@@ -277,6 +324,7 @@ SaveResult SaveFinalMap(WorldSubdivide& ws, const std::string& target, CompilePr
         return SaveResult::Written;
     error = file.GetError();
     file.HardCloseFile();
-    GetDesktop().MessageBox("There was an error writing the file, please\ncheck if you have enough disk space.", "Error");
+    GetDesktop().MessageBox("There was an error writing the file, please\ncheck if you have enough disk space.",
+                            "Error");
     return SaveResult::Failed;
 }

@@ -15,6 +15,6 @@ enum class SaveResult { Written, Stopped, Failed };
 // A surface without a texture is left out, unless the brush has to stay whole.
 bool KeepsAllSurfaces(const Brush& brush, const World& world);
 
-// Writes all chunks. Physics meshes and the tree are used up. A failure shows its box, and error says file and reason; what
-// stood in the file's place stays.
+// Writes all chunks. Physics meshes and the tree are used up. A failure shows its box, and error says file and reason;
+// what stood in the file's place stays.
 SaveResult SaveFinalMap(WorldSubdivide& ws, const std::string& target, CompileProgress& progress, std::string& error);

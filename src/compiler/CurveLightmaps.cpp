@@ -1,5 +1,5 @@
-// The sample grids of sweeps (5 control points), strips (6) and patches (9): they follow the surface's own parameters. The
-// outer texels lie outside the surface, at parameters below 0 and above 1.
+// The sample grids of sweeps (5 control points), strips (6) and patches (9): they follow the surface's own parameters.
+// The outer texels lie outside the surface, at parameters below 0 and above 1.
 #include "compiler/Lighting.h"
 
 namespace {
@@ -19,9 +19,11 @@ CurveLengths MeasureCurve(const Surface& surface) {
     const std::vector<D3DVECTOR>& c = surface.cp;
     const auto apart = [&c](size_t i, size_t j) { return Magnitude(c[i] - c[j]); };
     switch (surface.cp_count) {
-    case CURVE_SWEEP: return {apart(0, 1) + apart(1, 2), apart(3, 4)};
+    case CURVE_SWEEP:
+        return {apart(0, 1) + apart(1, 2), apart(3, 4)};
     case CURVE_STRIP:
-        return {(apart(0, 1) + apart(1, 2) + apart(3, 4) + apart(4, 5)) * 0.5f, (apart(3, 0) + apart(4, 1) + apart(5, 2)) * ONE_THIRD};
+        return {(apart(0, 1) + apart(1, 2) + apart(3, 4) + apart(4, 5)) * 0.5f,
+                (apart(3, 0) + apart(4, 1) + apart(5, 2)) * ONE_THIRD};
     default:
         return {(apart(0, 1) + apart(1, 2) + apart(3, 4) + apart(4, 5) + apart(6, 7) + apart(7, 8)) * ONE_THIRD,
                 (apart(0, 3) + apart(3, 6) + apart(1, 4) + apart(4, 7) + apart(2, 5) + apart(5, 8)) * ONE_THIRD};
@@ -37,14 +39,16 @@ std::vector<float> SampleParameters(int texels, int ts) {
     return parameters;
 }
 
-void FillSweep(const std::vector<D3DVECTOR>& c, const std::vector<float>& a, const std::vector<float>& b, std::vector<D3DVECTOR>& points) {
+void FillSweep(const std::vector<D3DVECTOR>& c, const std::vector<float>& a, const std::vector<float>& b,
+               std::vector<D3DVECTOR>& points) {
     size_t sample = 0;
     for (const float row : b)
         for (const float column : a)
             points[sample++] = Quadratic(column, c[0], c[1], c[2]) + (c[4] - c[3]) * row;
 }
 
-void FillStrip(const std::vector<D3DVECTOR>& c, const std::vector<float>& a, const std::vector<float>& b, std::vector<D3DVECTOR>& points) {
+void FillStrip(const std::vector<D3DVECTOR>& c, const std::vector<float>& a, const std::vector<float>& b,
+               std::vector<D3DVECTOR>& points) {
     size_t sample = 0;
     for (const float row : b)
         for (const float column : a) {
@@ -53,8 +57,9 @@ void FillStrip(const std::vector<D3DVECTOR>& c, const std::vector<float>& a, con
         }
 }
 
-void FillPatch(const std::vector<D3DVECTOR>& c, const std::vector<float>& a, const std::vector<float>& b, std::vector<D3DVECTOR>& points) {
-    const auto basis = [](float t, float (&weights)[3]) {
+void FillPatch(const std::vector<D3DVECTOR>& c, const std::vector<float>& a, const std::vector<float>& b,
+               std::vector<D3DVECTOR>& points) {
+    const auto basis = [](float t, float(&weights)[3]) {
         weights[0] = (1 - t) * (1 - t);
         weights[1] = 2 * t * (1 - t);
         weights[2] = t * t;
@@ -75,7 +80,8 @@ void FillPatch(const std::vector<D3DVECTOR>& c, const std::vector<float>& a, con
 } // namespace
 
 void Lighting::CalculateLightmapUV4Curves(Surface& surface) {
-    const bool known = surface.cp_count == CURVE_SWEEP || surface.cp_count == CURVE_STRIP || surface.cp_count == CURVE_PATCH;
+    const bool known =
+        surface.cp_count == CURVE_SWEEP || surface.cp_count == CURVE_STRIP || surface.cp_count == CURVE_PATCH;
     if (!known || surface.cp.size() < static_cast<size_t>(surface.cp_count)) {
         SetGridSize(surface, UNIFORM_SIDE, UNIFORM_SIDE);
         return;
@@ -99,7 +105,9 @@ void Lighting::CalculateLightmapUV4Curves(Surface& surface) {
 // Normals from the triangles between samples: larger triangles weigh more.
 void Lighting::SampleNormals(int columns, int rows) {
     const int ts = Subdivision();
-    const auto at = [columns](int row, int column) { return static_cast<size_t>(row) * static_cast<size_t>(columns) + static_cast<size_t>(column); };
+    const auto at = [columns](int row, int column) {
+        return static_cast<size_t>(row) * static_cast<size_t>(columns) + static_cast<size_t>(column);
+    };
     const auto add = [this](size_t p, size_t q, size_t r) {
         const D3DVECTOR cross = CrossProduct(texelpoints[q] - texelpoints[p], texelpoints[r] - texelpoints[p]);
         for (const size_t corner : {p, q, r})
@@ -118,7 +126,9 @@ void Lighting::SampleNormals(int columns, int rows) {
 // The outer texels take the samples beside them, whole rows first, then whole columns.
 void Lighting::CopyBorder(int columns, int rows) {
     const int ts = Subdivision();
-    const auto at = [columns](int row, int column) { return static_cast<size_t>(row) * static_cast<size_t>(columns) + static_cast<size_t>(column); };
+    const auto at = [columns](int row, int column) {
+        return static_cast<size_t>(row) * static_cast<size_t>(columns) + static_cast<size_t>(column);
+    };
     for (std::vector<D3DVECTOR>* grid : {&texelpoints, &texelnormals}) {
         for (int k = 0; k < ts; ++k)
             for (int i = 0; i < columns; ++i) {

@@ -6,7 +6,8 @@
 #include "compiler/SurfaceTriangle.h"
 #include "scene/World.h"
 
-FastShadow::FastShadow(const World& world, const OctalTree& tree, const LightMaterials& materials, const ShadowKernels& shadow_kernels)
+FastShadow::FastShadow(const World& world, const OctalTree& tree, const LightMaterials& materials,
+                       const ShadowKernels& shadow_kernels)
     : kernels(shadow_kernels) {
     if (tree.octal_tree.empty())
         return;
@@ -83,7 +84,8 @@ void FastShadow::AddTree(const OctalTree& tree) {
         }
 }
 
-void FastShadow::AddLeafBoxes(Leaf& leaf, const OCTAL_LEAF& source, const World& world, const std::vector<int>& flat_index) {
+void FastShadow::AddLeafBoxes(Leaf& leaf, const OCTAL_LEAF& source, const World& world,
+                              const std::vector<int>& flat_index) {
     leaf.first_box = static_cast<int>(leaf_boxes.size());
     int lane = SHADOW_LANES;
     for (const int b : source.brush_list) {
@@ -107,17 +109,20 @@ int FastShadow::FindLeaf(const D3DVECTOR& point) const {
     do {
         const Node& node = nodes[static_cast<size_t>(place)];
         // Written so that a coordinate that is not a number goes where OctalTree::FindLeafRecursive sends it.
-        const int bits = (point.x >= node.half.x ? 1 : 0) | (point.z < node.half.z ? 0 : 2) | (point.y < node.half.y ? 0 : 4);
+        const int bits =
+            (point.x >= node.half.x ? 1 : 0) | (point.z < node.half.z ? 0 : 2) | (point.y < node.half.y ? 0 : 4);
         place = node.child[bits];
     } while (place >= 0);
     return ~place;
 }
 
-bool FastShadow::RayTraceFast(const D3DVECTOR& b, const D3DVECTOR& a, const D3DVECTOR& ray, ShadowScratch& scratch, TranslucentHits& hits) const {
+bool FastShadow::RayTraceFast(const D3DVECTOR& b, const D3DVECTOR& a, const D3DVECTOR& ray, ShadowScratch& scratch,
+                              TranslucentHits& hits) const {
     hits.rt_count = 0;
     if (nodes.empty() || !s_math.PointInBox(root_min, root_max, b))
         return false;
-    if (scratch.leaf_stamps.size() != leaves.size() || scratch.brush_marks.size() != brushes.size() || ++scratch.stamp == 0) {
+    if (scratch.leaf_stamps.size() != leaves.size() || scratch.brush_marks.size() != brushes.size() ||
+        ++scratch.stamp == 0) {
         scratch.leaf_stamps.assign(leaves.size(), 0);
         scratch.brush_marks.assign(brushes.size(), {});
         scratch.stamp = 1;
@@ -161,7 +166,8 @@ bool FastShadow::TestLeaf(const Leaf& leaf, const ShadowRay& ray, ShadowScratch&
             if (TestBrush(brushes[static_cast<size_t>(flat)], ray, hits))
                 return true;
             mark.hit_count = hits.rt_count - mark.first_hit;
-            if (hits.rt_count > MAX_TRANSLUCENT_HITS) // not all of them are stored, so they cannot be repeated from there
+            if (hits.rt_count >
+                MAX_TRANSLUCENT_HITS) // not all of them are stored, so they cannot be repeated from there
                 mark.stamp = 0;
         }
     }
@@ -178,7 +184,8 @@ bool FastShadow::TestBrush(const FlatBrush& brush, const ShadowRay& ray, Translu
             return true;
         for (uint32_t rest = mask; rest != 0; rest &= rest - 1) {
             const uint32_t lower_lanes = (rest & (0u - rest)) - 1;
-            const GlassTriangle& pane = glass[group.first_glass + static_cast<uint32_t>(std::popcount(group.glass & lower_lanes))];
+            const GlassTriangle& pane =
+                glass[group.first_glass + static_cast<uint32_t>(std::popcount(group.glass & lower_lanes))];
             D3DVECTOR hit;
             float param;
             s_math.PlaneIntersectSegment(ray.from, ray.direction, pane.v[0], pane.normal, hit, param);

@@ -1,5 +1,6 @@
-// The shadow test of the compile: the answers of ShadowTrace, bit for bit, from flat copies of the tree and the triangles.
-// A brush that stands in several leaves is tested once; its translucent hits are repeated as the plain walk repeats them.
+// The shadow test of the compile: the answers of ShadowTrace, bit for bit, from flat copies of the tree and the
+// triangles. A brush that stands in several leaves is tested once; its translucent hits are repeated as the plain walk
+// repeats them.
 #pragma once
 
 #include <array>
@@ -23,10 +24,12 @@ public:
 class FastShadow {
 public:
     // Of the brushes as they are now; the materials must outlive it.
-    FastShadow(const World& world, const OctalTree& tree, const LightMaterials& materials, const ShadowKernels& shadow_kernels = BestShadowKernels());
+    FastShadow(const World& world, const OctalTree& tree, const LightMaterials& materials,
+               const ShadowKernels& shadow_kernels = BestShadowKernels());
 
     // As ShadowTrace::RayTraceFast. Allocates only when the scratch is new.
-    bool RayTraceFast(const D3DVECTOR& b, const D3DVECTOR& a, const D3DVECTOR& ray, ShadowScratch& scratch, TranslucentHits& hits) const;
+    bool RayTraceFast(const D3DVECTOR& b, const D3DVECTOR& a, const D3DVECTOR& ray, ShadowScratch& scratch,
+                      TranslucentHits& hits) const;
     size_t TriangleCount() const { return triangle_count; }
 
 private:

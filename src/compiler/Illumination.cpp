@@ -66,7 +66,8 @@ void FilterLightmap(std::vector<D3DCOLORVALUE>& samples, std::vector<D3DCOLORVAL
         for (int x = 1; x < sx - 1; ++x) {
             const auto k = static_cast<size_t>(y) * static_cast<size_t>(sx) + static_cast<size_t>(x);
             const D3DCOLORVALUE &left = samples[k - 1], &right = samples[k + 1];
-            const D3DCOLORVALUE &up = samples[k - static_cast<size_t>(sx)], &down = samples[k + static_cast<size_t>(sx)];
+            const D3DCOLORVALUE &up = samples[k - static_cast<size_t>(sx)],
+                                &down = samples[k + static_cast<size_t>(sx)];
             blur_color[k] = {(left.r + right.r + up.r + down.r) * 0.25f, (left.g + right.g + up.g + down.g) * 0.25f,
                              (left.b + right.b + up.b + down.b) * 0.25f, samples[k].a};
             ClampToOne(blur_color[k]);
@@ -120,7 +121,8 @@ std::vector<uint32_t> Lighting::TexelsFromSamples(const SIZE& size, bool& unifor
             D3DCOLORVALUE mean;
             for (int j = y * ts; j < (y + 1) * ts; ++j)
                 for (int i = x * ts; i < (x + 1) * ts; ++i) {
-                    const D3DCOLORVALUE& sample = lm_color[static_cast<size_t>(j) * static_cast<size_t>(columns) + static_cast<size_t>(i)];
+                    const D3DCOLORVALUE& sample =
+                        lm_color[static_cast<size_t>(j) * static_cast<size_t>(columns) + static_cast<size_t>(i)];
                     mean.r += sample.r, mean.g += sample.g, mean.b += sample.b;
                 }
             mean = {mean.r * share, mean.g * share, mean.b * share, 0};
@@ -166,7 +168,8 @@ void Lighting::CalculateNormalIllumination(Brush& brush, int brush_index, Surfac
     }
     const LightMaterial& material = input.materials[surface.texture.index];
     const Entity* linked = LinkedLight(brush, material);
-    const int linked_index = linked ? input.ws.world.GetEntityIndex(linked) : -1; // -1 also for an object of another world
+    const int linked_index =
+        linked ? input.ws.world.GetEntityIndex(linked) : -1; // -1 also for an object of another world
     lm_color.assign(texelpoints.size(), {});
     hits.rt_count = 0;
     for (const int light : brush.light_list)
@@ -194,7 +197,8 @@ void Lighting::CalculateNormalIllumination(Brush& brush, int brush_index, Surfac
     surface.lightmap_block = TexelsFromSamples(surface.lightmap_size, uniform);
     if (uniform)
         surface.lightmap_size = {UNIFORM_SIDE, UNIFORM_SIDE};
-    surface.lightmap_info = {0, 0, 0, static_cast<float>(surface.lightmap_size.cx), static_cast<float>(surface.lightmap_size.cy), -1};
+    surface.lightmap_info = {
+        0, 0, 0, static_cast<float>(surface.lightmap_size.cx), static_cast<float>(surface.lightmap_size.cy), -1};
     surface.lightmap = 1;
 }
 

@@ -37,7 +37,8 @@ uint32_t LightMaterial::TranslucentColor(const UVVector& uv) const {
     return (pixel & 0x00FFFFFF) | (255 - (pixel >> 24)) << 24;
 }
 
-LightMaterials::LightMaterials(const World& world) : materials(static_cast<size_t>(std::max(1, world.GetMaterialCount()))) {
+LightMaterials::LightMaterials(const World& world)
+    : materials(static_cast<size_t>(std::max(1, world.GetMaterialCount()))) {
     for (int index = 1; index < world.GetMaterialCount(); ++index) {
         LightMaterial& material = materials[static_cast<size_t>(index)];
         material.doublesided = world.IsMaterialDoublesided(index);

@@ -1,4 +1,5 @@
-// What light asks of the materials, read once before the threads start: properties, and the pixels of transparent textures.
+// What light asks of the materials, read once before the threads start: properties, and the pixels of transparent
+// textures.
 #pragma once
 
 #include <cstdint>

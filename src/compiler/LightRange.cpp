@@ -52,7 +52,8 @@ bool LightReaches(const SurfaceTriangle& triangle, const D3DVECTOR& origin, floa
     const D3DVECTOR foot = origin - normal * distance;
     if (distance <= range && s_math.PointInTriangle(triangle.v[0], triangle.v[1], triangle.v[2], normal, foot))
         return true;
-    return SquareMagnitude(s_math.ClosestPointOnTriangle(triangle.v[0], triangle.v[1], triangle.v[2], origin) - origin) <= range * range;
+    return SquareMagnitude(s_math.ClosestPointOnTriangle(triangle.v[0], triangle.v[1], triangle.v[2], origin) -
+                           origin) <= range * range;
 }
 
 } // namespace
@@ -77,10 +78,11 @@ void Brush::TestLightRange(const D3DVECTOR& origin, float range, int light) {
     ForEachSurface([&](Surface& surface, int, bool) {
         if (!surface.HasMaterial())
             return;
-        const bool reached = std::any_of(surface.tri_indices.begin(), surface.tri_indices.end(), [&](const TRIANGLE& indices) {
-            SurfaceTriangle triangle;
-            return triangle.Take(surface, indices) && LightReaches(triangle, origin, range);
-        });
+        const bool reached =
+            std::any_of(surface.tri_indices.begin(), surface.tri_indices.end(), [&](const TRIANGLE& indices) {
+                SurfaceTriangle triangle;
+                return triangle.Take(surface, indices) && LightReaches(triangle, origin, range);
+            });
         if (reached)
             surface.light.push_back(light);
     });

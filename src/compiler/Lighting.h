@@ -21,8 +21,8 @@ struct LIGHT {
 
     explicit LIGHT(const Entity& entity);
     LIGHT() = default;
-    // How much of it reaches a point p with the normal n; 0 when none. Without intensity and colour. A double-sided surface
-    // is lit from behind, and its angle does not count.
+    // How much of it reaches a point p with the normal n; 0 when none. Without intensity and colour. A double-sided
+    // surface is lit from behind, and its angle does not count.
     float Factor(const D3DVECTOR& p, const D3DVECTOR& n, bool doublesided = false) const;
 };
 
@@ -37,13 +37,14 @@ struct LightingInput {
     const WorldSubdivide& ws;
     const CompileOptions& options;
     LightMaterials materials;
-    std::vector<LIGHT> lights; // by entity index
+    std::vector<LIGHT> lights;          // by entity index
     std::unique_ptr<FastShadow> shadow; // null without ray tracing
 };
 
 class Lighting {
 public:
-    Lighting(const LightingInput& lighting_input, StageState& stage_state) : input(lighting_input), state(stage_state) {}
+    Lighting(const LightingInput& lighting_input, StageState& stage_state)
+        : input(lighting_input), state(stage_state) {}
 
     const LightingInput& input;
     StageState& state;
@@ -88,7 +89,7 @@ int LightmapSide(float length, int detail);
 inline constexpr int UNIFORM_SIDE = 4; // of the block of a surface with one colour
 inline constexpr int MAX_LIGHTMAP_SIDE = 128;
 
-// Per-surface light lists (all point lights, by TestLightRange), and per-brush ones (those that light it, by their boxes).
-// Both false after a stop.
+// Per-surface light lists (all point lights, by TestLightRange), and per-brush ones (those that light it, by their
+// boxes). Both false after a stop.
 bool ComputeLightRange(World& world, CompileProgress& progress);
 bool CreateLightBrushList(World& world, CompileProgress& progress);

@@ -11,7 +11,8 @@
 
 namespace {
 
-constexpr const char* METHOD_TEXT[3] = {"Clearing Lightmaps...  ", "Illuminating Lightmaps...", "Raytracing Lightmaps... "};
+constexpr const char* METHOD_TEXT[3] = {"Clearing Lightmaps...  ", "Illuminating Lightmaps...",
+                                        "Raytracing Lightmaps... "};
 constexpr int SOLID_WITH_LIGHTMAPS = 2; // render mode
 
 void FindAmbientColor(World& world) {
@@ -65,7 +66,8 @@ LightingInput::LightingInput(const WorldSubdivide& subdivision, const CompileOpt
 }
 
 void SetCurveDetail(World& world, int detail, int threads) {
-    ParallelFor(world.GetBrushCount(), threads, [&](int b, int) { world.brush[static_cast<size_t>(b)]->ChangeCurveDetail(detail); });
+    ParallelFor(world.GetBrushCount(), threads,
+                [&](int b, int) { world.brush[static_cast<size_t>(b)]->ChangeCurveDetail(detail); });
 }
 
 void Brush::CalculateLightmap(Lighting& lighting) {
@@ -102,7 +104,9 @@ void Brush::CalculateLightmap(Lighting& lighting) {
 CompileResult CalculateLightmaps(WorldSubdivide& ws, CompileProgress& progress, std::string& message) {
     World& world = ws.world;
     const uint32_t start = GetDesktop().GetTickCount();
-    progress.AddText(METHOD_TEXT[ws.options.lighting_method == LIGHTING_NONE ? 0 : ws.options.lighting_method == LIGHTING_QUICK ? 1 : 2]);
+    progress.AddText(METHOD_TEXT[ws.options.lighting_method == LIGHTING_NONE    ? 0
+                                 : ws.options.lighting_method == LIGHTING_QUICK ? 1
+                                                                                : 2]);
     crTDestroyAll(TL_LIGHTMAP);
     world.lightmap_index.clear();
     CompileResult result = CompileResult::Stopped;

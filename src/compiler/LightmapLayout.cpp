@@ -32,7 +32,8 @@ struct TerrainTriangle {
 };
 
 // Where the vertical line through the sample meets the triangle: moves the sample there and blends the normal.
-bool MeetTerrain(const TerrainTriangle& triangle, const D3DVECTOR (&v)[3], D3DVECTOR& sample, D3DVECTOR& sample_normal) {
+bool MeetTerrain(const TerrainTriangle& triangle, const D3DVECTOR (&v)[3], D3DVECTOR& sample,
+                 D3DVECTOR& sample_normal) {
     const D3DVECTOR from = sample + D3DVECTOR{0, TERRAIN_RAY_RISE, 0};
     D3DVECTOR hit;
     float t;
@@ -45,7 +46,8 @@ bool MeetTerrain(const TerrainTriangle& triangle, const D3DVECTOR (&v)[3], D3DVE
         if (!(weight >= -TERRAIN_TOLERANCE && weight <= 1.0f + TERRAIN_TOLERANCE))
             return false;
     sample = hit;
-    sample_normal = NormalizeOrZero(triangle.vertex_normal[0] * first + triangle.vertex_normal[1] * second + triangle.vertex_normal[2] * third);
+    sample_normal = NormalizeOrZero(triangle.vertex_normal[0] * first + triangle.vertex_normal[1] * second +
+                                    triangle.vertex_normal[2] * third);
     return true;
 }
 
@@ -80,7 +82,8 @@ void Lighting::CalculateLightmapUV(const Brush& brush, Surface& surface, bool cu
     const int width = LightmapSide(mapping.size.x, input.options.lightmap_detail);
     const int height = LightmapSide(mapping.size.y, input.options.lightmap_detail);
     SetGridSize(surface, width, height);
-    float texelsize = std::max(mapping.size.x / static_cast<float>(width - 2), mapping.size.y / static_cast<float>(height - 2));
+    float texelsize =
+        std::max(mapping.size.x / static_cast<float>(width - 2), mapping.size.y / static_cast<float>(height - 2));
     if (!(texelsize > 0)) // a surface without extent
         texelsize = 1;
 

@@ -15,9 +15,9 @@ constexpr float PAGE_TEXEL = 1.0f / LIGHTMAP_PAGE_SIDE;
 constexpr float NO_LIGHTMAP_SIZE = 4.0f; // of the info of a surface without a lightmap, and of a block of one colour
 constexpr int UNIFORM_TEXELS = 4;        // a side
 constexpr int PAGES_IN_ONE = 4;
-constexpr int BLOCK_SIZES = 32;          // in sectors a side: blocks have at most 128 texels
+constexpr int BLOCK_SIZES = 32; // in sectors a side: blocks have at most 128 texels
 constexpr float MEGABYTES_A_PAGE = 0.25f;
-constexpr uint32_t LIGHTMAP_STAGE = 1;   // texture stage
+constexpr uint32_t LIGHTMAP_STAGE = 1; // texture stage
 
 struct SURFACE_SORT {
     int brush, surface;
@@ -29,11 +29,12 @@ struct SURFACE_SORT {
 
 // By cell, then render group, then material; ties keep the order of listing.
 void SortSurfaces(std::vector<SURFACE_SORT>& list) {
-    std::stable_sort(list.begin(), list.end(), [](const SURFACE_SORT& a, const SURFACE_SORT& b) { return a.Key() < b.Key(); });
+    std::stable_sort(list.begin(), list.end(),
+                     [](const SURFACE_SORT& a, const SURFACE_SORT& b) { return a.Key() < b.Key(); });
 }
 
-// Fills pages first fit. Pages only fill up, so a size that did not fit somewhere never fits there later: each size goes on
-// from the page and the row of its last success.
+// Fills pages first fit. Pages only fill up, so a size that did not fit somewhere never fits there later: each size
+// goes on from the page and the row of its last success.
 class PageFiller {
 public:
     explicit PageFiller(World& paged_world) : world(paged_world) { AddPage(); }
@@ -58,7 +59,8 @@ private:
 };
 
 bool PageFiller::FindPlace(int w, int h, size_t& page, int& sector) {
-    Progress& from = reached[std::clamp(h / LIGHTMAP_SECTOR, 1, BLOCK_SIZES) - 1][std::clamp(w / LIGHTMAP_SECTOR, 1, BLOCK_SIZES) - 1];
+    Progress& from = reached[std::clamp(h / LIGHTMAP_SECTOR, 1, BLOCK_SIZES) - 1]
+                            [std::clamp(w / LIGHTMAP_SECTOR, 1, BLOCK_SIZES) - 1];
     for (page = from.page;; ++page) {
         if (page == sectors.size()) {
             if (sectors.size() >= static_cast<size_t>(MAX_LIGHTMAP_PAGES))
@@ -129,7 +131,8 @@ std::vector<SURFACE_SORT> ListSurfaces(const WorldSubdivide& ws, Count&& count) 
 // The dynamic lightmaps by their lights. A lightmap whose light is not dynamic has no place.
 std::vector<std::vector<SURFACE_SORT>> DynamicLightmapsByLight(const WorldSubdivide& ws) {
     std::vector<std::vector<SURFACE_SORT>> by_light(ws.world.entity.size());
-    for (const SURFACE_SORT& sort : ListSurfaces(ws, [](const Surface& s) { return static_cast<int>(s.dynamic_lightmaps.size()); })) {
+    for (const SURFACE_SORT& sort :
+         ListSurfaces(ws, [](const Surface& s) { return static_cast<int>(s.dynamic_lightmaps.size()); })) {
         const auto light = static_cast<size_t>(
             SurfaceOf(ws.world, sort).dynamic_lightmaps[static_cast<size_t>(sort.lightmap_id)].info.light_index);
         const Entity& entity = *ws.world.entity[light];
@@ -181,7 +184,8 @@ void MakePageTextures(World& world) {
     crvTForceMipmap = 1; // none but the page itself
     world.lightmap_index.clear();
     for (const LightmapPage& page : world.lightmaps) {
-        const uint32_t handle = crTCreate(LIGHTMAP_PAGE_SIDE, LIGHTMAP_PAGE_SIDE, 32, TL_LIGHTMAP, TEX_NORMAL, LIGHTMAP_STAGE, false);
+        const uint32_t handle =
+            crTCreate(LIGHTMAP_PAGE_SIDE, LIGHTMAP_PAGE_SIDE, 32, TL_LIGHTMAP, TEX_NORMAL, LIGHTMAP_STAGE, false);
         if (handle != CR_NO_TEXTURE)
             crTFillTexture(handle, page.data(), 0, 0);
         world.lightmap_index.push_back(handle);
@@ -190,7 +194,9 @@ void MakePageTextures(World& world) {
 }
 
 uint32_t AverageTexel(const LightmapPage& page, int x, int y) {
-    const auto at = [&](int column, int row) { return page[static_cast<size_t>(row) * LIGHTMAP_PAGE_SIDE + static_cast<size_t>(column)]; };
+    const auto at = [&](int column, int row) {
+        return page[static_cast<size_t>(row) * LIGHTMAP_PAGE_SIDE + static_cast<size_t>(column)];
+    };
     const uint32_t texels[4] = {at(2 * x, 2 * y), at(2 * x + 1, 2 * y), at(2 * x, 2 * y + 1), at(2 * x + 1, 2 * y + 1)};
     uint32_t average = 0;
     for (const int shift : {0, 8, 16}) {
@@ -245,7 +251,8 @@ CompileResult BatchLightmaps(WorldSubdivide& ws, CompileProgress& progress, std:
     World& world = ws.world;
     world.lightmaps.clear();
     if (!FillPages(ws)) {
-        message = Format("The lightmaps need more than %d pages: lower Lightmap Detail and compile again.", MAX_LIGHTMAP_PAGES);
+        message = Format("The lightmaps need more than %d pages: lower Lightmap Detail and compile again.",
+                         MAX_LIGHTMAP_PAGES);
         return CompileResult::LimitExceeded;
     }
     DropLeftBlocks(world);
@@ -255,7 +262,8 @@ CompileResult BatchLightmaps(WorldSubdivide& ws, CompileProgress& progress, std:
     MakePageTextures(world);
     const auto pages = static_cast<int>(world.lightmaps.size());
     progress.AddText("\t\t-> " + TimeSince(start) + "\r\n");
-    progress.AddText(Format("\r\n%.2f MB Lightmaps in %d page(s)\r\n\r\n", static_cast<double>(static_cast<float>(pages) * MEGABYTES_A_PAGE), pages));
+    progress.AddText(Format("\r\n%.2f MB Lightmaps in %d page(s)\r\n\r\n",
+                            static_cast<double>(static_cast<float>(pages) * MEGABYTES_A_PAGE), pages));
     return CompileResult::Written;
 }
 
@@ -269,7 +277,8 @@ void RescaleLightmapPages(World& world) {
         const size_t left = quadrant % 2 * HALF, top = quadrant / 2 * HALF;
         for (int y = 0; y < HALF; ++y)
             for (int x = 0; x < HALF; ++x)
-                target[(top + static_cast<size_t>(y)) * LIGHTMAP_PAGE_SIDE + left + static_cast<size_t>(x)] = AverageTexel(world.lightmaps[page], x, y);
+                target[(top + static_cast<size_t>(y)) * LIGHTMAP_PAGE_SIDE + left + static_cast<size_t>(x)] =
+                    AverageTexel(world.lightmaps[page], x, y);
     }
     world.lightmaps = std::move(rescaled);
     for (const auto& brush : world.brush) {

@@ -95,8 +95,14 @@ OctalTree::BuildResult OctalTree::BuildOctalTree(const World& world, const std::
         if (StandsInTree(*world.brush[static_cast<size_t>(b)]))
             root.brush_list.push_back(b);
     octal_tree.push_back(std::move(root));
+    brush_boxes.clear();
+    for (const auto& brush : world.brush)
+        brush_boxes.push_back({BoxMin(brush->bbox), BoxMax(brush->bbox)});
 
     const BuildResult result = AddChildren(0);
+    brush_boxes = {};
+    source = nullptr;
+    build_stopped = {};
     for (OCTAL_LEAF& leaf : octal_tree)
         if (leaf.type == OCTAL_NODE)
             leaf.brush_list = {};
@@ -109,7 +115,8 @@ OctalTree::BuildResult OctalTree::AddChildren(int parent) {
     const float h = GetOctalLeaf(parent).size * 0.5f;
     for (size_t i = 0; i < 8; ++i) {
         octal_tree[static_cast<size_t>(parent)].child[i] = GetLeafCount();
-        const D3DVECTOR min{HIGH_X[i % 4] ? low.x + h : low.x, i < 4 ? low.y + h : low.y, HIGH_Z[i % 4] ? low.z + h : low.z};
+        const D3DVECTOR min{HIGH_X[i % 4] ? low.x + h : low.x, i < 4 ? low.y + h : low.y,
+                            HIGH_Z[i % 4] ? low.z + h : low.z};
         const BuildResult result = ChildLeafRecursive(parent, min, min + D3DVECTOR{h, h, h});
         if (result != BuildResult::Built)
             return result;
@@ -129,9 +136,12 @@ OctalTree::BuildResult OctalTree::ChildLeafRecursive(int parent, const D3DVECTOR
     leaf.size = std::fabs(max.x - min.x);
     const float half_side = leaf.size * 0.5f;
     leaf.half = min + D3DVECTOR{half_side, half_side, half_side};
-    for (const int b : GetOctalLeaf(parent).brush_list)
-        if (source->brush[static_cast<size_t>(b)]->IsInVoxel(min, max))
+    for (const int b : GetOctalLeaf(parent).brush_list) {
+        const BrushBox& box = brush_boxes[static_cast<size_t>(b)];
+        if (s_math.BoxBoxIntersect(box.min, box.max, min, max) &&
+            source->brush[static_cast<size_t>(b)]->IsInVoxel(min, max))
             leaf.brush_list.push_back(b);
+    }
     if (leaf.brush_list.empty())
         leaf.type = OCTAL_EMPTY;
     else if (leaf.size <= TERMINAL_SIZE || leaf.brush_list.size() <= TERMINAL_BRUSHES)
@@ -147,7 +157,8 @@ OctalTree::BuildResult OctalTree::ChildLeafRecursive(int parent, const D3DVECTOR
 }
 
 int OctalTree::CountType(uint32_t type) const {
-    return static_cast<int>(std::count_if(octal_tree.begin(), octal_tree.end(), [&](const OCTAL_LEAF& l) { return l.type == type; }));
+    return static_cast<int>(
+        std::count_if(octal_tree.begin(), octal_tree.end(), [&](const OCTAL_LEAF& l) { return l.type == type; }));
 }
 
 int OctalTree::FindLeafRecursive(const D3DVECTOR& point, int parent) const {
@@ -172,7 +183,8 @@ D3DVECTOR InverseDirection(const D3DVECTOR& dir) {
     return inverse;
 }
 
-float ProjectOutOfCube(const D3DVECTOR& from, const D3DVECTOR& inv_dir, float eps, const D3DVECTOR& min, const D3DVECTOR& max) {
+float ProjectOutOfCube(const D3DVECTOR& from, const D3DVECTOR& inv_dir, float eps, const D3DVECTOR& min,
+                       const D3DVECTOR& max) {
     const auto along = [eps](float start, float inverse, float low, float high) {
         return inverse < 0 ? (low - eps - start) * inverse : inverse > 0 ? (high + eps - start) * inverse : NO_FACE;
     };
@@ -182,15 +194,16 @@ float ProjectOutOfCube(const D3DVECTOR& from, const D3DVECTOR& inv_dir, float ep
     return std::min(x, std::min(y, z));
 }
 
-float OctalTree::ProjectVectorInOctalLeaf(const D3DVECTOR& from, const D3DVECTOR& inv_dir, float eps, int octal_leaf) const {
+float OctalTree::ProjectVectorInOctalLeaf(const D3DVECTOR& from, const D3DVECTOR& inv_dir, float eps,
+                                          int octal_leaf) const {
     const OCTAL_LEAF& leaf = GetOctalLeaf(octal_leaf);
     return ProjectOutOfCube(from, inv_dir, eps, leaf.min, leaf.max);
 }
 
 void LogEndlessTrace(const D3DVECTOR& start, const D3DVECTOR& end) {
-    LOG("Endless loop: s.x = %.3f, s.y = %.3f, s.z = %.3f, e.x = %.3f, e.y = %.3f, e.z = %.3f", static_cast<double>(start.x),
-        static_cast<double>(start.y), static_cast<double>(start.z), static_cast<double>(end.x), static_cast<double>(end.y),
-        static_cast<double>(end.z));
+    LOG("Endless loop: s.x = %.3f, s.y = %.3f, s.z = %.3f, e.x = %.3f, e.y = %.3f, e.z = %.3f",
+        static_cast<double>(start.x), static_cast<double>(start.y), static_cast<double>(start.z),
+        static_cast<double>(end.x), static_cast<double>(end.y), static_cast<double>(end.z));
 }
 
 void OctalTree::TraceOctalTree(const D3DVECTOR& start, const D3DVECTOR& end, LeafSelection& selection) const {

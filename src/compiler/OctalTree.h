@@ -1,5 +1,5 @@
-// The spatial index of the world: cubes that halve until few brushes are left. It speeds up shadow rays and goes into the
-// compiled world. A node has eight children; terminal leaves list the brushes whose faces touch them.
+// The spatial index of the world: cubes that halve until few brushes are left. It speeds up shadow rays and goes into
+// the compiled world. A node has eight children; terminal leaves list the brushes whose faces touch them.
 #pragma once
 
 #include <array>
@@ -62,7 +62,12 @@ private:
     BuildResult ChildLeafRecursive(int parent, const D3DVECTOR& min, const D3DVECTOR& max);
     BuildResult AddChildren(int parent);
 
-    const World* source = nullptr; // during the build
+    struct BrushBox {
+        D3DVECTOR min, max;
+    };
+    // During the build. The boxes stand side by side: nearly all brushes of a leaf are rejected by them.
+    const World* source = nullptr;
+    std::vector<BrushBox> brush_boxes;
     std::function<bool()> build_stopped;
 };
 
@@ -72,5 +77,6 @@ inline constexpr float NO_FACE = 1000000.0f;
 
 // 1 / dir by components; 0 where the component is 0, or so small that the quotient is not finite.
 D3DVECTOR InverseDirection(const D3DVECTOR& dir);
-float ProjectOutOfCube(const D3DVECTOR& from, const D3DVECTOR& inv_dir, float eps, const D3DVECTOR& min, const D3DVECTOR& max);
+float ProjectOutOfCube(const D3DVECTOR& from, const D3DVECTOR& inv_dir, float eps, const D3DVECTOR& min,
+                       const D3DVECTOR& max);
 void LogEndlessTrace(const D3DVECTOR& start, const D3DVECTOR& end);

@@ -17,7 +17,8 @@ constexpr int COARSEST_CURVES = 3;
 // welding distance, so every point that could weld stands in the cell of the new one or in a neighbouring one.
 class MeshBuilder {
 public:
-    MeshBuilder(CPhysicsData& built_mesh, float epsilon) : mesh(built_mesh), eps2(epsilon * epsilon), cell_side(2 * epsilon) {
+    MeshBuilder(CPhysicsData& built_mesh, float epsilon)
+        : mesh(built_mesh), eps2(epsilon * epsilon), cell_side(2 * epsilon) {
         for (size_t p = 0; p < mesh.points.size(); ++p)
             EnterPoint(static_cast<int>(p));
         for (size_t e = 0; e < mesh.edges.size(); ++e)
@@ -53,7 +54,8 @@ private:
     GridCell CellOf(const D3DVECTOR& p) const {
         static constexpr double FARTHEST_CELL = 1e18; // beyond it, cells only hold points that are far from each other
         const auto number = [this](float c) {
-            return static_cast<int64_t>(std::floor(std::clamp(static_cast<double>(c) / static_cast<double>(cell_side), -FARTHEST_CELL, FARTHEST_CELL)));
+            return static_cast<int64_t>(std::floor(
+                std::clamp(static_cast<double>(c) / static_cast<double>(cell_side), -FARTHEST_CELL, FARTHEST_CELL)));
         };
         return {number(p.x), number(p.y), number(p.z)};
     }
@@ -73,7 +75,8 @@ private:
                         continue;
                     for (const int candidate : found->second) {
                         const float square = SquareMagnitude(mesh.points[static_cast<size_t>(candidate)].pos - p);
-                        if (square < best || (square == best && candidate < nearest)) { // the first in the list wins a tie
+                        if (square < best ||
+                            (square == best && candidate < nearest)) { // the first in the list wins a tie
                             best = square;
                             nearest = candidate;
                         }
@@ -118,7 +121,8 @@ private:
         added.e2_index = TakeEdge(added.p0_index, added.p1_index);
         const int sides[3] = {added.e0_index, added.e1_index, added.e2_index};
         for (const int e : sides)
-            if (mesh.edges[static_cast<size_t>(e)].left_index >= 0 && mesh.edges[static_cast<size_t>(e)].right_index >= 0) {
+            if (mesh.edges[static_cast<size_t>(e)].left_index >= 0 &&
+                mesh.edges[static_cast<size_t>(e)].right_index >= 0) {
                 mesh.tainted = true; // a third triangle on one edge
                 return;
             }
@@ -146,7 +150,8 @@ void BuildMesh(const Brush& brush, CPhysicsData& mesh) {
 
 } // namespace
 
-void CPhysicsData::InsertSurface(float epsilon, int index, const std::vector<D3DVECTOR>& points_in, const std::vector<TRIANGLE>& faces_in) {
+void CPhysicsData::InsertSurface(float epsilon, int index, const std::vector<D3DVECTOR>& points_in,
+                                 const std::vector<TRIANGLE>& faces_in) {
     MeshBuilder(*this, epsilon).InsertSurface(index, points_in, faces_in);
 }
 
@@ -160,7 +165,8 @@ void CPhysicsData::ComputeInertiaMomentum() {
     D3DVECTOR weighted;
     float total = 0;
     for (const CPhyFace& face : faces) {
-        const D3DVECTOR &p0 = points[static_cast<size_t>(face.p0_index)].pos, &p1 = points[static_cast<size_t>(face.p1_index)].pos,
+        const D3DVECTOR &p0 = points[static_cast<size_t>(face.p0_index)].pos,
+                        &p1 = points[static_cast<size_t>(face.p1_index)].pos,
                         &p2 = points[static_cast<size_t>(face.p2_index)].pos;
         const float a = Magnitude(p1 - p0), b = Magnitude(p2 - p1), c = Magnitude(p0 - p2);
         const float s = (a + b + c) * 0.5f;

@@ -15,7 +15,8 @@ float Diagonal(float side) { return std::sqrt(3.0f * side * side); }
 
 bool IsSmall(const Brush& brush) {
     const D3DVECTOR extent = BoxMax(brush.bbox) - BoxMin(brush.bbox);
-    return Diagonal(extent.x) <= 2 * RG_VOXEL_SIZE && Diagonal(extent.y) <= 2 * RG_VOXEL_SIZE && Diagonal(extent.z) <= 2 * RG_VOXEL_SIZE;
+    return Diagonal(extent.x) <= 2 * RG_VOXEL_SIZE && Diagonal(extent.y) <= 2 * RG_VOXEL_SIZE &&
+           Diagonal(extent.z) <= 2 * RG_VOXEL_SIZE;
 }
 
 Selection GroupOfOne(int brush) {
@@ -105,8 +106,8 @@ bool WorldSubdivide::CreateRenderGroups(int c) {
     return true;
 }
 
-// A brush goes to the first voxel that it touches, voxels counted along x, then y, then z. So each brush is taken by itself,
-// with the few voxels near its box, and the groups are made in the order of their voxels.
+// A brush goes to the first voxel that it touches, voxels counted along x, then y, then z. So each brush is taken by
+// itself, with the few voxels near its box, and the groups are made in the order of their voxels.
 bool WorldSubdivide::GroupByGrid(const CELL& grouped, const D3DVECTOR& cell_min, const D3DVECTOR& cell_max) {
     const GridAxis x(cell_min.x, cell_max.x), y(cell_min.y, cell_max.y), z(cell_min.z, cell_max.z);
     struct Placed {

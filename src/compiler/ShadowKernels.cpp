@@ -50,7 +50,9 @@ struct Wide3 {
 AVX2_INLINE Wide3 Load(const float (&values)[3][SHADOW_LANES]) {
     return {_mm256_load_ps(values[0]), _mm256_load_ps(values[1]), _mm256_load_ps(values[2])};
 }
-AVX2_INLINE Wide3 Broadcast(const D3DVECTOR& v) { return {_mm256_set1_ps(v.x), _mm256_set1_ps(v.y), _mm256_set1_ps(v.z)}; }
+AVX2_INLINE Wide3 Broadcast(const D3DVECTOR& v) {
+    return {_mm256_set1_ps(v.x), _mm256_set1_ps(v.y), _mm256_set1_ps(v.z)};
+}
 AVX2_INLINE Wide3 Minus(const Wide3& a, const Wide3& b) {
     return {_mm256_sub_ps(a.x, b.x), _mm256_sub_ps(a.y, b.y), _mm256_sub_ps(a.z, b.z)};
 }
@@ -58,7 +60,9 @@ AVX2_INLINE __m256 Dot(const Wide3& a, const Wide3& b) {
     return _mm256_add_ps(_mm256_add_ps(_mm256_mul_ps(a.x, b.x), _mm256_mul_ps(a.y, b.y)), _mm256_mul_ps(a.z, b.z));
 }
 // a * b - c * d
-AVX2_INLINE __m256 Minor(__m256 a, __m256 b, __m256 c, __m256 d) { return _mm256_sub_ps(_mm256_mul_ps(a, b), _mm256_mul_ps(c, d)); }
+AVX2_INLINE __m256 Minor(__m256 a, __m256 b, __m256 c, __m256 d) {
+    return _mm256_sub_ps(_mm256_mul_ps(a, b), _mm256_mul_ps(c, d));
+}
 AVX2_INLINE Wide3 Cross(const Wide3& a, const Wide3& b) {
     return {Minor(a.y, b.z, a.z, b.y), Minor(a.z, b.x, a.x, b.z), Minor(a.x, b.y, a.y, b.x)};
 }
@@ -82,13 +86,15 @@ AVX2_FUNCTION uint32_t Avx2Triangles(const TriangleGroup& group, const ShadowRay
     const Wide3 n = Load(group.normal), direction = Broadcast(ray.direction), from = Broadcast(ray.from);
     const Wide3 a = Load(group.corner[0]);
     const __m256 along = Dot(direction, n), offset = Dot(Minus(a, from), n), zero = _mm256_setzero_ps();
-    const __m256 beside = _mm256_or_ps(_mm256_cmp_ps(along, _mm256_set1_ps(FACING_TOLERANCE), _CMP_GT_OQ),
-                                       _mm256_or_ps(_mm256_cmp_ps(offset, zero, _CMP_GT_OQ), _mm256_cmp_ps(offset, along, _CMP_LT_OQ)));
+    const __m256 beside =
+        _mm256_or_ps(_mm256_cmp_ps(along, _mm256_set1_ps(FACING_TOLERANCE), _CMP_GT_OQ),
+                     _mm256_or_ps(_mm256_cmp_ps(offset, zero, _CMP_GT_OQ), _mm256_cmp_ps(offset, along, _CMP_LT_OQ)));
     const uint32_t meet = ~static_cast<uint32_t>(_mm256_movemask_ps(beside)) & group.used;
     if (meet == 0)
         return 0;
     const __m256 param = _mm256_div_ps(offset, along);
-    const Wide3 hit{_mm256_add_ps(from.x, _mm256_mul_ps(direction.x, param)), _mm256_add_ps(from.y, _mm256_mul_ps(direction.y, param)),
+    const Wide3 hit{_mm256_add_ps(from.x, _mm256_mul_ps(direction.x, param)),
+                    _mm256_add_ps(from.y, _mm256_mul_ps(direction.y, param)),
                     _mm256_add_ps(from.z, _mm256_mul_ps(direction.z, param))};
     const Wide3 apart = Minus(hit, Broadcast(ray.sample));
     const __m256 near_sample = _mm256_cmp_ps(Dot(apart, apart), _mm256_set1_ps(SHADOW_BIAS_SQUARED), _CMP_LT_OQ);
@@ -96,10 +102,12 @@ AVX2_FUNCTION uint32_t Avx2Triangles(const TriangleGroup& group, const ShadowRay
     const __m256 ab = Dot(Cross(Minus(hit, a), Minus(b, a)), n);
     const __m256 bc = Dot(Cross(Minus(hit, b), Minus(c, b)), n);
     const __m256 ca = Dot(Cross(Minus(hit, c), Minus(a, c)), n);
-    const __m256 all_low = _mm256_and_ps(_mm256_cmp_ps(ab, zero, _CMP_LE_OQ),
-                                         _mm256_and_ps(_mm256_cmp_ps(bc, zero, _CMP_LE_OQ), _mm256_cmp_ps(ca, zero, _CMP_LE_OQ)));
-    const __m256 all_high = _mm256_and_ps(_mm256_cmp_ps(ab, zero, _CMP_GE_OQ),
-                                          _mm256_and_ps(_mm256_cmp_ps(bc, zero, _CMP_GE_OQ), _mm256_cmp_ps(ca, zero, _CMP_GE_OQ)));
+    const __m256 all_low =
+        _mm256_and_ps(_mm256_cmp_ps(ab, zero, _CMP_LE_OQ),
+                      _mm256_and_ps(_mm256_cmp_ps(bc, zero, _CMP_LE_OQ), _mm256_cmp_ps(ca, zero, _CMP_LE_OQ)));
+    const __m256 all_high =
+        _mm256_and_ps(_mm256_cmp_ps(ab, zero, _CMP_GE_OQ),
+                      _mm256_and_ps(_mm256_cmp_ps(bc, zero, _CMP_GE_OQ), _mm256_cmp_ps(ca, zero, _CMP_GE_OQ)));
     const __m256 inside = _mm256_andnot_ps(near_sample, _mm256_or_ps(all_low, all_high));
     return static_cast<uint32_t>(_mm256_movemask_ps(inside)) & meet;
 }

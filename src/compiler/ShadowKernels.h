@@ -28,8 +28,8 @@ struct alignas(32) BoxGroup {
 // Triangles by unit normal and corners.
 struct alignas(32) TriangleGroup {
     float normal[3][SHADOW_LANES], corner[3][3][SHADOW_LANES];
-    uint32_t used = 0;  // lanes
-    uint32_t glass = 0; // lanes of transparent materials
+    uint32_t used = 0;        // lanes
+    uint32_t glass = 0;       // lanes of transparent materials
     uint32_t first_glass = 0; // number of the first of them
 
     TriangleGroup();

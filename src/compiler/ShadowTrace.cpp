@@ -15,8 +15,8 @@ uint32_t GlassTriangle::ColorAt(const D3DVECTOR& hit) const {
     float third, second;
     s_math.GetBarycentricCoordinates(v[0], v[1], v[2], hit, normal, third, second);
     const float first = 1.0f - third - second;
-    return material->TranslucentColor({uv[0].u * first + uv[1].u * second + uv[2].u * third,
-                                       uv[0].v * first + uv[1].v * second + uv[2].v * third});
+    return material->TranslucentColor(
+        {uv[0].u * first + uv[1].u * second + uv[2].u * third, uv[0].v * first + uv[1].v * second + uv[2].v * third});
 }
 
 void CalculateFilteredColor(const TranslucentHits& hits, float& fr, float& fg, float& fb) {
@@ -27,7 +27,9 @@ void CalculateFilteredColor(const TranslucentHits& hits, float& fr, float& fg, f
     std::array<uint16_t, MAX_TRANSLUCENT_HITS> order;
     for (int k = 0; k < hits.rt_count; ++k) { // an insertion keeps the order of equal parameters and needs no memory
         int place = k;
-        for (; place > 0 && hits.rt_param[order[static_cast<size_t>(place - 1)]] > hits.rt_param[static_cast<size_t>(k)]; --place)
+        for (;
+             place > 0 && hits.rt_param[order[static_cast<size_t>(place - 1)]] > hits.rt_param[static_cast<size_t>(k)];
+             --place)
             order[static_cast<size_t>(place)] = order[static_cast<size_t>(place - 1)];
         order[static_cast<size_t>(place)] = static_cast<uint16_t>(k);
     }
@@ -41,7 +43,8 @@ void CalculateFilteredColor(const TranslucentHits& hits, float& fr, float& fg, f
     }
 }
 
-bool ShadowTrace::RayTraceFast(const D3DVECTOR& b, const D3DVECTOR& a, const D3DVECTOR& ray, LeafSelection& node_selection, TranslucentHits& hits) const {
+bool ShadowTrace::RayTraceFast(const D3DVECTOR& b, const D3DVECTOR& a, const D3DVECTOR& ray,
+                               LeafSelection& node_selection, TranslucentHits& hits) const {
     hits.rt_count = 0;
     tree.TraceOctalTree(a, b, node_selection);
     for (const int leaf : node_selection.Leaves())
@@ -53,7 +56,8 @@ bool ShadowTrace::RayTraceFast(const D3DVECTOR& b, const D3DVECTOR& a, const D3D
     return false;
 }
 
-bool ShadowTrace::IntersectFast(const Brush& brush, const D3DVECTOR& b, const D3DVECTOR& position, const D3DVECTOR& direction, TranslucentHits& hits) const {
+bool ShadowTrace::IntersectFast(const Brush& brush, const D3DVECTOR& b, const D3DVECTOR& position,
+                                const D3DVECTOR& direction, TranslucentHits& hits) const {
     const D3DVECTOR center = (BoxMin(brush.bbox) + BoxMax(brush.bbox)) * 0.5f;
     const D3DVECTOR radius = (BoxMax(brush.bbox) - BoxMin(brush.bbox)) * 0.5f;
     if (!s_math.BoxRayIntersectInner(position, direction, center, radius))

@@ -1,5 +1,5 @@
-// The shadow test as its rules tell it: the leaves along the segment, their brushes one by one, their triangles one by one.
-// The fast path (FastShadow.h) gives the same answers; a test holds the two together.
+// The shadow test as its rules tell it: the leaves along the segment, their brushes one by one, their triangles one by
+// one. The fast path (FastShadow.h) gives the same answers; a test holds the two together.
 #pragma once
 
 #include <array>
@@ -13,7 +13,8 @@ class World;
 
 inline constexpr int MAX_TRANSLUCENT_HITS = 1024;
 
-// The translucent surfaces that one ray passed, in the order of the walk. A brush in several leaves counts once for each.
+// The translucent surfaces that one ray passed, in the order of the walk. A brush in several leaves counts once for
+// each.
 struct TranslucentHits {
     int rt_count = 0; // may exceed what is stored
     std::array<uint32_t, MAX_TRANSLUCENT_HITS> rt_color;
@@ -51,8 +52,10 @@ public:
         : world(trace_world), tree(trace_tree), materials(trace_materials) {}
 
     // True if the segment from light a to sample b is blocked; ray = b - a.
-    bool RayTraceFast(const D3DVECTOR& b, const D3DVECTOR& a, const D3DVECTOR& ray, LeafSelection& node_selection, TranslucentHits& hits) const;
-    bool IntersectFast(const Brush& brush, const D3DVECTOR& b, const D3DVECTOR& position, const D3DVECTOR& direction, TranslucentHits& hits) const;
+    bool RayTraceFast(const D3DVECTOR& b, const D3DVECTOR& a, const D3DVECTOR& ray, LeafSelection& node_selection,
+                      TranslucentHits& hits) const;
+    bool IntersectFast(const Brush& brush, const D3DVECTOR& b, const D3DVECTOR& position, const D3DVECTOR& direction,
+                       TranslucentHits& hits) const;
 
 private:
     const World& world;

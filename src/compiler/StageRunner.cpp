@@ -24,7 +24,8 @@ void ShowSteps(CompileProgress& progress, StageState& state) {
 
 } // namespace
 
-bool RunStage(CompileProgress& progress, int count, int threads, const std::function<void(int, int, StageState&)>& body) {
+bool RunStage(CompileProgress& progress, int count, int threads,
+              const std::function<void(int, int, StageState&)>& body) {
     StageState state;
     if (progress.CompilationCancelled())
         return false;

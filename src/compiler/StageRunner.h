@@ -1,4 +1,5 @@
-// How the stages of a compile run: on all threads, with progress and a stop that takes effect within a fraction of a second.
+// How the stages of a compile run: on all threads, with progress and a stop that takes effect within a fraction of a
+// second.
 #pragma once
 
 #include <atomic>
@@ -17,9 +18,10 @@ struct StageState {
     void Step(int n = 1) { steps.fetch_add(n, std::memory_order_relaxed); }
 };
 
-// body(index, worker, state) for every index, as ParallelFor. The calling thread only moves the bar and asks for a stop, so
-// progress is called from no other thread. False after a stop.
-bool RunStage(CompileProgress& progress, int count, int threads, const std::function<void(int index, int worker, StageState& state)>& body);
+// body(index, worker, state) for every index, as ParallelFor. The calling thread only moves the bar and asks for a
+// stop, so progress is called from no other thread. False after a stop.
+bool RunStage(CompileProgress& progress, int count, int threads,
+              const std::function<void(int index, int worker, StageState& state)>& body);
 
 // Stop and progress of a loop on the calling thread: asks at most every few milliseconds.
 class StopPoll {

@@ -27,7 +27,8 @@ void WorldSubdivide::CreateWorldCell() {
         const Brush& brush = *world.brush[static_cast<size_t>(b)];
         if (brush.IsPortalOrOccluder() || brush.HasProperty(NOT_IN_CELL))
             continue;
-        const bool removed = options.clip_box_compilation && !s_math.BoxBoxIntersect(BoxMin(brush.bbox), BoxMax(brush.bbox), clip_min, clip_max);
+        const bool removed = options.clip_box_compilation &&
+                             !s_math.BoxBoxIntersect(BoxMin(brush.bbox), BoxMax(brush.bbox), clip_min, clip_max);
         (removed ? removed_brush_list : whole.objects).push_back(b);
     }
     for (int e = 0; e < world.GetEntityCount(); ++e) {

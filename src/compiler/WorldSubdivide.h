@@ -1,5 +1,5 @@
-// All state of one compile: the tree, cells, portals, occluders, render groups and what the clip box dropped. It is made
-// afresh for every run, so a run leaves nothing behind for the next.
+// All state of one compile: the tree, cells, portals, occluders, render groups and what the clip box dropped. It is
+// made afresh for every run, so a run leaves nothing behind for the next.
 #pragma once
 
 #include <array>
@@ -17,8 +17,8 @@ struct PORTAL {
     D3DVECTOR pivot;
     std::array<std::array<uint16_t, 6>, 2> partindices{}; // triangles of either side, into bounds
     std::array<D3DVECTOR, 2> normal{};
-    std::array<std::vector<int32_t>, 2> PVP;              // portals that can be reached from either side
-    int32_t portalowner = -1;                             // brush
+    std::array<std::vector<int32_t>, 2> PVP; // portals that can be reached from either side
+    int32_t portalowner = -1;                // brush
     std::array<int32_t, 2> cell{-1, -1};
 };
 
@@ -37,7 +37,8 @@ struct CELL {
 
 class WorldSubdivide {
 public:
-    WorldSubdivide(World& compiled_world, const CompileOptions& compile_options) : world(compiled_world), options(compile_options) {}
+    WorldSubdivide(World& compiled_world, const CompileOptions& compile_options)
+        : world(compiled_world), options(compile_options) {}
 
     // Boxes and table positions of the brushes, and an empty subdivision.
     void PrepareBrushes();
@@ -69,6 +70,6 @@ private:
     bool GroupByGrid(const CELL& grouped, const D3DVECTOR& cell_min, const D3DVECTOR& cell_max);
     bool AddRenderGroup(Selection group);
 
-    std::vector<int32_t> brush_cell;          // by brush: the first cell that lists it
-    std::vector<const Entity*> cell_ambient;  // by cell
+    std::vector<int32_t> brush_cell;         // by brush: the first cell that lists it
+    std::vector<const Entity*> cell_ambient; // by cell
 };

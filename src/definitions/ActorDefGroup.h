@@ -17,7 +17,8 @@ struct ActorDefGroup {
 class ActorDefGroups {
 public:
     void ParseActorDefGroups(); // "Scripts\Actors\*.def", libraries included
-    // The set of that name, in any case. Without one: a new set when create is set, else the first set, null if there is none.
+    // The set of that name, in any case. Without one: a new set when create is set, else the first set, null if there
+    // is none.
     ActorDefGroup* GetActorDefGroup(std::string_view name, bool create);
 
     const std::vector<std::unique_ptr<ActorDefGroup>>& Groups() const { return groups; }

@@ -23,7 +23,7 @@ DefFileObject::DefFileObject(std::string_view def_file_name) {
     if (DFS_Item* item = def_file_storage.OpenDefFileItem(def_file_name)) {
         file_found = true;
         while (DefFileStorage::GetDFSNextLine(item, line) >= 0)
-            ParseLine(Trimmed(line), in_section);
+            ParseLine(line, in_section);
         return;
     }
     FileObject file(def_file_name, FO_Open);
@@ -33,6 +33,7 @@ DefFileObject::DefFileObject(std::string_view def_file_name) {
 }
 
 void DefFileObject::ParseLine(std::string_view line, bool& in_section) {
+    line = Trimmed(line.substr(0, line.find('\0')));
     if (line.empty() || line[0] == '{' || line[0] == '/')
         return;
     if (line[0] == '#') {

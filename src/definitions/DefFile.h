@@ -10,7 +10,8 @@
 
 class DefFileObject {
 public:
-    // Reads all. A file that cannot be opened leaves no sections. What is beyond 4095 characters of a line is the next line.
+    // Reads all. A file that cannot be opened leaves no sections. What is beyond 4095 characters of a line is the next
+    // line.
     explicit DefFileObject(std::string_view def_file_name);
 
     bool WasFound() const { return file_found; }
@@ -19,15 +20,15 @@ public:
 
     // The first section of that name, in any case; the command position is reset also when there is none.
     bool OpenSection(std::string_view section_name);
-    bool OpenNextSection(); // at first the first one
+    bool OpenNextSection();             // at first the first one
     const char* GetSectionName() const; // null while none is open
 
     bool OpenNextCommand();
     const char* GetCommandName() const; // null while none is open
     int GetCommandParamCount() const;
 
-    // The parameters of the open command; 0 is the one behind its name. An index past the last gives false and leaves the
-    // value alone, but makes a string empty.
+    // The parameters of the open command; 0 is the one behind its name. An index past the last gives false and leaves
+    // the value alone, but makes a string empty.
     bool GetInt(int param_index, int32_t& value) const;
     bool GetFloat(int param_index, float& value) const;
     bool GetString(int param_index, std::string& value) const;

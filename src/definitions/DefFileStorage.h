@@ -1,5 +1,6 @@
-// A store of definition files in memory, which DefFileObject asks before it looks for a file. Packed, it is one LZSS stream
-// of items: a 32-bit length of the text with its terminator, the name and the text, each with a terminating zero.
+// A store of definition files in memory, which DefFileObject asks before it looks for a file. Packed, it is one LZSS
+// stream of items: a 32-bit length of the text with its terminator, the name and the text, each with a terminating
+// zero.
 #pragma once
 
 #include <cstdint>

@@ -21,12 +21,14 @@ struct TypeWord {
     EntityParameterType type;
 };
 constexpr TypeWord TYPE_WORDS[] = {
-    {"BOOL", EPT_BOOL},       {"INT", EPT_INT},       {"FLOAT", EPT_FLOAT},   {"VECTOR2", EPT_VECTOR2},  {"VECTOR3", EPT_VECTOR3},
-    {"COLOR", EPT_COLOR},     {"STRING", EPT_STRING}, {"FILENAME", EPT_FILENAME}, {"CONSTANT", EPT_CONSTANT},
+    {"BOOL", EPT_BOOL},       {"INT", EPT_INT},           {"FLOAT", EPT_FLOAT},
+    {"VECTOR2", EPT_VECTOR2}, {"VECTOR3", EPT_VECTOR3},   {"COLOR", EPT_COLOR},
+    {"STRING", EPT_STRING},   {"FILENAME", EPT_FILENAME}, {"CONSTANT", EPT_CONSTANT},
 };
 
 constexpr size_t LONGEST_PARAMETER_NAME = 63, LONGEST_COMMENT = 8191, LONGEST_STRING = 7999;
 constexpr uint32_t OPAQUE = 0xFF000000;
+
 } // namespace
 
 void EntityDefinitionReader::Notice(const std::string& text) const {
@@ -108,7 +110,8 @@ EntityDefinitionReader::Step EntityDefinitionReader::ReadLabel() {
     scanner.SkipBlanks();
     const size_t word_start = scanner.Position();
     const std::string word = scanner.TakeWord();
-    const auto found = std::find_if(std::begin(LABELS), std::end(LABELS), [&](const char* l) { return EqualNoCase(word, l); });
+    const auto found =
+        std::find_if(std::begin(LABELS), std::end(LABELS), [&](const char* l) { return EqualNoCase(word, l); });
     if (found == std::end(LABELS)) {
         if (scanner.Position() > word_start)
             scanner.TakeName(); // the rest of a word that is no label
@@ -150,7 +153,9 @@ bool EntityDefinitionReader::ReadEditorImage() {
     uint32_t color = defaults.color, bitmap = CR_NO_TEXTURE;
     D3DVECTOR size = defaults.model_size, offset;
     std::string mesh_file, actor_file;
-    const auto take_file = [this] { return scanner.FindStringStart() == ScriptToken::Found ? scanner.TakeFile() : std::string(); };
+    const auto take_file = [this] {
+        return scanner.FindStringStart() == ScriptToken::Found ? scanner.TakeFile() : std::string();
+    };
 
     if (!scanner.FindBlockStart())
         return false;
@@ -243,11 +248,21 @@ bool EntityDefinitionReader::ReadValue(EntityParameter& parameter) {
         return ReadText(parameter);
     scanner.SkipCharacter();
     switch (parameter.type) {
-    case EPT_BOOL: parameter.p_bool = scanner.TakeUntil(";").starts_with("TRUE"); break;
-    case EPT_INT: parameter.p_int = ParseInt(scanner.TakeUntil(";")); break;
-    case EPT_FLOAT: parameter.p_float = ParseFloat(scanner.TakeUntil(";")); break;
-    case EPT_VECTOR2: ReadFloats({&parameter.p_vector2.u, &parameter.p_vector2.v}); break;
-    case EPT_VECTOR3: ReadFloats({&parameter.p_vector3.x, &parameter.p_vector3.y, &parameter.p_vector3.z}); break;
+    case EPT_BOOL:
+        parameter.p_bool = scanner.TakeUntil(";").starts_with("TRUE");
+        break;
+    case EPT_INT:
+        parameter.p_int = ParseInt(scanner.TakeUntil(";"));
+        break;
+    case EPT_FLOAT:
+        parameter.p_float = ParseFloat(scanner.TakeUntil(";"));
+        break;
+    case EPT_VECTOR2:
+        ReadFloats({&parameter.p_vector2.u, &parameter.p_vector2.v});
+        break;
+    case EPT_VECTOR3:
+        ReadFloats({&parameter.p_vector3.x, &parameter.p_vector3.y, &parameter.p_vector3.z});
+        break;
     case EPT_COLOR: {
         std::vector<int32_t> channels = {0, 0, 0, 255};
         COLOR& color = parameter.p_color;
@@ -258,12 +273,15 @@ bool EntityDefinitionReader::ReadValue(EntityParameter& parameter) {
         color.a = static_cast<float>(channels[3]) * BYTE_TO_UNIT;
         break;
     }
-    default: parameter.p_text = scanner.TakeParameterName(); break;
+    default:
+        parameter.p_text = scanner.TakeParameterName();
+        break;
     }
     return true;
 }
 
-// The text between the quotes. Without an opening one it begins where every value begins, and ends with the line at most.
+// The text between the quotes. Without an opening one it begins where every value begins, and ends with the line at
+// most.
 bool EntityDefinitionReader::ReadText(EntityParameter& parameter) {
     const ScriptScanner behind = scanner;
     scanner.SkipSpaces();
@@ -291,7 +309,8 @@ void EntityDefinitionReader::ReadChoices(EntityParameter& parameter) {
         too_many = too_many || !fits;
     }
     if (too_many)
-        Notice(Format("has more than %d choices for %s; the others are left out", EntityParser::MAX_CHOICES, parameter.name.c_str()));
+        Notice(Format("has more than %d choices for %s; the others are left out", EntityParser::MAX_CHOICES,
+                      parameter.name.c_str()));
 }
 
 void EntityDefinitionReader::ReadFloats(std::initializer_list<float*> values) {

@@ -10,7 +10,8 @@
 
 class EntityDefinitionReader {
 public:
-    EntityDefinitionReader(std::string_view file, const ExpandedScript& expanded, std::vector<std::unique_ptr<Entity>>& target)
+    EntityDefinitionReader(std::string_view file, const ExpandedScript& expanded,
+                           std::vector<std::unique_ptr<Entity>>& target)
         : file_name(file), script(expanded), scanner(expanded.Text()), templates(target) {}
 
     void ReadAll(); // up to the end, or the first definition that cannot be completed
@@ -30,7 +31,7 @@ private:
     void ReadChoices(EntityParameter& parameter);
     void ReadFloats(std::initializer_list<float*> values);
     void ReadColor(uint32_t& dw_color, std::vector<int32_t>& channels); // red, green, blue and perhaps alpha
-    bool Fail(const std::string& reason); // false, with a notice
+    bool Fail(const std::string& reason);                               // false, with a notice
     bool FailUnfinished();
     void Notice(const std::string& text) const;
     void ReleaseBitmap() const;

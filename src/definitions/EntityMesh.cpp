@@ -34,7 +34,8 @@ bool ReadGeometry(UChunkFile& file, const SurfaceHeader& header, MeshSurface& su
         return false;
     const auto n = static_cast<size_t>(vertices);
     if (!file.GetNextValues(surface.vertices, n) || !file.GetNextValues(surface.uv, n) ||
-        !file.GetNextValues(surface.normals, n) || !file.GetNextValues(surface.tri_indices, static_cast<size_t>(triangles)))
+        !file.GetNextValues(surface.normals, n) ||
+        !file.GetNextValues(surface.tri_indices, static_cast<size_t>(triangles)))
         return false;
     std::erase_if(surface.tri_indices, [n](const TRIANGLE& t) {
         return std::any_of(t.i.begin(), t.i.end(), [n](uint16_t index) { return index >= n; });
@@ -145,6 +146,10 @@ std::unique_ptr<Mesh> LoadActor(std::string_view filename) {
         return nullptr;
     }
     const ActorModel model = ReadActorModel(definition);
+    if (model.chunk_file.empty()) {
+        NoticeOnce(std::string(filename) + " names no model");
+        return nullptr;
+    }
     UChunkFile file(model.chunk_file, CFM_Open);
     if (!OpenMeshFile(file))
         return nullptr;

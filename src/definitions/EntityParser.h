@@ -26,7 +26,7 @@ private:
     std::vector<bool> mesh_wanted;                        // of each template; its mesh is there, or cannot be read
 };
 
-// A display mesh from a mesh file, or from an actor definition. Null when it cannot be read; a damaged file is named in a
-// notice. Triangles with a vertex that does not exist are left out.
+// A display mesh from a mesh file, or from an actor definition. Null, with a notice that names the file, when it cannot
+// be read. Triangles with a vertex that does not exist are left out.
 std::unique_ptr<Mesh> LoadMesh(std::string_view filename);
 std::unique_ptr<Mesh> LoadActor(std::string_view filename);

@@ -40,11 +40,6 @@ int CountLines(std::string_view text) { return static_cast<int>(std::count(text.
 
 } // namespace
 
-struct ExpandedScript::Macro {
-    size_t start, end; // of its definition in the source
-    std::string name, value;
-};
-
 bool ExpandedScript::Append(std::string_view piece, int line) {
     if (piece.empty())
         return true;
@@ -57,7 +52,10 @@ bool ExpandedScript::Append(std::string_view piece, int line) {
 
 bool ExpandedScript::Expand(std::string_view source) {
     source = source.substr(0, source.find(END_MARK));
-    std::vector<Macro> definitions;
+    struct Range {
+        size_t start, end;
+    };
+    std::vector<Range> definitions; // in the source
     std::map<std::string, std::string> macros;
     for (size_t at = source.find(DEFINE); at < source.size(); at = source.find(DEFINE, at)) {
         const size_t start = at;
@@ -67,10 +65,8 @@ bool ExpandedScript::Expand(std::string_view source) {
             continue;
         const size_t name_end = WordEnd(source, dollar + 1);
         at = ValueEnd(source, name_end);
-        const std::string name = ToLower(source.substr(dollar + 1, name_end - dollar - 1));
-        const std::string value(source.substr(name_end, at - name_end));
-        macros[name] = value;
-        definitions.push_back({start, at, name, value});
+        macros[ToLower(source.substr(dollar + 1, name_end - dollar - 1))] = source.substr(name_end, at - name_end);
+        definitions.push_back({start, at});
     }
     if (definitions.empty())
         return Append(source, 1);
@@ -206,7 +202,8 @@ std::string ScriptScanner::TakeParameterName() {
 }
 
 std::string ScriptScanner::TakeItem() {
-    std::string item = TakeWhile([](char c) { return IsControlOrBlank(c) || c == ';' || c == ',' || c == '}' || c == '"'; });
+    std::string item =
+        TakeWhile([](char c) { return IsControlOrBlank(c) || c == ';' || c == ',' || c == '}' || c == '"'; });
     if (Peek() == '"')
         ++at;
     return item;
@@ -258,7 +255,7 @@ bool ScriptScanner::FindAssignment() {
 }
 
 bool ScriptScanner::TakeLineComment(std::string& comment) {
-    at = std::min(text.find_first_of("/\n", at), text.size());
+    at = std::min(text.find_first_of("/\n}", at), text.size());
     if (Peek() != '/')
         return false;
     at = std::min(at + 2, text.size());

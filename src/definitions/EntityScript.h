@@ -24,7 +24,6 @@ private:
         size_t position; // in text
         int line;        // of the file there
     };
-    struct Macro;
     bool Append(std::string_view piece, int line);
 
     std::string text;
@@ -42,8 +41,8 @@ public:
     bool AtEnd() const { return at >= text.size(); }
     char Peek() const { return AtEnd() ? '\0' : text[at]; }
 
-    bool FindHash();        // behind the next '#'
-    bool FindBlockStart();  // behind the next '{'
+    bool FindHash();       // behind the next '#'
+    bool FindBlockStart(); // behind the next '{'
     // To the next letter, digit, '-' or '.', or behind the next quote, or behind the next '}'.
     ScriptToken FindStringStart();
     // The number of this block that comes next. False, standing on what comes instead, when that is no number.
@@ -51,20 +50,20 @@ public:
     // Behind a '{' that comes next but for blanks and punctuation; false leaves the position.
     bool EnterList();
 
-    std::string TakeWord();     // letters, digits and '_'; passes over at least one character
-    std::string TakeName();     // up to a control character, a blank or a byte above 0x7F
-    std::string TakeFile();     // likewise, or up to ')' or a quote, which is passed over
-    std::string TakeParameterName(); // up to ';', a control character or a blank
-    std::string TakeItem();     // likewise, or up to ',', '}' or a quote, which is passed over
-    bool TakeAngled(std::string& value); // the text of the "<value>" ahead of the next '#'
+    std::string TakeWord();                            // letters, digits and '_'; passes over at least one character
+    std::string TakeName();                            // up to a control character, a blank or a byte above 0x7F
+    std::string TakeFile();                            // likewise, or up to ')' or a quote, which is passed over
+    std::string TakeParameterName();                   // up to ';', a control character or a blank
+    std::string TakeItem();                            // likewise, or up to ',', '}' or a quote, which is passed over
+    bool TakeAngled(std::string& value);               // the text of the "<value>" ahead of the next '#'
     std::string_view TakeUntil(std::string_view ends); // up to one of ends; stays on it
-    void SkipBlanks();          // and control characters
-    void SkipSpaces();          // and tabs
+    void SkipBlanks();                                 // and control characters
+    void SkipSpaces();                                 // and tabs
     void SkipCharacter() { at += AtEnd() ? 0 : 1; }
     bool SkipText(std::string_view expected);
-    bool FindAssignment();      // behind the next '=', or to a ';'; tells whether there was a '='
-    bool TakeLineComment(std::string& comment); // behind the next "//" of this line
-    bool LineHasListFirst() const; // a '{' before any '/' on this line
+    bool FindAssignment();                      // behind the next '=', or to a ';'; tells whether there was a '='
+    bool TakeLineComment(std::string& comment); // behind the next "//" of this line, ahead of any '}'
+    bool LineHasListFirst() const;              // a '{' before any '/' on this line
 
 private:
     bool SkipComment();

@@ -119,9 +119,8 @@ bool MaterialCache::Parse(const std::vector<uint8_t>& bytes) {
             reader.Take(stored);
             Item& item = directories[d].items[i];
             item.name = TakeField(stored.name);
-            item.properties = {TakeField(stored.tex_class),    TakeField(stored.tex_name),
-                               stored.is_transparent != 0,     stored.light_illumination != 0,
-                               stored.volumetric_fog != 0,     stored.double_sided != 0,
+            item.properties = {TakeField(stored.tex_class),    TakeField(stored.tex_name), stored.is_transparent != 0,
+                               stored.light_illumination != 0, stored.volumetric_fog != 0, stored.double_sided != 0,
                                stored.ambient_intensity,       stored.self_illumuniation};
             item.ftime = stored.ftime;
             Index(d, i);
@@ -134,25 +133,25 @@ void MaterialCache::Index(size_t directory, size_t item) {
     index.try_emplace(Key(directories[directory].name, directories[directory].items[item].name), directory, item);
 }
 
-const MaterialCache::Item* MaterialCache::Find(std::string_view directory, std::string_view file_name) const {
-    const auto found = index.find(Key(directory, file_name));
-    return found == index.end() ? nullptr : &directories[found->second.first].items[found->second.second];
-}
-
-bool MaterialCache::GetFileData(std::string_view directory, std::string_view file_name, MaterialProperties& properties) const {
-    const Item* item = Find(directory, file_name);
-    FileTime time;
-    if (!item || !ScriptTime(directory, file_name, time) || time != item->ftime)
+bool MaterialCache::GetFileData(std::string_view directory, std::string_view file_name,
+                                MaterialProperties& properties) const {
+    const auto known = index.find(Key(directory, file_name));
+    if (known == index.end())
         return false;
-    properties = item->properties;
+    const Item& item = directories[known->second.first].items[known->second.second];
+    FileTime time;
+    if (!ScriptTime(directory, file_name, time) || time != item.ftime)
+        return false;
+    properties = item.properties;
     return true;
 }
 
-void MaterialCache::AddFileData(std::string_view directory, std::string_view file_name, const MaterialProperties& properties) {
+void MaterialCache::AddFileData(std::string_view directory, std::string_view file_name,
+                                const MaterialProperties& properties) {
     FileTime time;
     ScriptTime(directory, file_name, time);
-    if (const Item* known = Find(directory, file_name)) {
-        Item& item = const_cast<Item&>(*known);
+    if (const auto known = index.find(Key(directory, file_name)); known != index.end()) {
+        Item& item = directories[known->second.first].items[known->second.second];
         item.properties = properties;
         item.ftime = time;
         return;
@@ -171,7 +170,8 @@ std::vector<uint8_t> MaterialCache::Bytes() const {
     for (const Directory& directory : directories)
         names.append(directory.name.c_str(), directory.name.size() + 1);
     std::vector<uint8_t> bytes;
-    Put(bytes, CacheHeader{CACHE_MAGIC, CACHE_VERSION, static_cast<uint32_t>(directories.size()), static_cast<uint32_t>(names.size())});
+    Put(bytes, CacheHeader{CACHE_MAGIC, CACHE_VERSION, static_cast<uint32_t>(directories.size()),
+                           static_cast<uint32_t>(names.size())});
     bytes.insert(bytes.end(), names.begin(), names.end());
     for (const Directory& directory : directories) {
         Put(bytes, static_cast<uint32_t>(directory.items.size()));

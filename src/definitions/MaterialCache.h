@@ -34,10 +34,10 @@ private:
 
     bool Parse(const std::vector<uint8_t>& bytes);
     std::vector<uint8_t> Bytes() const;
-    const Item* Find(std::string_view directory, std::string_view file_name) const;
     void Index(size_t directory, size_t item);
 
     std::vector<Directory> directories;
-    std::unordered_map<std::string, std::pair<size_t, size_t>> index; // lower-case "directory\name" to directory and item
+    std::unordered_map<std::string, std::pair<size_t, size_t>>
+        index; // lower-case "directory\name" to directory and item
     std::vector<uint8_t> bytes_on_disk;
 };

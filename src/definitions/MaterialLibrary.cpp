@@ -17,16 +17,20 @@ constexpr size_t MOST_USED_MATERIALS = 2048;
 constexpr size_t ENDING_LENGTH = 4; // of ".mtl", ".tga" and ".dds"
 constexpr int CUBE_FACES = 6;       // of the picture of an environment map
 
-// Names sorted without regard to case, each once, those that fit their field, at most `limit`. What is left out is told.
-std::vector<std::string> FittingNames(std::vector<std::string> names, size_t limit, const std::string& folder, const char* what) {
+// Names sorted without regard to case, each once, those that fit their field, at most `limit`. What is left out is
+// told.
+std::vector<std::string> FittingNames(std::vector<std::string> names, size_t limit, const std::string& folder,
+                                      const char* what) {
     std::erase_if(names, [&](const std::string& name) {
         const bool too_long = name.size() >= MATERIAL_NAME_FIELD;
         if (too_long)
-            NoticeOnce(Format("%s\\%s is left out: a name has at most %zu characters", folder.c_str(), name.c_str(), MATERIAL_NAME_FIELD - 1));
+            NoticeOnce(Format("%s\\%s is left out: a name has at most %zu characters", folder.c_str(), name.c_str(),
+                              MATERIAL_NAME_FIELD - 1));
         return too_long;
     });
     std::stable_sort(names.begin(), names.end(), [](const auto& a, const auto& b) { return CompareNoCase(a, b) < 0; });
-    names.erase(std::unique(names.begin(), names.end(), [](const auto& a, const auto& b) { return EqualNoCase(a, b); }), names.end());
+    names.erase(std::unique(names.begin(), names.end(), [](const auto& a, const auto& b) { return EqualNoCase(a, b); }),
+                names.end());
     if (names.size() > limit) {
         NoticeOnce(Format("%s holds more than %zu %s; the others are left out", folder.c_str(), limit, what));
         names.resize(limit);
@@ -47,6 +51,14 @@ std::string ClassFolder(const char* root, std::string_view name) { return std::s
 // Whether a picture can be a material: no mask of 8 bits and no environment map.
 bool CanBeMaterial(const TGAInfoStruct& info) { return info.pixel_size != 8 && info.height != info.width * CUBE_FACES; }
 
+// Whether the image of a material says that it has alpha bits.
+bool HasAlpha(const MaterialProperties& properties) {
+    TGAInfoStruct info;
+    return !properties.texture_name.empty() &&
+           TGAClass::GetImageInfo(TexturePath(properties.texture_class, properties.texture_name), info) == PICTURE_OK &&
+           info.alpha_bits != 0;
+}
+
 void MirrorTextureFolders() {
     for (const std::string& folder : List(TEXTURE_FOLDER, "*", FFO_DirectoryFind, true))
         if (!MakeFolders(ClassFolder(MATERIAL_FOLDER, folder)))
@@ -56,8 +68,9 @@ void MirrorTextureFolders() {
 // The first element that is not below the name; end if it is another.
 template <class Vector>
 auto FindByName(const Vector& sorted, std::string_view name) {
-    const auto found = std::lower_bound(sorted.begin(), sorted.end(), name,
-                                        [](const auto& element, std::string_view n) { return CompareNoCase(element.name, n) < 0; });
+    const auto found =
+        std::lower_bound(sorted.begin(), sorted.end(), name,
+                         [](const auto& element, std::string_view n) { return CompareNoCase(element.name, n) < 0; });
     return found != sorted.end() && EqualNoCase(found->name, name) ? found : sorted.end();
 }
 
@@ -67,7 +80,8 @@ void MaterialLibrary::ParseTextures() {
     classes.clear();
     used_materials.clear();
     MirrorTextureFolders();
-    const auto names = FittingNames(List(MATERIAL_FOLDER, "*", FFO_DirectoryFind, true), MAX_MATERIAL_CLASSES, MATERIAL_FOLDER, "classes");
+    const auto names = FittingNames(List(MATERIAL_FOLDER, "*", FFO_DirectoryFind, true), MAX_MATERIAL_CLASSES,
+                                    MATERIAL_FOLDER, "classes");
     MaterialCache cache(MATERIAL_CACHE_FILE);
     for (const std::string& name : names) {
         WriteMissingScripts(name);
@@ -133,10 +147,7 @@ void MaterialLibrary::ReadClass(MaterialClass& material_class, MaterialCache& ca
         Material material;
         if (!cache.GetFileData(material_class.name, name, material.properties)) {
             ParseMaterialScript(material_class.name, name, material.properties);
-            const std::string image = TexturePath(material.properties.texture_class, material.properties.texture_name);
-            TGAInfoStruct info;
-            if (TGAClass::GetImageInfo(image, info) == PICTURE_OK)
-                material.properties.transparent = info.alpha_bits != 0;
+            material.properties.transparent = HasAlpha(material.properties);
             cache.AddFileData(material_class.name, name, material.properties);
         }
         material.name = std::move(name);

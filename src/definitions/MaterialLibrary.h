@@ -1,5 +1,5 @@
-// The library of all materials on disk: scripts "Scripts\Materials\class\name.mtl", their images and their properties, with
-// a cache file that spares parsing.
+// The library of all materials on disk: scripts "Scripts\Materials\class\name.mtl", their images and their properties,
+// with a cache file that spares parsing.
 #pragma once
 
 #include <cstdint>

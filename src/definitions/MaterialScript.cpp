@@ -97,18 +97,12 @@ bool ParseMaterialScript(std::string_view material_class, std::string_view name,
 bool WriteDefaultScript(std::string_view texture_class, std::string_view name) {
     const std::string image = std::string(texture_class).append("\\").append(name);
     const std::string body[] = {
-        "AMBIENT_INTENSITY = 1.0;",
-        "SELF_ILLUMINATION = 0, 0, 0;",
-        "LIGHT_ILLUMINATION = FALSE;",
-        "DIFFUSE_MAP = " + image + ";",
-        "BUMP_MAP = common\\default_bump;",
-        "BUMP_SCALE = 1.0;",
-        "SPECULAR_INTENSITY = 0.0;",
-        "SPECULAR_POWER = 1.0;",
-        "GLOSS_MAP = common\\default_gloss;",
-        "REFLECTION_MAP = common\\default_reflection;",
-        "REFLECTION_INTENSITY = 0.0;",
-        "LIGHT_REFLECTION = FALSE;",
+        "AMBIENT_INTENSITY = 1.0;",           "SELF_ILLUMINATION = 0, 0, 0;",
+        "LIGHT_ILLUMINATION = FALSE;",        "DIFFUSE_MAP = " + image + ";",
+        "BUMP_MAP = common\\default_bump;",   "BUMP_SCALE = 1.0;",
+        "SPECULAR_INTENSITY = 0.0;",          "SPECULAR_POWER = 1.0;",
+        "GLOSS_MAP = common\\default_gloss;", "REFLECTION_MAP = common\\default_reflection;",
+        "REFLECTION_INTENSITY = 0.0;",        "LIGHT_REFLECTION = FALSE;",
     };
     std::string text = std::string("#") + BASIC_SECTION + "\r\n{\r\n";
     for (const std::string& line : body)

@@ -224,15 +224,14 @@ private:
         record.Get(portal.portalowner).Get(portal.cell);
         if (bytes.size() != PORTAL_RECORD)
             return false;
-        for (int side = 0; side < 2; ++side)
-            for (int32_t k = 0; k < counts[side]; ++k) {
-                const std::vector<uint8_t> leaf = NextRecord();
-                int32_t other = -1;
-                RecordReader(leaf).Get(other);
-                if (leaf.size() != PORTAL_LEAF)
-                    return false;
-                portal.reachable[side].push_back(other);
-            }
+        for (int side = 0; side < 2; ++side) {
+            const std::vector<uint8_t> leaves = NextRecord();
+            if (counts[side] < 0 || leaves.size() != static_cast<size_t>(counts[side]) * PORTAL_LEAF)
+                return false;
+            RecordReader reader(leaves);
+            for (int32_t k = 0; k < counts[side]; ++k)
+                reader.Get(portal.reachable[side].emplace_back()).Skip(PORTAL_LEAF - sizeof(int32_t));
+        }
         return true;
     }
 

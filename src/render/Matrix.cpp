@@ -20,8 +20,7 @@ void crMTransform(const D3DMATRIX& m, const D3DVECTOR& v, D3DVECTOR& out) {
 }
 
 void crMTransform3(const D3DMATRIX& m, const D3DVECTOR& v, D3DVECTOR& out) {
-    out = {v.x * m.m[0][0] + v.y * m.m[1][0] + v.z * m.m[2][0],
-           v.x * m.m[0][1] + v.y * m.m[1][1] + v.z * m.m[2][1],
+    out = {v.x * m.m[0][0] + v.y * m.m[1][0] + v.z * m.m[2][0], v.x * m.m[0][1] + v.y * m.m[1][1] + v.z * m.m[2][1],
            v.x * m.m[0][2] + v.y * m.m[1][2] + v.z * m.m[2][2]};
 }
 
@@ -65,7 +64,9 @@ D3DVECTOR crMGetRow(const D3DMATRIX& m, int row) { return {m.m[row][0], m.m[row]
 
 D3DVECTOR crMGetCol(const D3DMATRIX& m, int col) { return {m.m[0][col], m.m[1][col], m.m[2][col]}; }
 
-bool crSphereInside(const D3DVECTOR& center, float radius, const PLANE& plane) { return plane.get_dist(center) <= radius; }
+bool crSphereInside(const D3DVECTOR& center, float radius, const PLANE& plane) {
+    return plane.get_dist(center) <= radius;
+}
 
 bool crSphereIntersects(const D3DVECTOR& center, float radius, const D3DVECTOR& origin, const D3DVECTOR& direction,
                         float& t1, float& t2) {
@@ -81,7 +82,8 @@ bool crSphereIntersects(const D3DVECTOR& center, float radius, const D3DVECTOR& 
     return true;
 }
 
-bool crSphereIntersects(const D3DVECTOR& center, float radius, const D3DVECTOR& origin, const D3DVECTOR& direction, float& t) {
+bool crSphereIntersects(const D3DVECTOR& center, float radius, const D3DVECTOR& origin, const D3DVECTOR& direction,
+                        float& t) {
     float farther;
     return crSphereIntersects(center, radius, origin, direction, t, farther);
 }

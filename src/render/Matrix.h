@@ -1,5 +1,6 @@
-// The bank of 4 by 4 matrices of the renderer, and the camera values and clip planes that follow from view and projection.
-// Row vectors: a point goes to v times M. Only the functions that name no matrix touch the bank; the others are pure.
+// The bank of 4 by 4 matrices of the renderer, and the camera values and clip planes that follow from view and
+// projection. Row vectors: a point goes to v times M. Only the functions that name no matrix touch the bank; the others
+// are pure.
 #pragma once
 
 #include <cstdint>
@@ -30,8 +31,11 @@ int crMInverse3(const D3DMATRIX& m, D3DMATRIX& out);
 D3DVECTOR crMGetRow(const D3DMATRIX& m, int row);
 D3DVECTOR crMGetCol(const D3DMATRIX& m, int col);
 bool crSphereInside(const D3DVECTOR& center, float radius, const PLANE& plane);
-bool crSphereIntersects(const D3DVECTOR& center, float radius, const D3DVECTOR& origin, const D3DVECTOR& direction, float& t);
-bool crSphereIntersects(const D3DVECTOR& center, float radius, const D3DVECTOR& origin, const D3DVECTOR& direction, float& t1, float& t2);
+// t1 and t2: the smaller and the larger parameter of the line's hits, in lengths of the direction.
+bool crSphereIntersects(const D3DVECTOR& center, float radius, const D3DVECTOR& origin, const D3DVECTOR& direction,
+                        float& t1);
+bool crSphereIntersects(const D3DVECTOR& center, float radius, const D3DVECTOR& origin, const D3DVECTOR& direction,
+                        float& t1, float& t2);
 
 // The bank. An index of CRM_COUNT or more reads matrix 0, and writes are ignored.
 uint32_t crMCurrent(uint32_t i); // returns the old index

@@ -147,8 +147,9 @@ void crM3DS() { MultiplyOn(cri3DSIdentity); }
 void crMClip() {
     const uint32_t half_width = crvViewportW / 2, half_height = crvViewportH / 2;
     const auto w = static_cast<float>(half_width), h = static_cast<float>(half_height);
-    MultiplyOn({{{w, 0, 0, 0},
-                 {0, -h, 0, 0},
-                 {0, 0, 1, 0},
-                 {static_cast<float>(crvViewportX + half_width), static_cast<float>(crvViewportY + half_height), 0, 1}}});
+    MultiplyOn(
+        {{{w, 0, 0, 0},
+          {0, -h, 0, 0},
+          {0, 0, 1, 0},
+          {static_cast<float>(crvViewportX + half_width), static_cast<float>(crvViewportY + half_height), 0, 1}}});
 }

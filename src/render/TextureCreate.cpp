@@ -12,11 +12,16 @@ using ChannelBits = std::array<int, 4>; // red, green, blue, alpha
 
 bool HasFlagsOf(const PixelFormat& pf, uint32_t type) {
     switch (type) {
-    case TEX_NORMAL: return pf.rgb && !pf.alpha;
-    case TEX_ALPHA: return pf.alpha;
-    case TEX_ALPHA_NORMAL: return pf.rgb && pf.alpha;
-    case TEX_BUMP: return pf.bump_dudv && pf.bump_luminance;
-    default: return pf.rgb;
+    case TEX_NORMAL:
+        return pf.rgb && !pf.alpha;
+    case TEX_ALPHA:
+        return pf.alpha;
+    case TEX_ALPHA_NORMAL:
+        return pf.rgb && pf.alpha;
+    case TEX_BUMP:
+        return pf.bump_dudv && pf.bump_luminance;
+    default:
+        return pf.rgb;
     }
 }
 
@@ -105,7 +110,8 @@ bool LoadArgb(std::string_view path, ArgbPicture& picture) {
         for (uint32_t& word : picture.argb)
             word = ReadPixel(p, 4), p += 4;
         return true;
-    default: return false;
+    default:
+        return false;
     }
 }
 
@@ -229,5 +235,7 @@ uint32_t crTCreateEnv(std::string_view path, uint32_t level, uint32_t index) {
     ArgbPicture picture;
     if (!LoadArgb(path, picture) || picture.height != picture.width * 6)
         return CR_NO_TEXTURE;
-    return FilledOrNone(crTCreate(picture.width, picture.height, picture.bpp, level, picture.dtype | CRT_CUBE_MAP, 0, false, index), picture);
+    return FilledOrNone(
+        crTCreate(picture.width, picture.height, picture.bpp, level, picture.dtype | CRT_CUBE_MAP, 0, false, index),
+        picture);
 }

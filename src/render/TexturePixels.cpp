@@ -113,7 +113,8 @@ int FillMipLevels(uint32_t handle, const uint32_t* argb, uint32_t width, uint32_
             reduce();
         const size_t face_pixels = static_cast<size_t>(width) * height / faces;
         for (uint32_t face = 0; face < faces; ++face) {
-            const int result = crTFillTexture(handle, argb + face * face_pixels, level, faces > 1 ? CRT_FACE | face : 0);
+            const int result =
+                crTFillTexture(handle, argb + face * face_pixels, level, faces > 1 ? CRT_FACE | face : 0);
             if (result != 0)
                 return result;
         }
@@ -174,7 +175,8 @@ int crTComputeMipLevels(uint32_t handle, const uint32_t* argb) {
     if (argb) {
         const bool cube = texture.surface->Faces() > 1;
         const int32_t halvings = cube || crvTForceScaleDown < 0 ? 0 : crvTForceScaleDown;
-        return FillMipLevels(handle, argb, texture.width << halvings, texture.height * texture.surface->Faces() << halvings);
+        return FillMipLevels(handle, argb, texture.width << halvings,
+                             texture.height * texture.surface->Faces() << halvings);
     }
     for (uint32_t face = 0; face < texture.surface->Faces(); ++face)
         for (uint32_t level = 0; level + 1 < texture.surface->Levels(); ++level)

@@ -8,8 +8,8 @@ void WritePixel(uint8_t* at, uint32_t pixelsize, uint32_t pixel);
 uint32_t PixelFromArgb(const CRTFormat& format, uint32_t argb);
 uint32_t ArgbFromPixel(const CRTFormat& format, uint32_t pixel); // a channel that the format lacks reads as 0
 
-// The picture halved: each block of two by two becomes its mean, rounded down a channel. width and height are those of the
-// source and become those of the result, of which no side falls below 1.
+// The picture halved: each block of two by two becomes its mean, rounded down a channel. width and height are those of
+// the source and become those of the result, of which no side falls below 1.
 std::vector<uint32_t> ReduceArgb(const uint32_t* argb, uint32_t& width, uint32_t& height);
 
 // Fills all levels from a picture of this size (the stacked one of a cube map).

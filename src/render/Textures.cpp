@@ -50,7 +50,8 @@ const CRTexture* crTRecord(uint32_t handle) { return handle < CR_MAX_TEXTURES ? 
 
 uint32_t crTExist(std::string_view path, std::string_view name) {
     for (uint32_t i = 0; i < CR_MAX_TEXTURES; ++i)
-        if (crvTTable[i] && crvTTable[i]->from_file && EqualNoCase(crvTTable[i]->name, name) && EqualNoCase(crvTTable[i]->path, path))
+        if (crvTTable[i] && crvTTable[i]->from_file && EqualNoCase(crvTTable[i]->name, name) &&
+            EqualNoCase(crvTTable[i]->path, path))
             return i;
     return CR_NO_TEXTURE;
 }

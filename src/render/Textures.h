@@ -42,10 +42,10 @@ extern std::unique_ptr<CRTexture> crvTTable[CR_MAX_TEXTURES];
 extern std::vector<CRTFormat> crvTFormats;
 extern int32_t crvTForceMipmap, crvTForceType, crvTForceBpp, crvTForceScaleDown; // -1: off
 extern bool crvTForcePreload, crvTForceAvgColorUpdate;
-extern std::string crvTDefaultPath[4]; // of up to 255 characters; kept for whoever asks, no lookup reads them
+extern std::string crvTDefaultPath[4]; // up to 255 characters each; no lookup reads them
 
-// The device that holds the textures; a SoftDevice of its own until one is set, and again after null. Setting one destroys
-// all textures, whose surfaces belong to the old device, and rebuilds the formats.
+// The device that holds the textures; a SoftDevice of its own until one is set, and again after null. Setting one
+// destroys all textures, whose surfaces belong to the old device, and rebuilds the formats.
 void criSetTextureDevice(Device* device);
 Device& criTextureDevice();
 
@@ -59,12 +59,12 @@ uint32_t crTCreate(uint32_t w, uint32_t h, uint32_t bpp, uint32_t level, uint32_
 uint32_t crTCreateTga(std::string_view path, uint32_t level, uint32_t index = CR_NO_TEXTURE);
 uint32_t crTCreateEnv(std::string_view path, uint32_t level, uint32_t index = CR_NO_TEXTURE);
 uint32_t crTLoad(uint32_t handle, std::string_view path, std::string_view name); // a new picture in the same slot
-// argb: one face of one level, rows of 0xAARRGGBB. 0, or -1 bad handle, -2 no such level, -3 it cannot be locked, -21 no
-// such face.
+// argb: one face of one level, rows of 0xAARRGGBB. 0, or -1 bad handle, -2 no such level, -3 it cannot be locked, -21
+// no such face.
 int crTFillTexture(uint32_t handle, const uint32_t* argb, uint32_t level, uint32_t flags);
-// Fills all levels. argb: the picture before crvTForceScaleDown, the six faces of a cube map stacked; null: from level 0 of
-// the surface. 0, or a negative code: those above, -2 and -3 also for a level to read or to write that cannot be locked, -5
-// and -6 for unlocking them.
+// Fills all levels. argb: the picture before crvTForceScaleDown, the six faces of a cube map stacked; null: from level 0
+// of the surface. 0, or a negative code: those above, -2 and -3 also for a level to read or to write that cannot be
+// locked, -5 and -6 for unlocking them.
 int crTComputeMipLevels(uint32_t handle, const uint32_t* argb);
 int crTDestroy(uint32_t handle);
 int crTDestroyAll(uint32_t mask); // how many

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "compiler/Levels.h"
+#include "files/ChunkFile.h"
 #include "foundation/Desktop.h"
 #include "foundation/TempFolder.h"
 #include "persistence/WorldFile.h"
@@ -35,7 +36,8 @@ struct Level {
     Level() {
         library.by_name["glass"].transparent = true;
         library.by_name["lamp"].light_illumination = true;
-        const int wall = AddMaterialRow(world, "wall"), glass = AddMaterialRow(world, "glass", MakeGlass(0x40FF8000, 0x4000FF80));
+        const int wall = AddMaterialRow(world, "wall"),
+                  glass = AddMaterialRow(world, "glass", MakeGlass(0x40FF8000, 0x4000FF80));
         const int lamp = AddMaterialRow(world, "lamp");
         AddMaterialRow(world, "unused");
         AddShape(world, BT_BOX, {-300, -20, -300}, {300, 0, 300}, wall);
@@ -101,17 +103,19 @@ T ValueAt(const std::vector<uint8_t>& bytes, size_t offset) {
 TEST_F(Compile, AWholeLevelReadsBack) {
     Level level;
     ASSERT_EQ(level.Compile(), CompileResult::Written) << level.message;
-    for (const char* text : {"Map compilation started...\r\n\r\nEntry data:\r\n10 Brushes\r\n", "7 Entities\r\n5 Materials\r\n\r\nBuilding Octal Tree...\r\n",
-                             "Calculating Physics...  \t-> [", "Creating Cells...\t\t-> [", "1 Cell(s) created\r\n\r\nCreating Render Groups...\r\n",
-                             "Calculating Light Range...\t-> [", "Raytracing Lightmaps... \t-> [", "Paging Lightmaps...\t\t-> [", " MB Lightmaps in 1 page(s)\r\n\r\n",
-                             "Saving map Maps\\Test.few\r\n\r\n"})
+    for (const char* text :
+         {"Map compilation started...\r\n\r\nEntry data:\r\n10 Brushes\r\n",
+          "6 Entities\r\n5 Materials\r\n\r\nBuilding Octal Tree...\r\n", "Calculating Physics...  \t-> [",
+          "Creating Cells...\t\t-> [", "1 Cell(s) created\r\n\r\nCreating Render Groups...\r\n",
+          "Calculating Light Range...\t-> [", "Raytracing Lightmaps... \t-> [", "Paging Lightmaps...\t\t-> [",
+          " MB Lightmaps in 1 page(s)\r\n\r\n", "Saving map Maps\\Test.few\r\n\r\n"})
         EXPECT_NE(level.progress.all.find(text), std::string::npos) << text;
 
     WorldFile file;
     std::string error;
     ASSERT_TRUE(ReadWorldFile(TARGET, file, error)) << error;
     ASSERT_EQ(file.brushes.size(), 10u);
-    EXPECT_EQ(file.entities.size(), 7u);
+    EXPECT_EQ(file.entities.size(), 6u);
     EXPECT_EQ(file.materials.size(), 3u) << "the unused one is gone";
     EXPECT_EQ(file.lightmap_pages.size(), 1u);
     EXPECT_EQ(file.map_name, "A test");
@@ -235,7 +239,8 @@ TEST_F(Compile, AStopAtAnyStageLeavesTheOldFile) {
         for (const auto& brush : level.world.brush) {
             ASSERT_EQ(brush->CURVE_DETAIL, static_cast<uint32_t>(level.world.curve_detail));
             EXPECT_TRUE(brush->physics_data.points.empty());
-            brush->ForEachSurface([](const Surface& surface, int, bool) { EXPECT_TRUE(surface.lightmap_block.empty()); });
+            brush->ForEachSurface(
+                [](const Surface& surface, int, bool) { EXPECT_TRUE(surface.lightmap_block.empty()); });
         }
         ASSERT_LT(stopped, 100);
     }
@@ -248,7 +253,8 @@ TEST_F(Compile, SaysWhatItCannotDo) {
     SetDesktop(&desktop);
     Level level;
     level.options.lighting_method = LIGHTING_NONE;
-    EXPECT_EQ(CompileWorld(level.world, level.options, "Nowhere\\At\\All.few", level.progress, level.message), CompileResult::WriteFailed);
+    EXPECT_EQ(CompileWorld(level.world, level.options, "Nowhere\\At\\All.few", level.progress, level.message),
+              CompileResult::WriteFailed);
     EXPECT_NE(level.message.find("All.few"), std::string::npos) << level.message;
     level.options.subdivide_world = true;
     EXPECT_EQ(level.Compile(), CompileResult::LimitExceeded);

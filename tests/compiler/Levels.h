@@ -23,9 +23,15 @@ public:
     bool IsTransparent(std::string_view, std::string_view name) const override { return Of(name).transparent; }
     bool IsDoubleSided(std::string_view, std::string_view name) const override { return Of(name).doublesided; }
     bool IsVolumetricFog(std::string_view, std::string_view name) const override { return Of(name).fog; }
-    bool IsLightIllumination(std::string_view, std::string_view name) const override { return Of(name).light_illumination; }
-    float GetAmbientIntensity(std::string_view, std::string_view name) const override { return Of(name).ambient_intensity; }
-    COLOR GetSelfIllumination(std::string_view, std::string_view name) const override { return Of(name).self_illumination; }
+    bool IsLightIllumination(std::string_view, std::string_view name) const override {
+        return Of(name).light_illumination;
+    }
+    float GetAmbientIntensity(std::string_view, std::string_view name) const override {
+        return Of(name).ambient_intensity;
+    }
+    COLOR GetSelfIllumination(std::string_view, std::string_view name) const override {
+        return Of(name).self_illumination;
+    }
 
 private:
     Properties Of(std::string_view name) const {
@@ -48,7 +54,8 @@ inline int AddMaterialRow(World& world, const std::string& name, uint32_t textur
     return world.GetMaterialCount() - 1;
 }
 
-inline Brush& AddShape(World& world, BrushType type, const D3DVECTOR& min, const D3DVECTOR& max, int material = 1, uint32_t segments = 4) {
+inline Brush& AddShape(World& world, BrushType type, const D3DVECTOR& min, const D3DVECTOR& max, int material = 1,
+                       uint32_t segments = 4) {
     BrushShape shape;
     shape.type = type;
     shape.bb = MakeBox(min, max);
@@ -114,7 +121,9 @@ class Dice {
 public:
     explicit Dice(uint32_t seed) { generator.seedMT(seed); }
     int Below(int n) { return static_cast<int>(generator.randomMT() % static_cast<uint32_t>(n)); }
-    float Between(float low, float high) { return low + (high - low) * static_cast<float>(generator.randomMT() >> 8) / 16777216.0f; }
+    float Between(float low, float high) {
+        return low + (high - low) * static_cast<float>(generator.randomMT() >> 8) / 16777216.0f;
+    }
     D3DVECTOR Point(float reach) {
         const float x = Between(-reach, reach), y = Between(-reach, reach), z = Between(-reach, reach);
         return {x, y, z};

@@ -15,7 +15,8 @@ void ExpectNear(const D3DVECTOR& actual, const D3DVECTOR& expected, float tolera
 
 // One worker over a prepared world.
 struct Worker {
-    explicit Worker(World& world, const CompileOptions& options = {}) : prepared(world, options), input(Input(world)), lighting(input, state) {}
+    explicit Worker(World& world, const CompileOptions& options = {})
+        : prepared(world, options), input(Input(world)), lighting(input, state) {}
     LightingInput Input(World& world) {
         CompileProgress progress;
         CreateLightBrushList(world, progress);
@@ -42,8 +43,8 @@ TEST(LightmapLayout, SidesAreMultiplesOfFour) {
         float length;
         int detail, side;
     };
-    for (const Case& c : {Case{8, 0, 4}, Case{0, 2, 4}, Case{192, 0, 8}, Case{191, 0, 4}, Case{192, 1, 12}, Case{192, 2, 24}, Case{4096, 0, 128},
-                          Case{10000, 2, 128}, Case{-5, 0, 4}, Case{NAN, 0, 4}})
+    for (const Case& c : {Case{8, 0, 4}, Case{0, 2, 4}, Case{192, 0, 8}, Case{191, 0, 4}, Case{192, 1, 12},
+                          Case{192, 2, 24}, Case{4096, 0, 128}, Case{10000, 2, 128}, Case{-5, 0, 4}, Case{NAN, 0, 4}})
         EXPECT_EQ(LightmapSide(c.length, c.detail), c.side) << c.length << " at " << c.detail;
 }
 
@@ -65,7 +66,8 @@ TEST(LightmapLayout, ASmallFloorByHand) {
         ExpectNear(surface.lightmap_vector.s, {100, 20, 200});
         ExpectNear(surface.lightmap_vector.u, {8, 0, 0});
         ExpectNear(surface.lightmap_vector.v, {0, 0, 8});
-        const std::vector<float> along = smooth ? std::vector<float>{1, 3, 1, 3, 5, 7, 5, 7} : std::vector<float>{2, 2, 6, 6};
+        const std::vector<float> along =
+            smooth ? std::vector<float>{1, 3, 1, 3, 5, 7, 5, 7} : std::vector<float>{2, 2, 6, 6};
         ASSERT_EQ(worker.lighting.texelpoints.size(), along.size() * along.size());
         for (size_t y = 0; y < along.size(); ++y)
             for (size_t x = 0; x < along.size(); ++x)
@@ -103,8 +105,10 @@ TEST(LightmapLayout, TerrainSamplesTakeHeightAndBlendedNormal) {
     const D3DVECTOR p = worker.lighting.texelpoints[5], q = worker.lighting.texelpoints[6]; // x 16 and 48 of 64
     ExpectNear(p, {16, 8, 16}, 0.1f); // a ray from a million units up has steps of a sixteenth
     ExpectNear(q, {48, 24, 16}, 0.1f);
-    ExpectNear(worker.lighting.texelnormals[5], Normalize(D3DVECTOR{0, 1, 0} * 0.75f + D3DVECTOR{-0.6f, 0.8f, 0} * 0.25f), 0.01f);
-    ExpectNear(worker.lighting.texelnormals[6], Normalize(D3DVECTOR{0, 1, 0} * 0.25f + D3DVECTOR{-0.6f, 0.8f, 0} * 0.75f), 0.01f);
+    ExpectNear(worker.lighting.texelnormals[5],
+               Normalize(D3DVECTOR{0, 1, 0} * 0.75f + D3DVECTOR{-0.6f, 0.8f, 0} * 0.25f), 0.01f);
+    ExpectNear(worker.lighting.texelnormals[6],
+               Normalize(D3DVECTOR{0, 1, 0} * 0.25f + D3DVECTOR{-0.6f, 0.8f, 0} * 0.75f), 0.01f);
 }
 
 TEST(LightmapLayout, CurvesFollowTheirParameters) {
@@ -119,7 +123,8 @@ TEST(LightmapLayout, CurvesFollowTheirParameters) {
     const Case cases[] = {{CURVE_SWEEP, {row[0], row[1], row[2], {7, 7, 7}, D3DVECTOR{7, 7, 7} + up}},
                           {CURVE_STRIP, {row[0], row[1], row[2], row[0] + up, row[1] + up, row[2] + up}},
                           {CURVE_PATCH,
-                           {row[0], row[1], row[2], row[0] + up * 0.5f, row[1] + up * 0.5f, row[2] + up * 0.5f, row[0] + up, row[1] + up, row[2] + up}}};
+                           {row[0], row[1], row[2], row[0] + up * 0.5f, row[1] + up * 0.5f, row[2] + up * 0.5f,
+                            row[0] + up, row[1] + up, row[2] + up}}};
     for (const Case& c : cases) {
         Surface& surface = brush.curved_surfaces.emplace_back();
         surface.cp = c.cp;
@@ -142,7 +147,9 @@ TEST(LightmapLayout, CurvesFollowTheirParameters) {
 TEST(Light, FallOffByHand) {
     World world;
     const D3DVECTOR up{0, 1, 0};
-    const auto point = [&](const D3DVECTOR& position) { return LIGHT(AddLight(world, position, 200)).Factor({0, 0, 0}, up); };
+    const auto point = [&](const D3DVECTOR& position) {
+        return LIGHT(AddLight(world, position, 200)).Factor({0, 0, 0}, up);
+    };
     EXPECT_FLOAT_EQ(point({0, 100, 0}), 0.5f);
     EXPECT_FLOAT_EQ(point({0, 60, 80}), 0.3f) << "half the range away, cosine 0.6";
     EXPECT_EQ(point({0, 200, 0}), 0) << "at the range";
@@ -150,7 +157,8 @@ TEST(Light, FallOffByHand) {
     EXPECT_EQ(point({50, 0, 0}), 0) << "edge-on";
     EXPECT_EQ(point({0, -50, 0}), 0) << "from behind";
     EXPECT_EQ(point({0, 0, 0}), 0) << "at the sample itself";
-    EXPECT_FLOAT_EQ(LIGHT(AddLight(world, {0, -60, 80}, 200)).Factor({0, 0, 0}, up, true), 0.5f / 100) << "double-sided: 1 / distance";
+    EXPECT_FLOAT_EQ(LIGHT(AddLight(world, {0, -60, 80}, 200)).Factor({0, 0, 0}, up, true), 0.5f / 100)
+        << "double-sided: 1 / distance";
 
     const auto spot = [&](float height, float aside, float angle) {
         Entity& light = AddLight(world, {0, height, 0}, 200);
@@ -182,12 +190,14 @@ TEST(Light, RangeListsByHand) {
     SetBool(moving, "dynamic", true);
     CompileProgress progress;
     ASSERT_TRUE(ComputeLightRange(world, progress));
-    EXPECT_EQ(box.surfaces[0].light, (std::vector<int32_t>{0})) << "the top, in reach of the first alone; the moving one is inside";
+    EXPECT_EQ(box.surfaces[0].light, (std::vector<int32_t>{0}))
+        << "the top, in reach of the first alone; the moving one is inside";
     EXPECT_TRUE(box.surfaces[3].light.empty()) << "the bottom looks away";
     ASSERT_TRUE(CreateLightBrushList(world, progress));
     const auto lights = [](const Brush& b) { return std::vector<int>(b.light_list.begin(), b.light_list.end()); };
     EXPECT_EQ(lights(box), (std::vector<int>{0}));
-    EXPECT_EQ(lights(*world.brush[1]), (std::vector<int>{2})) << "the cone points there; a dynamic light without lightmaps lights nothing";
+    EXPECT_EQ(lights(*world.brush[1]), (std::vector<int>{2}))
+        << "the cone points there; a dynamic light without lightmaps lights nothing";
 }
 
 TEST(Illumination, TheFilterTakesTheFourNeighbours) {
@@ -206,7 +216,7 @@ TEST(Illumination, TheFilterTakesTheFourNeighbours) {
 
 TEST(Illumination, AmbientLinkedAndWhiteSurfaces) {
     TestMaterials library;
-    library.by_name["glow"].self_illumination = {0, 0.25f, 0, 0, 0};
+    library.by_name["glow"].self_illumination = {0, 0, 0.25f, 0, 0};
     library.by_name["glow"].ambient_intensity = 0.5f;
     library.by_name["lamp"].light_illumination = true;
     World world(&library);
@@ -284,5 +294,6 @@ TEST(Illumination, CustomBrushesAreLitByVertex) {
     surface.texture.index = both;
     brush.CalculateLightmap(worker.lighting);
     EXPECT_EQ(surface.extra_diffuse[1], surface.extra_diffuse[0]) << "double-sided: the same from both sides";
-    EXPECT_EQ(surface.extra_diffuse[0], 0x01000000u) << "0.0025 is below the first step of a colour; its alpha of 0.005 is not";
+    EXPECT_EQ(surface.extra_diffuse[0], 0x01000000u)
+        << "0.0025 is below the first step of a colour; its alpha of 0.005 is not";
 }

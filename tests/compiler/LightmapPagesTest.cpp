@@ -91,7 +91,8 @@ TEST(LightmapPages, BlocksShareAPageAndShrink) {
     ASSERT_EQ(blocks.world.lightmaps.size(), 1u);
     ExpectInfo(blocks.Info(0), 0, 0, 0, 0.25f, 0.25f);
     ExpectInfo(blocks.Info(1), 0, 0.25f, 0, 0.25f, 0.125f);
-    ExpectInfo(blocks.Info(2), 0, (0.5f + 1 / 256.0f) / 2, (0.25f + 1 / 256.0f) / 2, 1 / 256.0f, 1 / 256.0f); // inset by a texel
+    ExpectInfo(blocks.Info(2), 0, (0.5f + 1 / 256.0f) / 2, (0.25f + 1 / 256.0f) / 2, 1 / 256.0f,
+               1 / 256.0f); // inset by a texel
     ExpectInfo(blocks.Info(3), 0, (0.5f + 4 / 256.0f) / 2, 0.125f, 2 / 256.0f, 2 / 256.0f);
     ExpectInfo(blocks.Info(4), 0, 0, 0, 2, 2);
     const LightmapPage& page = blocks.world.lightmaps[0];
@@ -123,7 +124,8 @@ TEST(LightmapPages, FivePagesBecomeTwo) {
         const float u = static_cast<float>(k / 4 % 2) * 0.5f + static_cast<float>(k % 2) * 0.25f;
         const float v = static_cast<float>(k / 8) * 0.5f + static_cast<float>(k / 2 % 2) * 0.25f;
         ExpectInfo(blocks.Info(k), 0, u, v, 0.25f, 0.25f);
-        EXPECT_EQ(blocks.world.lightmaps[0][static_cast<size_t>(v * 256) * 256 + static_cast<size_t>(u * 256)], 0x00010000 * k + 5);
+        EXPECT_EQ(blocks.world.lightmaps[0][static_cast<size_t>(v * 256) * 256 + static_cast<size_t>(u * 256)],
+                  0x00010000 * k + 5);
     }
     ExpectInfo(blocks.Info(16), 1, 0, 0, 0.25f, 0.25f);
 }
@@ -151,7 +153,8 @@ TEST(LightmapPages, DynamicBlocksFollowTheStaticOnes) {
     Entity& light = AddLight(blocks.world, {0, 0, 0}, 10);
     for (const char* flag : {"dynamic", "dynamic_lightmap"})
         SetBool(light, flag, true);
-    SetBool(AddLight(blocks.world, {0, 0, 0}, 10), "dynamic_lightmap", true); // not dynamic: its lightmaps have no place
+    SetBool(AddLight(blocks.world, {0, 0, 0}, 10), "dynamic_lightmap",
+            true); // not dynamic: its lightmaps have no place
     Surface& surface = blocks.Add(128, 128, 1);
     for (const int index : {1, 0})
         surface.dynamic_lightmaps.push_back({{0, 0, 0, 128, 128, index}, std::vector<uint32_t>(128 * 128, 7)});

@@ -75,7 +75,8 @@ TEST(OctalTree, TakesOnlyFacesThatReachTheLeaf) {
     for (int k = 0; k < 17; ++k)
         AddShape(world, BT_BOX, {-400, -400, -400}, {400, 400, 400});
     const OctalTree tree = Build(world);
-    EXPECT_EQ(tree.GetOctalLeaf(tree.FindLeafRecursive({10, 10, 10}, 0)).type, OCTAL_EMPTY) << "the hollow of the boxes";
+    EXPECT_EQ(tree.GetOctalLeaf(tree.FindLeafRecursive({10, 10, 10}, 0)).type, OCTAL_EMPTY)
+        << "the hollow of the boxes";
     EXPECT_EQ(tree.GetOctalLeaf(tree.FindLeafRecursive({10, 10, 399}, 0)).brush_list.size(), 17u);
 }
 
@@ -145,7 +146,8 @@ TEST(OctalTree, ATraceAlongAnAxisKeepsToItsRow) {
     const OctalTree tree = Build(world);
     LeafSelection selection;
     tree.TraceOctalTree({-500, 304, 304}, {500, 304, 304}, selection);
-    const std::vector<int> expected{tree.FindLeafRecursive({-404, 304, 304}, 0), tree.FindLeafRecursive({404, 304, 304}, 0)};
+    const std::vector<int> expected{tree.FindLeafRecursive({-404, 304, 304}, 0),
+                                    tree.FindLeafRecursive({404, 304, 304}, 0)};
     EXPECT_EQ(selection.Leaves(), expected);
     tree.TraceOctalTree({500, 304, 304}, {-500, 304, 304}, selection);
     EXPECT_EQ(selection.Leaves(), (std::vector<int>{expected[1], expected[0]}));

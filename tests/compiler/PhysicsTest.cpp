@@ -106,7 +106,8 @@ TEST(Physics, ABoxByHand) {
     EXPECT_EQ(physics.points.size(), 8u);
     EXPECT_EQ(physics.edges.size(), 18u) << "12 and a diagonal a side";
     EXPECT_EQ(physics.faces.size(), 12u);
-    EXPECT_TRUE(std::all_of(physics.edges.begin(), physics.edges.end(), [](const CPhyEdge& e) { return e.left_index >= 0 && e.right_index >= 0; }));
+    EXPECT_TRUE(std::all_of(physics.edges.begin(), physics.edges.end(),
+                            [](const CPhyEdge& e) { return e.left_index >= 0 && e.right_index >= 0; }));
     EXPECT_EQ(physics.mass, 5);
     EXPECT_EQ(physics.static_friction_coef, 0.25f);
     EXPECT_NEAR(physics.center.x, 100, 1e-4);
@@ -146,7 +147,9 @@ TEST(Physics, BodiesWithoutAMesh) {
     flat.surfaces[0].tri_indices = {{{0, 1, 2}}};
     for (Brush* brush : {&bare, &flat}) {
         brush->ComputePhysicsData(true);
-        EXPECT_EQ(brush->physics_data.points.size() + brush->physics_data.edges.size() + brush->physics_data.faces.size(), 0u);
+        EXPECT_EQ(brush->physics_data.points.size() + brush->physics_data.edges.size() +
+                      brush->physics_data.faces.size(),
+                  0u);
         EXPECT_TRUE(std::isfinite(brush->physics_data.center.x));
         EXPECT_TRUE(std::isfinite(brush->physics_data.I.m[0][0]));
     }

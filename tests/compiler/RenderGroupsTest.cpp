@@ -35,12 +35,12 @@ TEST(RenderGroups, WithoutMergingEachBrushIsAGroup) {
 TEST(RenderGroups, SmallBrushesMergeByVoxel) {
     World world;
     // The cell spans 1000 by 100 by 100: its grid has trunc(1732 / 256) = 6 voxels of 288.7 along x, one on the others.
-    AddShape(world, BT_BOX, {900, 0, 0}, {1000, 100, 100});  // voxel 3: 866 to 1154
-    AddShape(world, BT_BOX, {0, 0, 0}, {10, 10, 10});        // voxel 0
-    AddShape(world, BT_BOX, {280, 0, 0}, {300, 10, 10});     // touches 0 and 1: the first
-    AddShape(world, BT_BOX, {290, 0, 0}, {300, 10, 10});     // voxel 1
-    AddShape(world, BT_BOX, {0, 0, 0}, {295, 10, 10});       // small enough: voxel 0
-    AddShape(world, BT_BOX, {0, 0, 0}, {296, 10, 10});       // too long
+    AddShape(world, BT_BOX, {900, 0, 0}, {1000, 100, 100}); // voxel 3: 866 to 1154
+    AddShape(world, BT_BOX, {0, 0, 0}, {10, 10, 10});       // voxel 0
+    AddShape(world, BT_BOX, {280, 0, 0}, {300, 10, 10});    // touches 0 and 1: the first
+    AddShape(world, BT_BOX, {290, 0, 0}, {300, 10, 10});    // voxel 1
+    AddShape(world, BT_BOX, {0, 0, 0}, {295, 10, 10});      // small enough: voxel 0
+    AddShape(world, BT_BOX, {0, 0, 0}, {296, 10, 10});      // too long
     AddShape(world, BT_BOX, {0, 0, 0}, {10, 10, 10}).properties = BP_DESTROYABLE;
     AddShape(world, BT_BOX, {0, 0, 0}, {10, 10, 10}).properties = BP_ALWAYS_VISIBLE;
     AddShape(world, BT_BOX, {0, 0, 0}, {10, 10, 10}).properties = BP_CROSS_PORTALS;

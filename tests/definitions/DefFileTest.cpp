@@ -123,7 +123,9 @@ TEST_F(DefFileTest, ParametersByType) {
     bool b = false;
     uint16_t w = 0;
     uint8_t color[4] = {};
-    const auto color_is = [&](int r, int g, int bl, int a) { return color[0] == r && color[1] == g && color[2] == bl && color[3] == a; };
+    const auto color_is = [&](int r, int g, int bl, int a) {
+        return color[0] == r && color[1] == g && color[2] == bl && color[3] == a;
+    };
     EXPECT_TRUE(file.GetInt(0, i) && i == -12);
     EXPECT_TRUE(file.GetFloat(1, f) && f == 25.0f);
     EXPECT_TRUE(file.GetString(2, s) && s == "text");
@@ -136,8 +138,8 @@ TEST_F(DefFileTest, ParametersByType) {
 
     i = 77, f = 7, b = true, w = 7, s = "kept?";
     for (const int missing : {9, -1}) {
-        EXPECT_FALSE(file.GetInt(missing, i) || file.GetFloat(missing, f) || file.GetBool(missing, b) || file.GetWord(missing, w) ||
-                     file.GetColor(missing, color) || file.GetString(missing, s));
+        EXPECT_FALSE(file.GetInt(missing, i) || file.GetFloat(missing, f) || file.GetBool(missing, b) ||
+                     file.GetWord(missing, w) || file.GetColor(missing, color) || file.GetString(missing, s));
         EXPECT_EQ(i, 77);
         EXPECT_EQ(f, 7);
         EXPECT_TRUE(b);
@@ -148,12 +150,19 @@ TEST_F(DefFileTest, ParametersByType) {
 }
 
 TEST(Numbers, TakeWhatTheTextStartsWith) {
-    const std::pair<const char*, int32_t> ints[] = {{"12", 12}, {" \t+7x", 7}, {"-3.9", -3}, {"", 0}, {"x1", 0}, {"+-4", 0},
-                                                    {"99999999999", 2147483647}, {"-99999999999", -2147483647 - 1}};
+    const std::pair<const char*, int32_t> ints[] = {{"12", 12},
+                                                    {" \t+7x", 7},
+                                                    {"-3.9", -3},
+                                                    {"", 0},
+                                                    {"x1", 0},
+                                                    {"+-4", 0},
+                                                    {"99999999999", 2147483647},
+                                                    {"-99999999999", -2147483647 - 1}};
     for (const auto& [text, expected] : ints)
         EXPECT_EQ(ParseInt(text), expected) << text;
-    const std::pair<const char*, float> floats[] = {{"1.5", 1.5f}, {".5", .5f}, {"-2.", -2.0f}, {" +1e2", 100.0f}, {"1,5", 1.0f},
-                                                    {"nan", 0.0f}, {"inf", 0.0f}, {"1e99", 0.0f}, {"", 0.0f}, {"0.1", 0.1f}};
+    const std::pair<const char*, float> floats[] = {{"1.5", 1.5f}, {".5", .5f},   {"-2.", -2.0f}, {" +1e2", 100.0f},
+                                                    {"1,5", 1.0f}, {"nan", 0.0f}, {"inf", 0.0f},  {"1e99", 0.0f},
+                                                    {"", 0.0f},    {"0.1", 0.1f}};
     for (const auto& [text, expected] : floats)
         EXPECT_EQ(ParseFloat(text), expected) << text;
 }
@@ -171,7 +180,7 @@ TEST_F(DefFileTest, StorageComesFirstAndSurvivesPacking) {
     int packed_size = 0, unpacked_size = 0;
     const std::vector<uint8_t> packed = store.PackDefFiles(packed_size, unpacked_size);
     EXPECT_EQ(packed_size, static_cast<int>(packed.size()));
-    EXPECT_EQ(unpacked_size, (4 + 6 + 22) + (4 + 6 + 1));
+    EXPECT_EQ(unpacked_size, (4 + 6 + 21) + (4 + 6 + 1));
     ASSERT_TRUE(def_file_storage.UnpackDefFiles(packed.data(), packed_size, unpacked_size));
     DefFileObject stored("a.Def");
     EXPECT_EQ(Contents(stored), "[Kept]A|1;");

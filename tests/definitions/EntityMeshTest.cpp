@@ -77,7 +77,8 @@ TEST_F(EntityMeshTest, ActorDefinition) {
     std::filesystem::create_directories("Models/men");
     WriteBytes("Textures/skins/face.tga", TargaBytes(2, 2, 24));
     WriteBytes("Scripts/man.mtl", "#Basic Material Properties\n{\nDiffuse_Map = skins\\face;\n}\n");
-    WriteBytes("Scripts/Actors/man.def", "#General\n{\nModelPath = men;\nModel = man.msh;\n}\n#Skin\n{\nBody = Scripts\\man.mtl;\n}\n");
+    WriteBytes("Scripts/Actors/man.def",
+               "#General\n{\nModelPath = men;\nModel = man.msh;\n}\n#Skin\n{\nBody = Scripts\\man.mtl;\n}\n");
     {
         UChunkFile file("Models\\men\\man.msh", CFM_Create);
         WriteSurface(file, "BODY", 4, "other", {10, 0, 0});
@@ -104,7 +105,8 @@ TEST_F(EntityMeshTest, TemplatesLoadTheirMeshOnceOnDemand) {
     std::filesystem::create_directories("entities_meshes");
     WriteMesh("entities_meshes\\m.msh");
     const std::string head = "#Type <T> #TraceType <X> #EntityLocation <X> #EditorImage { MODEL(MESH) MESH(";
-    WriteBytes("e.def", "#A " + head + "m.msh) } #Parameters {}\n#B " + head + "none.msh) ACTOR(none.def) } #Parameters {}");
+    WriteBytes("e.def",
+               "#A " + head + "m.msh) } #Parameters {}\n#B " + head + "none.msh) ACTOR(none.def) } #Parameters {}");
     EntityParser parser("e.def");
     ASSERT_EQ(parser.GetTemplateCount(), 2);
     EXPECT_FALSE(parser.GetTemplate("A", false)->mesh);

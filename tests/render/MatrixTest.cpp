@@ -90,7 +90,8 @@ TEST(Matrix, InverseAgreesWithElimination) {
 }
 
 TEST(Matrix, InverseRefusesAProjectivePart) {
-    for (const auto& [row, col, value] : {std::array{3, 3, 2}, std::array{0, 3, 1}, std::array{1, 3, -1}, std::array{2, 3, 1}}) {
+    for (const auto& [row, col, value] :
+         {std::array{3, 3, 2}, std::array{0, 3, 1}, std::array{1, 3, -1}, std::array{2, 3, 1}}) {
         D3DMATRIX m = crIdentity(), out;
         m.m[row][col] = static_cast<float>(value);
         EXPECT_EQ(crMInverse(m, out), -1) << row << col;

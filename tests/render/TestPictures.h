@@ -20,7 +20,8 @@ inline std::string TargaBytes(int width, int height, int bits, const std::vector
 }
 
 inline std::string TargaBytes(int width, int height, int bits, uint32_t argb = 0) {
-    return TargaBytes(width, height, bits, std::vector<uint32_t>(static_cast<size_t>(width) * static_cast<size_t>(height), argb));
+    return TargaBytes(width, height, bits,
+                      std::vector<uint32_t>(static_cast<size_t>(width) * static_cast<size_t>(height), argb));
 }
 
 // A DXT1 picture of one block in one colour, a 5:6:5 word.

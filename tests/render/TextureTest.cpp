@@ -12,7 +12,9 @@ namespace {
 // A device whose limits a test sets.
 class LimitedDevice : public SoftDevice {
 public:
-    const std::vector<PixelFormat>& TextureFormats() const override { return formats.empty() ? SoftDevice::TextureFormats() : formats; }
+    const std::vector<PixelFormat>& TextureFormats() const override {
+        return formats.empty() ? SoftDevice::TextureFormats() : formats;
+    }
     uint32_t MaxTextureSize() const override { return max_size; }
     bool SupportsCubeMaps() const override { return cube_maps; }
     std::unique_ptr<DeviceSurface> CreateTexture(const TextureDescription& d) override {
@@ -92,7 +94,7 @@ TEST_F(TextureTest, FormatFollowsTypeAndDepth) {
         {{}, 5, 32, 0, 0, 0},
         {{R5G6B5, X8R8G8B8}, TEX_NORMAL, 32, 0xF800, 0, 2}, // the order decides
         {{X1R5G5B5, R5G6B5}, TEX_NORMAL, 32, 0xF800, 0, 2},
-        {{X1R5G5B5}, TEX_NORMAL, 16, 0x7C00, 0, 2},         // no exact one: the best
+        {{X1R5G5B5}, TEX_NORMAL, 16, 0x7C00, 0, 2}, // no exact one: the best
         {{A1R5G5B5, A2R5G5B5}, TEX_ALPHA_NORMAL, 32, 0x7C00, 0x18000, 4},
         {{A2R5G5B5, A1R5G5B5}, TEX_ALPHA_NORMAL, 32, 0x7C00, 0x18000, 4},
         {{X1R5G5B5}, TEX_ALPHA_NORMAL, 32, 0, 0, 0},
@@ -117,7 +119,8 @@ TEST_F(TextureTest, FormatFollowsTypeAndDepth) {
 
 TEST_F(TextureTest, ShiftsStandAtTheMasksTop) {
     criTInit();
-    const int32_t expected[][4] = {{16, 8, 0, 0}, {16, 8, 0, 0}, {8, 3, -3, 0}, {16, 8, 0, 24}, {4, 0, -4, 8}, {0, 0, 0, 0}, {-3, 2, 8, 0}};
+    const int32_t expected[][4] = {{16, 8, 0, 0}, {16, 8, 0, 0}, {8, 3, -3, 0}, {16, 8, 0, 24},
+                                   {4, 0, -4, 8}, {0, 0, 0, 0},  {-3, 2, 8, 0}};
     ASSERT_EQ(crvTFormats.size(), std::size(expected));
     for (size_t i = 0; i < crvTFormats.size(); ++i)
         for (size_t c = 0; c < 4; ++c)
@@ -158,10 +161,8 @@ TEST_F(TextureTest, ForcedTypeAndDepthReplaceTheWish) {
 // 4 by 4 words; the second level is worked out by hand, each channel's sum over four pixels divided by 4, rounded down.
 TEST_F(TextureTest, EachLevelIsTheMeanOfTheOneAbove) {
     const Words picture = {
-        0x00000000, 0x04010203, 0xFF000000, 0xFF000000,
-        0x00000000, 0x00000000, 0xFF000000, 0xFFFFFFFF,
-        0x10203040, 0x10203040, 0x01010101, 0x01010101,
-        0x10203040, 0x14243444, 0x01010101, 0x01010100,
+        0x00000000, 0x04010203, 0xFF000000, 0xFF000000, 0x00000000, 0x00000000, 0xFF000000, 0xFFFFFFFF,
+        0x10203040, 0x10203040, 0x01010101, 0x01010101, 0x10203040, 0x14243444, 0x01010101, 0x01010100,
     };
     const Words halved = {0x01000000, 0xFF3F3F3F, 0x11213141, 0x01010100};
     WriteBytes("Textures/a.tga", TargaBytes(4, 4, 32, picture));
@@ -228,7 +229,7 @@ TEST_F(TextureTest, FileNamesAndSharing) {
     EXPECT_EQ(crTRecord(both)->level, 1u);
     EXPECT_EQ(crTExist("tex", "both"), both);
     EXPECT_EQ(crTExist("tex", "both.tga"), CR_NO_TEXTURE);
-    EXPECT_NE(crTGet("tex\\", "both", 1), CR_NO_TEXTURE); // a closing backslash names the same file
+    EXPECT_NE(crTGet("tex\\", "both", 1), CR_NO_TEXTURE);   // a closing backslash names the same file
     EXPECT_EQ(crTGet("tex", "only.tga", 1), CR_NO_TEXTURE); // no other ending is tried
     EXPECT_NE(crTGet("tex", "only", 1), CR_NO_TEXTURE);
     EXPECT_EQ(crTGet("tex", "nothing", 1), CR_NO_TEXTURE);

@@ -40,7 +40,9 @@ TEST(BrushCurves, CountsAndPositionsByDetail) {
         const size_t n = (16u >> detail) + 1;
         const struct {
             size_t cp, vertices, triangles, edges;
-        } kinds[] = {{4, n + 1, n - 1, n - 1}, {6, 2 * n, 2 * (n - 1), 3 * n - 2}, {9, n * n, 2 * (n - 1) * (n - 1), 4 * (n - 1) * (n - 1)}};
+        } kinds[] = {{4, n + 1, n - 1, n - 1},
+                     {6, 2 * n, 2 * (n - 1), 3 * n - 2},
+                     {9, n * n, 2 * (n - 1) * (n - 1), 4 * (n - 1) * (n - 1)}};
         for (const auto& kind : kinds) {
             SCOPED_TRACE(std::to_string(kind.cp) + " points at detail " + std::to_string(detail));
             const std::vector<D3DVECTOR> cp = RandomPoints(kind.cp);
@@ -78,7 +80,8 @@ TEST(BrushCurves, IndicesByHandAtTheCoarsestDetail) {
     EXPECT_EQ(fan.curved_surfaces[0].vertices[0], fan.curved_surfaces[0].cp[3]);
     EXPECT_EQ(fan.curved_surfaces[0].tri_indices, (std::vector<TRIANGLE>{{{0, 1, 2}}, {{0, 2, 3}}}));
     EXPECT_EQ(fan.curved_surfaces[0].edge_indices, (std::vector<EDGE>{{{1, 2}}, {{2, 3}}}));
-    EXPECT_EQ(strip.curved_surfaces[0].tri_indices, (std::vector<TRIANGLE>{{{0, 3, 4}}, {{0, 4, 1}}, {{1, 4, 5}}, {{1, 5, 2}}}));
+    EXPECT_EQ(strip.curved_surfaces[0].tri_indices,
+              (std::vector<TRIANGLE>{{{0, 3, 4}}, {{0, 4, 1}}, {{1, 4, 5}}, {{1, 5, 2}}}));
     EXPECT_EQ(strip.curved_surfaces[0].edge_indices,
               (std::vector<EDGE>{{{0, 1}}, {{1, 2}}, {{3, 4}}, {{4, 5}}, {{0, 3}}, {{1, 4}}, {{2, 5}}}));
     EXPECT_EQ(patch.curved_surfaces[0].tri_indices[7], (TRIANGLE{{4, 8, 5}}));
@@ -123,7 +126,8 @@ TEST(BrushCurves, UnknownKindsBecomeEmptyAndAreLogged) {
         EXPECT_TRUE(brush.curved_surfaces[0].tri_indices.empty());
         brush.RemapAll();
         brush.RecalcBBox();
-        EXPECT_NE(ReadBytes("Marrowstead/trace.log").find("BF correcting brush with id = 77 (this = 0x"), std::string::npos);
+        EXPECT_NE(ReadBytes("Marrowstead/trace.log").find("BF correcting brush with id = 77 (this = 0x"),
+                  std::string::npos);
         std::filesystem::remove("Marrowstead/trace.log");
     }
 }

@@ -1,5 +1,3 @@
-#include <functional>
-
 #include <gtest/gtest.h>
 
 #include "foundation/Random.h"
@@ -58,7 +56,6 @@ TEST(BrushPrimitives, EverySolidIsClosedAndFacesOutwardInEveryView) {
             EXPECT_EQ(brush.curved_surfaces.size(), p.curved);
             EXPECT_NEAR(SignedVolume(brush), p.filled * X * Y * Z, 2e-4 * X * Y * Z);
             EXPECT_TRUE(brush.is_selected);
-            // Normals and shades are there, and point out of the wire box's centre on average.
             brush.ForEachSurface([](const Surface& s, int, bool) {
                 ASSERT_EQ(s.normal.size(), s.vertices.size());
                 ASSERT_EQ(s.diffuse.size(), s.vertices.size());
@@ -127,7 +124,8 @@ TEST(BrushPrimitives, PyramidAndPrismByHand) {
 
     shape.type = BT_PRISM;
     const Brush prism(shape);
-    EXPECT_EQ(prism.surfaces[1].tri_indices, (std::vector<TRIANGLE>{{{2, 1, 0}}, {{3, 2, 0}}, {{4, 3, 0}}, {{1, 4, 0}}}));
+    EXPECT_EQ(prism.surfaces[1].tri_indices,
+              (std::vector<TRIANGLE>{{{2, 1, 0}}, {{3, 2, 0}}, {{4, 3, 0}}, {{1, 4, 0}}}));
     EXPECT_EQ(prism.surfaces[1].vertices[0].y, 32.0f);
     EXPECT_EQ(prism.surfaces[5].vertices[1], prism.surfaces[1].vertices[1]);
     EXPECT_EQ(prism.surfaces[5].vertices[3], prism.surfaces[0].vertices[4]);
@@ -152,14 +150,17 @@ TEST(BrushPrimitives, ControlPointsByHand) {
     EXPECT_EQ(cylinder.curved_surfaces[1].cp, (Points{{2, 4, 6}, {8, 4, 6}, {8, 4, 5}, {2, 4, 5}}));
     EXPECT_EQ(cylinder.curved_surfaces[4].cp, (Points{{2, 0, 6}, {0, 0, 6}, {0, 0, 5}, {2, 0, 5}}));
     EXPECT_EQ(cylinder.curved_surfaces[7].cp, (Points{{0, 0, 5}, {0, 0, 0}, {2, 0, 0}, {2, 0, 5}}));
-    EXPECT_EQ(cylinder.curved_surfaces[10].cp, (Points{{8, 4, 5}, {8, 4, 0}, {2, 4, 0}, {8, 2, 5}, {8, 2, 0}, {2, 2, 0},
-                                                       {8, 0, 5}, {8, 0, 0}, {2, 0, 0}}));
+    EXPECT_EQ(
+        cylinder.curved_surfaces[10].cp,
+        (Points{{8, 4, 5}, {8, 4, 0}, {2, 4, 0}, {8, 2, 5}, {8, 2, 0}, {2, 2, 0}, {8, 0, 5}, {8, 0, 0}, {2, 0, 0}}));
     shape.type = BT_CONE;
     const Brush cone(shape); // rx = 2 and rz = 1, on both sides of the pivot
     EXPECT_EQ(cone.curved_surfaces[0].cp, (Points{{2, 0, 6}, {0, 0, 6}, {0, 0, 5}, {2, 0, 5}}));
     EXPECT_EQ(cone.curved_surfaces[3].cp, (Points{{0, 0, 5}, {0, 0, 0}, {2, 0, 0}, {2, 0, 5}}));
-    EXPECT_EQ(cone.curved_surfaces[5].cp, (Points{{4, 0, 5}, {4, 0, 6}, {2, 0, 6}, {3, 2, 5}, {3, 2, 5.5f}, {2, 2, 5.5f},
-                                                  {2, 4, 5}, {2, 4, 5}, {2, 4, 5}}));
+    EXPECT_EQ(
+        cone.curved_surfaces[5].cp,
+        (Points{
+            {4, 0, 5}, {4, 0, 6}, {2, 0, 6}, {3, 2, 5}, {3, 2, 5.5f}, {2, 2, 5.5f}, {2, 4, 5}, {2, 4, 5}, {2, 4, 5}}));
     shape.type = BT_ELASTIC_BOX;
     const Brush elastic(shape);
     const D3DVECTOR middle[6] = {{2, 4, 5}, {2, 0, 5}, {2, 1, 0}, {2, 1, 6}, {8, 1, 5}, {0, 1, 5}};
@@ -172,7 +173,8 @@ TEST(BrushPrimitives, ControlPointsByHand) {
     shape.type = BT_SFT_BLOCK;
     EXPECT_EQ(Brush(shape).curved_surfaces[1].cp, (Points{{0, 0, 0}, {0, 0, 6}, {8, 0, 6}, {0, 0, 6}}));
     shape.type = BT_Q_BLOCK;
-    EXPECT_EQ(Brush(shape).curved_surfaces[2].cp, (Points{{8, 4, 6}, {8, 4, 0}, {0, 4, 0}, {8, 0, 6}, {8, 0, 0}, {0, 0, 0}}));
+    EXPECT_EQ(Brush(shape).curved_surfaces[2].cp,
+              (Points{{8, 4, 6}, {8, 4, 0}, {0, 4, 0}, {8, 0, 6}, {8, 0, 0}, {0, 0, 0}}));
 }
 
 TEST(BrushPrimitives, PatchesDivideTheLongerSide) {
@@ -212,10 +214,18 @@ double OutlineArea(const std::vector<D3DVECTOR>& outline) {
 TEST(BrushPrimitives, ExtrudedOutlinesFillTheirAreaInBothWindings) {
     std::vector<std::vector<D3DVECTOR>> outlines = {
         {{0, 0, 0}, {64, 0, 0}, {64, 64, 0}, {0, 64, 0}},
-        {{0, 0, 0}, {64, 0, 0}, {64, 16, 0}, {16, 16, 0}, {16, 64, 0}, {0, 64, 0}},                          // L
-        {{0, 0, 0}, {32, 0, 0}, {64, 0, 0}, {64, 64, 0}, {32, 8, 0}, {0, 64, 0}},                             // crown, collinear base
-        {{0, 0, 0}, {80, 0, 0}, {80, 80, 0}, {0, 80, 0}, {0, 16, 0}, {16, 16, 0}, {16, 64, 0}, {64, 64, 0},
-         {64, 10, 0}, {0, 10, 0}}, // a spiral
+        {{0, 0, 0}, {64, 0, 0}, {64, 16, 0}, {16, 16, 0}, {16, 64, 0}, {0, 64, 0}}, // L
+        {{0, 0, 0}, {32, 0, 0}, {64, 0, 0}, {64, 64, 0}, {32, 8, 0}, {0, 64, 0}},   // crown, collinear base
+        {{0, 0, 0},
+         {80, 0, 0},
+         {80, 80, 0},
+         {0, 80, 0},
+         {0, 16, 0},
+         {16, 16, 0},
+         {16, 64, 0},
+         {64, 64, 0},
+         {64, 10, 0},
+         {0, 10, 0}}, // a spiral
     };
     RandomMT random;
     random.seedMT(3);
@@ -230,7 +240,8 @@ TEST(BrushPrimitives, ExtrudedOutlinesFillTheirAreaInBothWindings) {
     for (size_t k = 0; k < outlines.size(); ++k)
         for (const bool reversed : {false, true})
             for (uint32_t view = 0; view < 3; ++view) {
-                SCOPED_TRACE("outline " + std::to_string(k) + (reversed ? " reversed" : "") + " view " + std::to_string(view));
+                SCOPED_TRACE("outline " + std::to_string(k) + (reversed ? " reversed" : "") + " view " +
+                             std::to_string(view));
                 BrushShape shape = ShapeOf(BT_EXTRUDABLE, {-100, -100, -100}, {100, 100, 100}, 0, view);
                 shape.ex_points = outlines[k];
                 if (reversed)
@@ -274,7 +285,8 @@ TEST(BrushPrimitives, BadOutlinesEndInOrder) {
     for (int round = 0; round < 200; ++round) {
         shape.ex_points.clear();
         for (uint32_t i = 0; i < 3 + random.randomMT() % 12; ++i)
-            shape.ex_points.push_back({static_cast<float>(random.randomMT() % 6), static_cast<float>(random.randomMT() % 6), 0});
+            shape.ex_points.push_back(
+                {static_cast<float>(random.randomMT() % 6), static_cast<float>(random.randomMT() % 6), 0});
         const Brush brush(shape);
         if (!brush.surfaces.empty()) {
             EXPECT_EQ(brush.surfaces[0].tri_indices.size(), shape.ex_points.size() - 2);

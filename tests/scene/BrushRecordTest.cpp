@@ -193,7 +193,7 @@ TEST(BrushRecord, RaysHitTheNearestFacingTriangle) {
 TEST(BrushRecord, OnlyFacesReachAVoxel) {
     const Brush box(ShapeOf(BT_BOX, {0, 0, 0}, {100, 100, 100}));
     EXPECT_FALSE(box.IsInVoxel({40, 40, 40}, {60, 60, 60})); // the empty middle
-    EXPECT_TRUE(box.IsInVoxel({40, 90, 40}, {60, 110, 60}));  // pierced by the top
+    EXPECT_TRUE(box.IsInVoxel({40, 90, 40}, {60, 110, 60})); // pierced by the top
     EXPECT_TRUE(box.IsInVoxel({-50, -50, -50}, {150, 150, 150}));
     EXPECT_FALSE(box.IsInVoxel({101, 0, 0}, {110, 100, 100}));
     const Brush cone(ShapeOf(BT_CONE, {0, 0, 0}, {100, 100, 100}));

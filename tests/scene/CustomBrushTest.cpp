@@ -57,7 +57,8 @@ TEST_F(CustomBrush, IsCentredOnThePivotAndTurnedByView) {
     empty.info[1] = empty.info[2] = 0;
     empty.vertices.clear(), empty.uv.clear(), empty.normals.clear(), empty.triangles.clear();
     WriteMesh(mesh, {system, part, empty});
-    const D3DVECTOR first_corner[3] = {{95, 102, 90}, {95, 90, 98}, {102, 90, 95}}; // from (x, -z, y), as is, (-z, y, x)
+    const D3DVECTOR first_corner[3] = {
+        {95, 102, 90}, {95, 90, 98}, {102, 90, 95}}; // from (x, -z, y), as is, (-z, y, x)
     for (uint32_t view = 0; view < 3; ++view) {
         shape.view = view;
         const Brush brush(shape);
@@ -69,8 +70,8 @@ TEST_F(CustomBrush, IsCentredOnThePivotAndTurnedByView) {
         EXPECT_EQ(s.edge_indices, (std::vector<EDGE>{{{0, 1}}, {{1, 2}}, {{2, 0}}, {{2, 3}}, {{3, 0}}}));
         ExpectNear(s.vertices[0], first_corner[view], 1e-4f);
         ExpectNear(brush.pivot, {100, 100, 100}, 1e-4f);
-        EXPECT_NEAR(Magnitude(s.normal[1]), 1, 1e-5f); // computed, not the file's
-        EXPECT_NE(s.normal[1], (D3DVECTOR{0, 0, 1}));
+        EXPECT_NEAR(Magnitude(s.normal[3]), 1, 1e-5f); // computed, not the file's
+        EXPECT_NE(s.normal[3], (D3DVECTOR{0, 0, 1}));
     }
     EXPECT_TRUE(desktop.notices.empty());
 }
@@ -123,7 +124,8 @@ TEST_F(CustomBrush, ADamagedRecordRefusesTheFileWithOneSentence) {
     damaged[6].uv[0].v = INFINITY;
     damaged[7].material.pop_back();
     damaged[8].normals.pop_back();
-    damaged[9].info[1] = 65537, damaged[9].vertices.resize(65537), damaged[9].uv.resize(65537), damaged[9].normals.resize(65537);
+    damaged[9].info[1] = 65537, damaged[9].vertices.resize(65537), damaged[9].uv.resize(65537),
+    damaged[9].normals.resize(65537);
     damaged[10].info[1] = 0x20000001; // times 12 is 12 in 32 bits
     for (const Part& bad : damaged) {
         desktop.notices.clear();

@@ -8,7 +8,8 @@
 
 #include "scene/World.h"
 
-inline BrushShape ShapeOf(BrushType type, const D3DVECTOR& min, const D3DVECTOR& max, uint32_t segments = 0, uint32_t view = 0) {
+inline BrushShape ShapeOf(BrushType type, const D3DVECTOR& min, const D3DVECTOR& max, uint32_t segments = 0,
+                          uint32_t view = 0) {
     BrushShape shape;
     shape.type = type;
     shape.bb = MakeBox(min, max);
@@ -38,12 +39,14 @@ inline double SignedVolume(const Brush& brush) {
 
 inline std::vector<int> Items(const Selection& selection) { return {selection.begin(), selection.end()}; }
 
-inline void ExpectNear(const D3DVECTOR& actual, const D3DVECTOR& expected, float tolerance, const std::string& what = {}) {
+inline void ExpectNear(const D3DVECTOR& actual, const D3DVECTOR& expected, float tolerance,
+                       const std::string& what = {}) {
     EXPECT_NEAR(actual.x, expected.x, tolerance) << what;
     EXPECT_NEAR(actual.y, expected.y, tolerance) << what;
     EXPECT_NEAR(actual.z, expected.z, tolerance) << what;
 }
-inline void ExpectNear(const UVVector& actual, const UVVector& expected, float tolerance, const std::string& what = {}) {
+inline void ExpectNear(const UVVector& actual, const UVVector& expected, float tolerance,
+                       const std::string& what = {}) {
     EXPECT_NEAR(actual.u, expected.u, tolerance) << what;
     EXPECT_NEAR(actual.v, expected.v, tolerance) << what;
 }

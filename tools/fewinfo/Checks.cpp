@@ -91,7 +91,8 @@ private:
         Expect(surface.lightmap.light_index == -1, "the lightmap of surface %d of brush %d names the light %d", s, b, surface.lightmap.light_index);
         CheckRectangle(surface.lightmap, surface.texture.index != 0, b, s);
         for (const LIGHTMAP_INFO& info : surface.dynamic_lightmaps) {
-            CheckRectangle(info, true, b, s);
+            // A light that bakes apart and yet is not dynamic has no place on the pages.
+            CheckRectangle(info, info.u_size <= 1, b, s);
             Expect(Below(info.light_index, world.entities.size()) && EqualNoCase(world.entities[static_cast<size_t>(info.light_index)].type, "POINT_LIGHT"),
                    "a dynamic lightmap of surface %d of brush %d names the entity %d, which is no light", s, b, info.light_index);
         }
