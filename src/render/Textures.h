@@ -62,8 +62,8 @@ uint32_t crTLoad(uint32_t handle, std::string_view path, std::string_view name);
 // argb: one face of one level, rows of 0xAARRGGBB. 0, or -1 bad handle, -2 no such level, -3 it cannot be locked, -21
 // no such face.
 int crTFillTexture(uint32_t handle, const uint32_t* argb, uint32_t level, uint32_t flags);
-// Fills all levels. argb: the picture before crvTForceScaleDown, the six faces of a cube map stacked; null: from level 0
-// of the surface. 0, or a negative code: those above, -2 and -3 also for a level to read or to write that cannot be
+// Fills all levels. argb: the picture before crvTForceScaleDown, the six faces of a cube map stacked; null: from level
+// 0 of the surface. 0, or a negative code: those above, -2 and -3 also for a level to read or to write that cannot be
 // locked, -5 and -6 for unlocking them.
 int crTComputeMipLevels(uint32_t handle, const uint32_t* argb);
 int crTDestroy(uint32_t handle);

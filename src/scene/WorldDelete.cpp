@@ -81,13 +81,14 @@ void World::DeleteSelectedBrushes() {
 
 void World::DeleteSelectedEntities() {
     std::vector<bool> gone(entity.size());
-    std::unordered_set<uint32_t> ids;
+    std::unordered_set<uint32_t> ids, noted;
     std::vector<uint32_t> parents; // owners of the paths that lose a point
     for (const int e : entity_selection) {
         const Entity& deleted = *entity[static_cast<size_t>(e)];
         gone[static_cast<size_t>(e)] = true;
         ids.insert(deleted.GetObjectID());
-        if (deleted.path_parent_id != NO_OBJECT_ID && BaseObject::GetObjectFromID(deleted.path_parent_id))
+        if (deleted.path_parent_id != NO_OBJECT_ID && BaseObject::GetObjectFromID(deleted.path_parent_id) &&
+            noted.insert(deleted.path_parent_id).second)
             parents.push_back(deleted.path_parent_id);
     }
     UnlinkFromAll(ids);

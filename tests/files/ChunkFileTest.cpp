@@ -222,6 +222,7 @@ TEST(ChunkFile, WritingLeavesTheTargetAloneUntilItIsWhole) {
 
 TEST(ChunkFile, SaysWhyAFileIsRefused) {
     const TempFolder folder;
+    const std::string path = folder / "x", missing = folder / "none.msp";
     const std::string good = ByHand();
     const size_t H = 25 + 15, names = H + 12, headers = names + 5 + 8;
     const auto with_word = [&](size_t at, uint32_t value) {
@@ -235,7 +236,8 @@ TEST(ChunkFile, SaysWhyAFileIsRefused) {
     const std::string outside = "is damaged: its tables lie outside the file";
     const Case cases[] = {
         {"empty", "", "is not a chunk file: the magic text is missing"},
-        {"another format", "<Tallowen Chunk FilE>" + good.substr(21), "is not a chunk file: the magic text is missing"},
+        {"another format", std::string("<Tallowen Chunk FilE>").append(good, 21),
+         "is not a chunk file: the magic text is missing"},
         {"H past the end", with_word(good.size() - 4, static_cast<uint32_t>(good.size())), outside},
         {"H huge", with_word(good.size() - 4, 0xFFFFFFFF), outside},
         {"H inside the magic", with_word(good.size() - 4, 3), outside},
@@ -257,14 +259,13 @@ TEST(ChunkFile, SaysWhyAFileIsRefused) {
          "is damaged: it tells of more than a million empty arrays"},
     };
     for (const Case& c : cases) {
-        WriteBytes(folder / "x", c.bytes);
-        UChunkFile file(folder / "x", CFM_Open);
+        WriteBytes(path, c.bytes);
+        UChunkFile file(path, CFM_Open);
         EXPECT_FALSE(file.IsValid()) << c.name;
-        EXPECT_EQ(file.GetError(), "\"" + (folder / "x") + "\" " + c.reason) << c.name;
+        EXPECT_EQ(file.GetError(), "\"" + path + "\" " + c.reason) << c.name;
         EXPECT_FALSE(file.OpenChunk(nullptr)) << c.name;
     }
-    EXPECT_EQ(UChunkFile(folder / "none.msp", CFM_Open).GetError(),
-              "cannot open \"" + (folder / "none.msp") + "\": No such file or directory");
+    EXPECT_EQ(UChunkFile(missing, CFM_Open).GetError(), "cannot open \"" + missing + "\": No such file or directory");
 }
 
 TEST(ChunkFile, SurvivesAnyDamage) {

@@ -26,10 +26,10 @@ TEST(SimpleList, BadIndicesAreHarmless) {
     SimpleList<int> list;
     for (int value : {4, 5, 4, 6})
         list.Add(value);
-    list.Remove(-1);
-    list.Remove(4);
-    list.Set(4, 99);
-    list.Set(-1, 99);
+    for (const int index : {-1, list.GetCount()}) {
+        list.Remove(index);
+        list.Set(index, 99);
+    }
     EXPECT_EQ(list.GetCount(), 4);
     EXPECT_EQ(list.Get(4), 4) << "the first item stands for an index out of range";
     EXPECT_EQ(list.Get(-1), 4);
