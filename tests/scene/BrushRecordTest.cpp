@@ -121,7 +121,7 @@ TEST(BrushRecord, CopyTakesGeometryAndLeavesCompileResults) {
     EXPECT_EQ(copy.curved_surfaces[2].uv[8].u, 2.0f);
     EXPECT_EQ(copy.surfaces[1].texture_space.ts_z, source.surfaces[1].texture_space.ts_z);
     EXPECT_NEAR(SignedVolume(copy), SignedVolume(source), 1e-3);
-    copy = copy;
+    copy = *&copy; // assigning to itself changes nothing
     EXPECT_EQ(copy.surfaces.size(), 2u);
 }
 

@@ -125,7 +125,7 @@ TEST(Entity, AssignmentIsDeepAndLeavesIdentityAndState) {
     EXPECT_FALSE(target.is_hidden);
     EXPECT_EQ(target.cell, 6);
     EXPECT_TRUE(target.HasLinkedObjectID(8) && !target.HasLinkedObjectID(3));
-    target = target;
+    target = *&target; // assigning to itself changes nothing
     EXPECT_EQ(target.parameter.size(), 1u);
     target.str_type = "Point_Light";
     EXPECT_TRUE(target.IsType("POINT_LIGHT"));

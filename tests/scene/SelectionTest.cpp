@@ -64,7 +64,7 @@ TEST(Selection, ACopyHoldsEachItemOnceAndMovingKeepsTheIndex) {
     Selection copy(source);
     EXPECT_EQ(copy.GetItemCount(), 30);
     EXPECT_EQ(copy.TestItem(3), 3);
-    copy = copy;
+    copy = *&copy; // assigning to itself changes nothing
     EXPECT_EQ(copy.GetItemCount(), 30);
     const Selection moved(std::move(copy));
     EXPECT_EQ(moved.TestItem(29), 29);
