@@ -30,15 +30,23 @@ constexpr Shape SHAPES[] = {
     {"tiny arrays", 40, 100000, 12, 1}, // thousands of small arrays in a chunk
 };
 
-std::string FolderOfThisRun() {
-    static const std::string folder = [] {
-        std::string name = (std::filesystem::temp_directory_path() / "marrowstead-bench-XXXXXX").string();
-        if (!mkdtemp(name.data()))
+// A folder of this run, gone at its end.
+struct BenchFolder {
+    std::string path = (std::filesystem::temp_directory_path() / "marrowstead-bench-XXXXXX").string();
+
+    BenchFolder() {
+        if (!mkdtemp(path.data()))
             std::abort();
-        std::atexit([] { std::filesystem::remove_all(FolderOfThisRun()); });
-        return name;
-    }();
-    return folder;
+    }
+    ~BenchFolder() {
+        std::error_code error;
+        std::filesystem::remove_all(path, error);
+    }
+};
+
+const std::string& FolderOfThisRun() {
+    static const BenchFolder folder;
+    return folder.path;
 }
 
 std::string PathOf(const Shape& shape) { return FolderOfThisRun() + "/" + shape.name; }

@@ -3,7 +3,6 @@
 #include "LevelBuilder.h"
 #include "Sample.h"
 #include "definitions/MaterialLibrary.h"
-#include "files/FileObject.h"
 #include "persistence/Project.h"
 
 static const Finish BRICK{"brick", "brick_red"}, OLD_BRICK{"brick", "brick_old"}, PLASTER{"plaster", "plaster"}, PLANKS{"wood", "planks"},
@@ -134,8 +133,6 @@ static void PlaceThings(LevelBuilder& level) {
 }
 
 bool MakeLevel(std::string& error) {
-    FileObject::AddFileLibrary("Data\\base.fs", 0);
-    FileObject::AddFileLibrary("Addons\\restored.fs", 0);
     MaterialLibrary materials;
     materials.ParseTextures();
     EntityParser parser("Marrowstead\\entities.def");

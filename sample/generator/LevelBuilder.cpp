@@ -46,7 +46,8 @@ Brush* LevelBuilder::AddBox(const D3DVECTOR& min, const D3DVECTOR& max, const Fi
 void LevelBuilder::AddRoom(const Room& room) {
     const D3DVECTOR &lo = room.min, &hi = room.max;
     AddBox({lo.x - WALL, lo.y - WALL, lo.z - WALL}, {hi.x + WALL, lo.y, hi.z + WALL}, room.floor);
-    AddBox({lo.x - WALL, hi.y, lo.z - WALL}, {hi.x + WALL, hi.y + WALL, hi.z + WALL}, room.ceiling);
+    if (!room.open_sky)
+        AddBox({lo.x - WALL, hi.y, lo.z - WALL}, {hi.x + WALL, hi.y + WALL, hi.z + WALL}, room.ceiling);
     for (Side side : {Side::East, Side::West, Side::North, Side::South})
         AddWall(room, side);
 }
@@ -82,6 +83,17 @@ void LevelBuilder::AddWallPiece(const Room& room, Side side, float from, float t
     }
     AddBox(min, max, room.walls);
 }
+
+static Brush* AddUnpainted(World& world, const BrushShape& shape) {
+    world.ClearSelection();
+    Brush* brush = world.CreateBrush(shape);
+    world.ClearSelection();
+    return brush;
+}
+
+Brush* LevelBuilder::AddPortal(const D3DVECTOR& min, const D3DVECTOR& max) { return AddUnpainted(world, ShapeOf(BT_PORTAL, min, max)); }
+
+Brush* LevelBuilder::AddOccluder(const D3DVECTOR& min, const D3DVECTOR& max) { return AddUnpainted(world, ShapeOf(BT_OCCLUDER, min, max)); }
 
 void LevelBuilder::AddColumn(const D3DVECTOR& foot, float height, float radius, const Finish& finish) {
     const float plinth = radius * 1.4f, step = radius * 0.75f;

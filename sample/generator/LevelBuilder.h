@@ -28,6 +28,7 @@ struct Room {
     D3DVECTOR min, max; // the inside
     Finish floor, walls, ceiling;
     std::vector<Opening> openings;
+    bool open_sky = false; // no ceiling
 };
 
 class LevelBuilder {
@@ -47,6 +48,9 @@ public:
     Entity* AddEntity(const char* definition, const D3DVECTOR& position, const char* variable_name = nullptr);
     Entity* AddLight(const D3DVECTOR& position, float range, float intensity, uint32_t rgb);
     Entity* AddSpot(const D3DVECTOR& position, const D3DVECTOR& target, float range, float angle, float intensity, uint32_t rgb);
+    // A portal that closes a box-shaped opening; the opening's edges reach a little into the walls.
+    Brush* AddPortal(const D3DVECTOR& min, const D3DVECTOR& max);
+    Brush* AddOccluder(const D3DVECTOR& min, const D3DVECTOR& max);
     // A lamp body under a light, lit by the light's own colour.
     void AddLamp(Entity* light, const char* name);
 

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "Sample.h"
+#include "files/FileObject.h"
 #include "foundation/Desktop.h"
 
 static int Fail(const std::string& what) {
@@ -27,7 +28,11 @@ int main(int argc, char** argv) {
     std::string error;
     if (!MakeTextures() || !MakeMeshes())
         return Fail("a picture or mesh cannot be written");
-    if (!MakeLibraries(error) || !MakeLevel(error))
+    if (!MakeLibraries(error))
+        return Fail(error);
+    for (const char* library : {"Data\\base.fs", "Addons\\restored.fs"})
+        FileObject::AddFileLibrary(library, 0);
+    if (!MakeLevel(error) || !MakePriory(error))
         return Fail(error);
     SetDesktop(nullptr);
     return 0;

@@ -13,3 +13,6 @@ bool MakeMeshes();
 bool MakeLibraries(std::string& error);
 // The level "Marrowstead\Projects\abbey.msp".
 bool MakeLevel(std::string& error);
+// The level "Marrowstead\Projects\priory.msp", divided into cells by portals and eyes, and its broken twin
+// "priory-broken.msp", which shows each kind of problem.
+bool MakePriory(std::string& error);

@@ -1,9 +1,19 @@
 // The settings of one compile, and the way its progress comes up.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 
 #include "scene/Brush.h"
+
+class ItemBuffer;
+
+// The words of an item buffer: a brush index, the background, or a portal index with its side.
+inline constexpr uint32_t ITEM_BACKGROUND = 0xFFFFFF, ITEM_PORTAL = 0x800000, ITEM_SIDE_1 = 0x400000;
+
+// Sees each face (0 to 5) that an eye (an entity index) of a cell looks at. Called from the workers.
+using FaceObserver = std::function<void(int cell, int eye, int face, const ItemBuffer& buffer)>;
 
 enum LightingMethod { LIGHTING_NONE = 0, LIGHTING_QUICK = 1, LIGHTING_RAYTRACED = 2 };
 
@@ -18,6 +28,8 @@ struct CompileOptions {
     bool create_render_groups = false; // merge small brushes
     Box clip_box{};
     int threads = 0;                   // 0: all cores
+    FaceObserver face_observer;        // may be empty
+    uint32_t traceing_id = NO_OBJECT_ID; // the entity whose way into the cells goes to the trace log
 };
 
 class CompileProgress {

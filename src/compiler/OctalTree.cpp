@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "compiler/SurfaceTriangle.h"
 #include "foundation/Log.h"
 #include "scene/World.h"
 
@@ -75,7 +76,6 @@ void LeafSelection::Add(int leaf) {
 }
 
 OctalTree::BuildResult OctalTree::BuildOctalTree(const World& world, const std::function<bool()>& stopped) {
-    source = &world;
     build_stopped = stopped;
     octal_tree.clear();
     Bounds bounds = WorldBounds(world);
@@ -95,18 +95,43 @@ OctalTree::BuildResult OctalTree::BuildOctalTree(const World& world, const std::
         if (StandsInTree(*world.brush[static_cast<size_t>(b)]))
             root.brush_list.push_back(b);
     octal_tree.push_back(std::move(root));
-    brush_boxes.clear();
-    for (const auto& brush : world.brush)
-        brush_boxes.push_back({BoxMin(brush->bbox), BoxMax(brush->bbox)});
+    CopyBrushes(world);
 
     const BuildResult result = AddChildren(0);
-    brush_boxes = {};
-    source = nullptr;
+    build_brushes = {};
+    build_triangles = {};
     build_stopped = {};
     for (OCTAL_LEAF& leaf : octal_tree)
         if (leaf.type == OCTAL_NODE)
             leaf.brush_list = {};
     return result;
+}
+
+void OctalTree::CopyBrushes(const World& world) {
+    build_brushes.clear();
+    build_triangles.clear();
+    for (const auto& brush : world.brush) {
+        const size_t first = build_triangles.size();
+        brush->ForEachSurface([&](const Surface& surface, int, bool) {
+            for (const TRIANGLE& triangle : surface.tri_indices) {
+                SurfaceTriangle corners;
+                if (corners.Take(surface, triangle))
+                    build_triangles.push_back({{corners.v[0], corners.v[1], corners.v[2]}, corners.UnitNormal()});
+            }
+        });
+        build_brushes.push_back({BoxMin(brush->bbox), BoxMax(brush->bbox), first, build_triangles.size() - first});
+    }
+}
+
+bool OctalTree::IsInVoxel(const BuildBrush& brush, const D3DVECTOR& min, const D3DVECTOR& max) const {
+    if (!s_math.BoxBoxIntersect(brush.min, brush.max, min, max))
+        return false;
+    for (size_t t = brush.first_triangle; t < brush.first_triangle + brush.triangle_count; ++t) {
+        const BuildTriangle& triangle = build_triangles[t];
+        if (s_math.FaceInBox(min, max, triangle.v[0], triangle.v[1], triangle.v[2], triangle.normal))
+            return true;
+    }
+    return false;
 }
 
 OctalTree::BuildResult OctalTree::AddChildren(int parent) {
@@ -136,12 +161,9 @@ OctalTree::BuildResult OctalTree::ChildLeafRecursive(int parent, const D3DVECTOR
     leaf.size = std::fabs(max.x - min.x);
     const float half_side = leaf.size * 0.5f;
     leaf.half = min + D3DVECTOR{half_side, half_side, half_side};
-    for (const int b : GetOctalLeaf(parent).brush_list) {
-        const BrushBox& box = brush_boxes[static_cast<size_t>(b)];
-        if (s_math.BoxBoxIntersect(box.min, box.max, min, max) &&
-            source->brush[static_cast<size_t>(b)]->IsInVoxel(min, max))
+    for (const int b : GetOctalLeaf(parent).brush_list)
+        if (IsInVoxel(build_brushes[static_cast<size_t>(b)], min, max))
             leaf.brush_list.push_back(b);
-    }
     if (leaf.brush_list.empty())
         leaf.type = OCTAL_EMPTY;
     else if (leaf.size <= TERMINAL_SIZE || leaf.brush_list.size() <= TERMINAL_BRUSHES)

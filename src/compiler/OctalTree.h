@@ -62,12 +62,19 @@ private:
     BuildResult ChildLeafRecursive(int parent, const D3DVECTOR& min, const D3DVECTOR& max);
     BuildResult AddChildren(int parent);
 
-    struct BrushBox {
-        D3DVECTOR min, max;
+    struct BuildTriangle {
+        D3DVECTOR v[3], normal;
     };
-    // During the build. The boxes stand side by side: nearly all brushes of a leaf are rejected by them.
-    const World* source = nullptr;
-    std::vector<BrushBox> brush_boxes;
+    struct BuildBrush {
+        D3DVECTOR min, max; // its box
+        size_t first_triangle, triangle_count;
+    };
+    void CopyBrushes(const World& world);
+    bool IsInVoxel(const BuildBrush& brush, const D3DVECTOR& min, const D3DVECTOR& max) const; // as Brush::IsInVoxel
+
+    // During the build: flat copies, side by side, as every brush is looked at again on each level of the tree.
+    std::vector<BuildBrush> build_brushes;
+    std::vector<BuildTriangle> build_triangles;
     std::function<bool()> build_stopped;
 };
 

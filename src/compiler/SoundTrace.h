@@ -7,14 +7,7 @@
 #include "compiler/StageRunner.h"
 #include "compiler/WorldSubdivide.h"
 
-inline constexpr uint16_t NO_SOUND_PATH = 65535;
 inline constexpr int MAX_SOUND_PORTALS = 255;
-
-struct SoundTraceData {
-    uint16_t distance = NO_SOUND_PATH; // world units, cut; 65535: no path, or longer
-    uint8_t portal_start = 0, portal_end = 0; // the first portal of the path and its last
-};
-static_assert(sizeof(SoundTraceData) == 4);
 
 // Entries for a number of portals: pair (a, b), a above b, stands at a * (a - 1) / 2 + b.
 int SoundTraceCount(int portal_count);

@@ -3,15 +3,21 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "editor/CompileReport.h"
 #include "editor/ConsoleProgress.h"
 #include "editor/Interface.h"
+#include "editor/LevelPlan.h"
+#include "files/AtomicFile.h"
 #include "files/FileFind.h"
 #include "files/FileLibrary.h"
 #include "files/FileObject.h"
+#include "files/Png.h"
 #include "foundation/Desktop.h"
 #include "foundation/Paths.h"
 #include "foundation/StringList.h"
 #include "foundation/Strings.h"
+#include "persistence/WorldFile.h"
+#include "render/ItemBuffer.h"
 
 static void MountFolder(const std::string& folder) {
     StringListClass names;
@@ -47,8 +53,83 @@ static ExitStatus Fail(const std::string& sentence) {
     return EXIT_BAD_INPUT;
 }
 
-ExitStatus CMarrowstead2App::CompileProject(const CommandLine& command_line) {
-    const std::string project = FindProject(command_line.project);
+static bool WriteText(const std::string& path, const std::string& text) {
+    AtomicFile file(path);
+    if (file.IsOpen() && file.Write(text.data(), text.size()) && file.Commit())
+        return true;
+    GetDesktop().Notice(Format("\"%s\" cannot be written: %s", path.c_str(), file.GetError().c_str()));
+    return false;
+}
+
+// Each face of an item buffer as a picture: brushes in colours of their own, portals bright, the background dark.
+static FaceObserver FaceWriter(const std::string& folder) {
+    return [folder](int cell, int eye, int face, const ItemBuffer& buffer) {
+        std::vector<uint8_t> rgb;
+        for (const uint32_t item : buffer.Pixels()) {
+            const uint32_t color = item == ITEM_BACKGROUND ? 0x101018 : (item & ITEM_PORTAL) != 0 ? 0xFFFFFF : DistinctColor(static_cast<int>(item));
+            for (const int shift : {16, 8, 0})
+                rgb.push_back(static_cast<uint8_t>(color >> shift));
+        }
+        WritePng(folder + "/" + Format("cell%03d-eye%05d-face%d.png", cell, eye, face), buffer.Side(), buffer.Side(), rgb);
+    };
+}
+
+static const char* OutcomeWord(CompileOutcome outcome) {
+    switch (outcome) {
+    case CompileOutcome::Written: return "written";
+    case CompileOutcome::Problems: return "problems";
+    case CompileOutcome::Stopped: return "stopped";
+    case CompileOutcome::NotWritten: return "not written";
+    case CompileOutcome::BadInput: break;
+    }
+    return "bad input";
+}
+
+// What was asked for beside the world. False when something could not be written.
+static bool WriteExtras(const CommandLine& command_line, CInterface& interface, CompileOutcome outcome) {
+    bool written = true;
+    if (outcome == CompileOutcome::Problems)
+        std::fputs(interface.problem_solver.TreeText().c_str(), stderr);
+    if (!command_line.problems_file.empty())
+        written &= WriteText(command_line.problems_file, interface.problem_solver.TreeJson(*interface.world));
+    WorldFile world;
+    std::string error;
+    const bool wanted = !command_line.report_file.empty() || !command_line.picture_folder.empty();
+    const bool readable = wanted && outcome == CompileOutcome::Written && ReadWorldFile(interface.TargetFile(), world, error);
+    if (!command_line.report_file.empty())
+        written &= WriteText(command_line.report_file, ReportJson(OutcomeWord(outcome), interface.stage_times, readable ? &world : nullptr));
+    if (!command_line.picture_folder.empty() && readable) {
+        const PlanPicture plan = DrawLevelPlan(world);
+        written &= WritePng(command_line.picture_folder + "/plan.png", plan.width, plan.height, plan.rgb);
+    }
+    return written;
+}
+
+// A file named on the command line, before the data folder becomes the current one.
+static void MakeAbsolute(std::string& path) {
+    std::error_code ignored;
+    if (!path.empty())
+        path = std::filesystem::absolute(path, ignored).string();
+}
+
+static CompileOutcome RunCompile(const CommandLine& command_line, CInterface& interface) {
+    ConsoleProgress progress(stdout, stderr, command_line.progress_bar, command_line.stop_signal);
+    if (!command_line.picture_folder.empty()) {
+        MakeFolders(command_line.picture_folder);
+        interface.face_observer = FaceWriter(command_line.picture_folder);
+    }
+    const CompileOutcome outcome = command_line.kind == CompileKind::World
+                                       ? interface.Compile(progress)
+                                       : interface.CompileEntities(progress, command_line.kind == CompileKind::EntitiesAndVisibility);
+    std::fputs("\n", stdout);
+    std::fflush(stdout);
+    return outcome;
+}
+
+ExitStatus CMarrowstead2App::CompileProject(CommandLine command_line) {
+    command_line.project = FindProject(command_line.project);
+    for (std::string* path : {&command_line.problems_file, &command_line.report_file, &command_line.picture_folder})
+        MakeAbsolute(*path);
     if (!command_line.data_folder.empty()) {
         std::error_code failure;
         std::filesystem::current_path(command_line.data_folder, failure);
@@ -65,17 +146,17 @@ ExitStatus CMarrowstead2App::CompileProject(const CommandLine& command_line) {
     MountLibraries();
     interface.Init();
     interface.InitEditor();
-    if (!interface.LoadProject(nullptr, project, error))
+    if (!interface.LoadProject(nullptr, command_line.project, error))
         return Fail(error);
 
-    ConsoleProgress progress(stdout, stderr, command_line.progress_bar, command_line.stop_signal);
-    const CompileOutcome outcome = interface.Compile(progress);
-    std::fputs("\n", stdout);
+    const CompileOutcome outcome = RunCompile(command_line, interface);
+    const bool extras = WriteExtras(command_line, interface, outcome);
     switch (outcome) {
-    case CompileOutcome::Written: return EXIT_WRITTEN;
+    case CompileOutcome::Written: return extras ? EXIT_WRITTEN : EXIT_NOT_WRITTEN;
     case CompileOutcome::Problems: return EXIT_PROBLEMS;
     case CompileOutcome::Stopped: return EXIT_STOPPED;
-    case CompileOutcome::NotWritten: break;
+    case CompileOutcome::NotWritten: return EXIT_NOT_WRITTEN;
+    case CompileOutcome::BadInput: break;
     }
-    return EXIT_NOT_WRITTEN;
+    return EXIT_BAD_INPUT;
 }

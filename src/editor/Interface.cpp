@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "compiler/EntityUpdate.h"
 #include "editor/CompileLog.h"
 #include "files/FileFind.h"
 #include "foundation/Desktop.h"
@@ -85,6 +86,7 @@ CompileOptions CInterface::MakeCompileOptions() const {
     options.create_render_groups = settings.create_render_groups;
     options.clip_box = views.clip_box;
     options.threads = threads;
+    options.face_observer = face_observer;
     return options;
 }
 
@@ -92,14 +94,16 @@ bool CInterface::TargetIsReadOnly(const std::string& target) const {
     return FileExistsOnDisk(target) && access(RealPath(target).c_str(), W_OK) != 0;
 }
 
-static std::string TimeSince(uint32_t start) {
+static std::string TotalTime(uint32_t start, const char* format) {
     int hours = 0, minutes = 0, seconds = 0;
     ConvertTime(GetDesktop().GetTickCount() - start, hours, minutes, seconds);
-    return Format("Total compilation time: %02dh %02dm %02ds", hours, minutes, seconds);
+    char text[64];
+    std::snprintf(text, sizeof text, format, hours, minutes, seconds);
+    return std::string("Total compilation time: ") + text;
 }
 
 CompileOutcome CInterface::Compile(CProgressText& progress) {
-    const std::string target = "Maps\\" + world->map_file + ".few";
+    const std::string target = TargetFile();
     if (TargetIsReadOnly(target)) {
         GetDesktop().MessageBox(Format("Warning target file: \"%s.few\" is read only.\nPlease, remove read-only flag (or use "
                                        "Bindery)\nbefore compiling it.\n", world->map_file.c_str()), "Error");
@@ -115,9 +119,11 @@ CompileOutcome CInterface::Compile(CProgressText& progress) {
     CompileLog log(project_file_has_name ? project_file_name : std::string(), world->map_file);
 
     std::string message;
-    const CompileResult result = CompileWorld(*world, MakeCompileOptions(), target, progress, message);
+    StageTimer timer(progress);
+    const CompileResult result = CompileWorld(*world, MakeCompileOptions(), target, timer, message, &problem_solver);
+    stage_times = timer.Finish();
     const bool stages_ran = result != CompileResult::Problems && result != CompileResult::LimitExceeded;
-    progress.AddText((stages_ran ? "Map compilation finished\r\n" : "") + TimeSince(start));
+    progress.AddText((stages_ran ? "Map compilation finished\r\n" : "") + TotalTime(start, "%02dh %02dm %02ds"));
     log.Finish(progress.GetText());
     compilation_active = false;
     if (!message.empty())
@@ -128,6 +134,25 @@ CompileOutcome CInterface::Compile(CProgressText& progress) {
     case CompileResult::WriteFailed: return CompileOutcome::NotWritten;
     case CompileResult::Problems:
     case CompileResult::LimitExceeded: break;
+    }
+    return CompileOutcome::Problems;
+}
+
+CompileOutcome CInterface::CompileEntities(CProgressText& progress, bool update_ent_visibility) {
+    RemoveFile(TRACE_LOG);
+    const uint32_t start = GetDesktop().GetTickCount();
+    StageTimer timer(progress);
+    const EntityUpdateResult result = ::CompileEntities(*world, MakeCompileOptions(), TargetFile(), update_ent_visibility, timer, problem_solver);
+    stage_times = timer.Finish();
+    progress.AddText("\r\n" + TotalTime(start, "%02d:%02d:%02d"));
+    switch (result) {
+    case EntityUpdateResult::Written: return CompileOutcome::Written;
+    case EntityUpdateResult::Stopped: return CompileOutcome::Stopped;
+    case EntityUpdateResult::WriteFailed: return CompileOutcome::NotWritten;
+    case EntityUpdateResult::NoOldWorld: return CompileOutcome::BadInput;
+    case EntityUpdateResult::Problems:
+    case EntityUpdateResult::BrushesDeleted:
+    case EntityUpdateResult::LimitExceeded: break;
     }
     return CompileOutcome::Problems;
 }

@@ -5,18 +5,21 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "compiler/Compile.h"
+#include "compiler/ProblemSolver.h"
 #include "definitions/ActorDefGroup.h"
 #include "definitions/EntityParser.h"
 #include "definitions/MaterialLibrary.h"
+#include "editor/CompileReport.h"
 #include "editor/EditorSettings.h"
 #include "editor/ProgressText.h"
 #include "foundation/StringList.h"
 #include "persistence/Project.h"
 #include "scene/World.h"
 
-enum class CompileOutcome { Written, Problems, Stopped, NotWritten };
+enum class CompileOutcome { Written, Problems, Stopped, NotWritten, BadInput };
 
 class CInterface {
 public:
@@ -36,9 +39,15 @@ public:
 
     // Compile world: from the safety copy to the log. Boxes tell what went wrong.
     CompileOutcome Compile(CProgressText& progress);
+    // Compile entities: rewrites them in the compiled world, with update_ent_visibility also those of its cells.
+    CompileOutcome CompileEntities(CProgressText& progress, bool update_ent_visibility);
+    std::string TargetFile() const { return "Maps\\" + world->map_file + ".few"; }
 
     EditorSettings settings;
     int threads = 0; // of a compile; 0: all cores
+    FaceObserver face_observer; // sees the item buffers of a compile, when set
+    ProblemSolver problem_solver; // the findings of the last compile
+    std::vector<StageTime> stage_times; // of the last compile
     ActorDefGroups actor_def_groups;
     StringListClass weapon_defs; // names of the weapon definition files
     std::unique_ptr<EntityParser> entity_parser;

@@ -233,6 +233,8 @@ bool UChunkFile::ReadAhead(uint32_t offset, uint32_t length) const {
 }
 
 int UChunkFile::GetChunkHeader(const char* chunk_name, uint32_t chunk_ID, int first_index) const {
+    if (!chunk_name) // any chunk
+        return first_index < GetChunkCount() ? first_index : -1;
     const std::string_view sought = chunk_name;
     const uint32_t fast_search_ID = FastSearchID(sought);
     for (int index = first_index; index < GetChunkCount(); ++index) {
@@ -252,10 +254,7 @@ bool UChunkFile::OpenChunk(const char* chunk_name, uint32_t chunk_ID, ChunkOpenT
         return false;
     current_chunk_mode = type;
     current_chunk_ID = chunk_ID;
-    if (chunk_name)
-        MakeCurrent(GetChunkHeader(chunk_name, chunk_ID, 0));
-    else
-        MakeCurrent(chunk_headers.empty() ? -1 : 0);
+    MakeCurrent(GetChunkHeader(chunk_name, chunk_ID, 0));
     return current_chunk_index >= 0;
 }
 

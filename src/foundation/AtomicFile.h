@@ -10,8 +10,8 @@
 
 class AtomicFile {
 public:
-    // survives_power_loss: Commit waits until the disk has the bytes, some milliseconds. What can be made again at once,
-    // as one of thousands of files, may do without.
+    // survives_power_loss: Commit waits until the disk has the bytes, some milliseconds. What can be made again at
+    // once, as one of thousands of files, may do without.
     explicit AtomicFile(std::string_view data_path, bool survives_power_loss = true);
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;

@@ -168,3 +168,28 @@ TEST(OctalTree, EndsCleanlyAtItsLimits) {
     AddEntityOf(endless, "INFO", {std::numeric_limits<float>::infinity(), 0, 0});
     EXPECT_EQ(tree.BuildOctalTree(endless, {}), OctalTree::BuildResult::NotFinite);
 }
+
+TEST(OctalTree, LeavesListWhatTheBrushesSay) {
+    World world;
+    MakeRootOf1024(world);
+    Dice dice(21);
+    for (int k = 0; k < 300; ++k) {
+        const D3DVECTOR corner = dice.Point(400);
+        const D3DVECTOR size{dice.Between(0, 90), dice.Between(0, 90), dice.Between(0, 90)};
+        AddShape(world, k % 3 ? BT_BOX : BT_CYLINDER, corner, corner + size);
+    }
+    const OctalTree tree = Build(world);
+    for (const OCTAL_LEAF& leaf : tree.octal_tree) {
+        std::vector<int> expected;
+        for (int b = 0; b < world.GetBrushCount(); ++b) {
+            bool reaches = true; // the leaf and all above it
+            for (const OCTAL_LEAF* cube = &leaf; cube->parent >= 0 && reaches; cube = &tree.GetOctalLeaf(cube->parent))
+                reaches = world.brush[static_cast<size_t>(b)]->IsInVoxel(cube->min, cube->max);
+            if (reaches)
+                expected.push_back(b);
+        }
+        if (leaf.type != OCTAL_NODE) {
+            ASSERT_EQ(leaf.brush_list, expected);
+        }
+    }
+}

@@ -1,0 +1,97 @@
+// The quick update of entities in a compiled world.
+#include <gtest/gtest.h>
+
+#include "compiler/Compile.h"
+#include "compiler/EntityUpdate.h"
+#include "compiler/Levels.h"
+#include "foundation/Desktop.h"
+#include "foundation/TempFolder.h"
+#include "persistence/WorldFile.h"
+
+class EntityUpdateTest : public testing::Test {
+protected:
+    EntityUpdateTest() : current(folder.Path()) {
+        SetDesktop(&desktop);
+        std::filesystem::create_directory("Maps");
+        AddMaterialRow(world, "stone");
+        AddShape(world, BT_BOX, {0, 0, 0}, {64, 64, 64}).name = "crate";
+        AddShape(world, BT_BOX, {100, 0, 0}, {164, 64, 64});
+        AddLight(world, {80, 100, 0}, 300);
+        options.save_finalmap = true;
+        std::string message;
+        EXPECT_EQ(CompileWorld(world, options, TARGET, progress, message), CompileResult::Written) << message;
+    }
+    ~EntityUpdateTest() override { SetDesktop(nullptr); }
+
+    EntityUpdateResult Update(bool visibility) { return CompileEntities(world, options, TARGET, visibility, progress, problems); }
+    WorldFile Read() {
+        WorldFile file;
+        std::string error;
+        EXPECT_TRUE(ReadWorldFile(TARGET, file, error)) << error;
+        return file;
+    }
+
+    static constexpr const char* TARGET = "Maps\\small.few";
+    TempFolder folder;
+    CurrentFolder current;
+    HeadlessDesktop desktop;
+    TestMaterials materials;
+    World world{&materials};
+    CompileOptions options;
+    CompileProgress progress;
+    ProblemSolver problems;
+};
+
+TEST_F(EntityUpdateTest, EntitiesAndConstantsFollowTheRestStays) {
+    const WorldFile before = Read();
+    AddEntityOf(world, "CORONA", {9, 8, 7});
+    Brush& crate = *world.brush[0];
+    crate.name = "barrel";
+    crate.elasticity = 0.75f;
+    crate.AddLinkedObjectID(world.entity[0]->GetObjectID());
+    world.map_name = "Renamed";
+    ASSERT_EQ(Update(false), EntityUpdateResult::Written);
+    const WorldFile after = Read();
+    ASSERT_EQ(after.entities.size(), 2u);
+    EXPECT_EQ(after.entities[1].type, "CORONA");
+    EXPECT_EQ(after.map_name, "Renamed");
+    EXPECT_EQ(after.brushes[0].name, "barrel");
+    EXPECT_EQ(after.brushes[0].links, std::vector<uint32_t>{world.entity[0]->GetObjectID()});
+    EXPECT_EQ(after.brushes[0].surface_count, 6);
+    EXPECT_EQ(after.brushes[0].surfaces[0].vertices, before.brushes[0].surfaces[0].vertices);
+    EXPECT_EQ(after.brushes[0].physics.elasticity, 0.75f);
+    EXPECT_EQ(after.brushes[0].physics.points, before.brushes[0].physics.points);
+    EXPECT_EQ(after.brushes[0].physics.I, before.brushes[0].physics.I);
+    EXPECT_EQ(after.lightmap_pages, before.lightmap_pages);
+    EXPECT_EQ(after.cells[0].entities, before.cells[0].entities) << "without visibility the cells stay";
+    EXPECT_TRUE(std::filesystem::exists("Maps/small.bkp"));
+}
+
+TEST_F(EntityUpdateTest, WithVisibilityTheCellsFollow) {
+    AddEntityOf(world, "CORONA", {9, 8, 7});
+    ASSERT_EQ(Update(true), EntityUpdateResult::Written);
+    const WorldFile after = Read();
+    ASSERT_EQ(after.cells.size(), 1u);
+    EXPECT_EQ(after.cells[0].entities, (std::vector<int32_t>{0, 1}));
+    EXPECT_EQ(after.cells[0].objects, (std::vector<int32_t>{0, 1}));
+    EXPECT_EQ(after.cells[0].render_groups.size(), 2u);
+}
+
+TEST_F(EntityUpdateTest, ADeletedBrushAsksForAFullCompile) {
+    const std::string before = ReadBytes("Maps/small.few");
+    world.DeleteBrush(1);
+    EXPECT_EQ(Update(false), EntityUpdateResult::BrushesDeleted);
+    ASSERT_EQ(desktop.boxes.size(), 1u);
+    EXPECT_EQ(desktop.boxes[0].text, "Critical error! Some brushes which are in saved map were deleted.\nPlease, recompile whole project.");
+    EXPECT_TRUE(ReadBytes("Maps/small.few") == before);
+}
+
+TEST_F(EntityUpdateTest, WithoutAnOldWorldThereIsNothingToUpdate) {
+    std::filesystem::remove("Maps/small.few");
+    WriteBytes("Maps/small.bkp", "an older copy");
+    EXPECT_EQ(Update(false), EntityUpdateResult::NoOldWorld);
+    ASSERT_EQ(desktop.boxes.size(), 1u);
+    EXPECT_EQ(desktop.boxes[0].title, "Compile entity error");
+    EXPECT_FALSE(std::filesystem::exists("Maps/small.few"));
+    EXPECT_EQ(ReadBytes("Maps/small.bkp"), "an older copy");
+}
