@@ -2,8 +2,13 @@
 // crates and arches, and a light in each.
 #include <atomic>
 #include <benchmark/benchmark.h>
+#include <cstring>
 #include <map>
 #include <memory>
+
+#ifdef MARROWSTEAD_EMBREE
+#include <embree3/rtcore.h>
+#endif
 
 #include "compiler/Lighting.h"
 #include "compiler/LightingStage.h"
@@ -188,5 +193,63 @@ void BM_LightmapSamples(benchmark::State& bench) {
     bench.SetItemsProcessed(static_cast<int64_t>(samples));
 }
 BENCHMARK(BM_LightmapSamples)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+#ifdef MARROWSTEAD_EMBREE
+// The yardstick: Embree 3 on the same triangles and segments, one segment at a time.
+RTCScene EmbreeScene(RTCDevice device, const World& world) {
+    RTCScene scene = rtcNewScene(device);
+    RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
+    std::vector<D3DVECTOR> corners;
+    for (const auto& brush : world.brush)
+        brush->ForEachSurface([&](const Surface& surface, int, bool) {
+            for (const TRIANGLE& triangle : surface.tri_indices)
+                for (const uint16_t index : triangle.i)
+                    corners.push_back(surface.vertices[index]);
+        });
+    void* vertices = rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3, sizeof(D3DVECTOR), corners.size());
+    std::memcpy(vertices, corners.data(), corners.size() * sizeof(D3DVECTOR));
+    auto* indices = static_cast<unsigned*>(rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, 3 * sizeof(unsigned), corners.size() / 3));
+    for (unsigned k = 0; k < corners.size(); ++k)
+        indices[k] = k;
+    rtcCommitGeometry(geometry);
+    rtcAttachGeometry(scene, geometry);
+    rtcReleaseGeometry(geometry);
+    rtcCommitScene(scene);
+    return scene;
+}
+
+void BM_ShadowEmbree(benchmark::State& bench) {
+    const std::vector<Segment>& segments = LightingSegments();
+    RTCDevice device = rtcNewDevice(nullptr);
+    RTCScene scene = EmbreeScene(device, SharedLevel().world);
+    const auto threads = static_cast<int>(bench.range(0));
+    constexpr int PIECES = 64;
+    constexpr float BIAS = 8; // a blocker nearer to the sample does not count
+    std::atomic<size_t> blocked{0};
+    for (auto _ : bench)
+        ParallelFor(PIECES, threads, [&](int piece, int) {
+            size_t found = 0;
+            const size_t first = segments.size() * static_cast<size_t>(piece) / PIECES, end = segments.size() * static_cast<size_t>(piece + 1) / PIECES;
+            RTCIntersectContext context;
+            rtcInitIntersectContext(&context);
+            for (size_t k = first; k < end; ++k) {
+                const D3DVECTOR &from = segments[k].light, along = segments[k].sample - from;
+                RTCRay ray{};
+                ray.org_x = from.x, ray.org_y = from.y, ray.org_z = from.z;
+                ray.dir_x = along.x, ray.dir_y = along.y, ray.dir_z = along.z;
+                ray.tfar = 1 - BIAS / Magnitude(along);
+                ray.mask = ~0u;
+                rtcOccluded1(scene, &context, &ray);
+                found += ray.tfar < 0;
+            }
+            blocked += found;
+        });
+    bench.SetItemsProcessed(static_cast<int64_t>(bench.iterations()) * static_cast<int64_t>(segments.size()));
+    bench.counters["blocked"] = static_cast<double>(blocked) / static_cast<double>(bench.iterations()) / static_cast<double>(segments.size());
+    rtcReleaseScene(scene);
+    rtcReleaseDevice(device);
+}
+BENCHMARK(BM_ShadowEmbree)->Arg(1)->Arg(2)->UseRealTime()->Unit(benchmark::kMillisecond);
+#endif
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "compiler/CompiledWorld.h"
 #include "compiler/Lighting.h"
 #include "compiler/LightingStage.h"
+#include "compiler/SoundTrace.h"
 #include "compiler/StageRunner.h"
 #include "compiler/WorldSubdivide.h"
 #include "foundation/Desktop.h"
@@ -18,12 +19,18 @@ public:
           ws(compiled_world, options) {}
 
     CompileResult Run(const std::string& target);
+    ProblemSolver TakeProblems() { return std::move(ws.problem_solver); }
 
 private:
     CompileResult RunStages(const std::string& target);
     void StartCompilation();
     CompileResult BuildTree();
     CompileResult SubdivideWorld();
+    CompileResult DivideIntoCells();
+    CompileResult FindPortalVisibility();
+    CompileResult FindProblems();
+    CompileResult TraceSound();
+    CompileResult GroupBrushes();
     CompileResult SaveMap(const std::string& target);
     CompileResult Limit(std::string sentence) {
         message = std::move(sentence);
@@ -81,12 +88,95 @@ CompileResult CompileRun::BuildTree() {
 CompileResult CompileRun::SubdivideWorld() {
     ws.PrepareBrushes();
     progress.AddText("Creating Cells...");
+    if (options.subdivide_world)
+        return DivideIntoCells();
     const uint32_t start = GetDesktop().GetTickCount();
     ws.CreateWorldCell();
     progress.AddText("\t\t-> " + TimeSince(start) + "\r\n\r\n");
     progress.AddText("1 Cell(s) created\r\n\r\n");
+    return GroupBrushes();
+}
+
+CompileResult CompileRun::DivideIntoCells() {
+    const uint32_t start = GetDesktop().GetTickCount();
+    std::string sentence;
+    if (ws.CreatePortalsAndEyes(sentence) == SubdivideResult::LimitReached)
+        return Limit(std::move(sentence));
+    progress.InitProgress(static_cast<int>(ws.cell.size()));
+    CellTimes times;
+    if (ws.CreateCells(progress, times) == SubdivideResult::Stopped)
+        return CompileResult::Stopped;
+    progress.AddText("\t\t-> " + TimeSince(start) + "\r\n");
+    const auto detection = [this](const char* of_what, uint32_t milliseconds) {
+        int hours, minutes, seconds;
+        ConvertTime(milliseconds, hours, minutes, seconds);
+        progress.AddText(Format("....detection of %s took %02dh %02dm %02ds\r\n", of_what, hours, minutes, seconds));
+    };
+    detection("brushes", times.brushes);
+    detection("entities", times.entities);
+    for (const auto stage : {&CompileRun::FindPortalVisibility, &CompileRun::FindProblems, &CompileRun::TraceSound})
+        if (const CompileResult result = (this->*stage)(); result != CompileResult::Written)
+            return result;
+    ws.MarkMultiCellBrushes();
+    return GroupBrushes();
+}
+
+CompileResult CompileRun::FindPortalVisibility() {
+    const int portals = static_cast<int>(ws.portal.size());
+    progress.AddText("Portal Visibility...");
+    progress.InitProgress(2 * portals);
+    const uint32_t start = GetDesktop().GetTickCount();
+    StopPoll poll(progress);
+    for (int index = 0; index < portals; ++index)
+        for (int side = 0; side < 2; ++side) {
+            if (poll.Stopped())
+                return CompileResult::Stopped;
+            progress.IncrementProgress(1);
+            ws.PortalVisibility(index, side);
+        }
+    progress.AddText("\t\t-> " + TimeSince(start) + "\r\n\r\n");
+    progress.AddText(Format("%d Cell(s) created\r\n", static_cast<int>(ws.cell.size())));
+    return CompileResult::Written;
+}
+
+// With a clip box there are no problems: what is missing is outside.
+CompileResult CompileRun::FindProblems() {
+    ws.FindWrongEntities();
+    if (options.clip_box_compilation) {
+        const auto empty_cell = static_cast<int32_t>(ws.cell.size()) + 1; // the last of those that AddRemovedCells adds
+        for (PORTAL& portal : ws.portal)
+            for (int32_t& cell : portal.cell)
+                if (cell == -1)
+                    cell = empty_cell;
+        return CompileResult::Written;
+    }
+    if (!ws.problem_solver.ShowProblems(world))
+        return CompileResult::Written;
+    progress.AddText("\r\n!!!! Compilation problems found !!!!\r\n\r\n");
+    return CompileResult::Problems;
+}
+
+CompileResult CompileRun::TraceSound() {
+    if (options.clip_box_compilation)
+        return CompileResult::Written;
+    const int portals = static_cast<int>(ws.portal.size());
+    if (portals > MAX_SOUND_PORTALS)
+        GetDesktop().MessageBox("There are more portals than 255. Please, reduce them to have proper sound tracing\n",
+                                "Error");
+    progress.AddText("Sound tracing...");
+    progress.InitProgress(SoundTraceCount(portals));
+    const uint32_t start = GetDesktop().GetTickCount();
+    if (!CountSoundData(ws, ws.snd_trace_data, progress))
+        return CompileResult::Stopped;
+    progress.AddText("\t\t-> " + TimeSince(start) + "\r\n");
+    return CompileResult::Written;
+}
+
+CompileResult CompileRun::GroupBrushes() {
     progress.AddText("Creating Render Groups...\r\n");
-    if (!ws.GroupBrushes())
+    if (options.subdivide_world)
+        progress.InitProgress(static_cast<int>(ws.cell.size()));
+    if (!ws.GroupBrushes(options.subdivide_world ? &progress : nullptr))
         return Limit(Format("The level needs more than %d render groups: switch Render Groups on, or join brushes.",
                             MAX_RENDER_GROUPS));
     return progress.CompilationCancelled() ? CompileResult::Stopped : CompileResult::Written;
@@ -129,8 +219,6 @@ CompileResult CompileRun::RunStages(const std::string& target) {
 }
 
 CompileResult CompileRun::Run(const std::string& target) {
-    if (options.subdivide_world)
-        return Limit("World Subdivision is not available yet: switch it off and compile again.");
     const CompileResult result = RunStages(target);
     if (result != CompileResult::Written) { // a stage may have ended early: nothing half-made stays
         SetCurveDetail(world, world.curve_detail, options.threads);
@@ -143,7 +231,11 @@ CompileResult CompileRun::Run(const std::string& target) {
 } // namespace
 
 CompileResult CompileWorld(World& world, const CompileOptions& options, const std::string& target,
-                           CompileProgress& progress, std::string& message) {
+                           CompileProgress& progress, std::string& message, ProblemSolver* problems) {
     message.clear();
-    return CompileRun(world, options, progress, message).Run(target);
+    CompileRun run(world, options, progress, message);
+    const CompileResult result = run.Run(target);
+    if (problems)
+        *problems = run.TakeProblems();
+    return result;
 }

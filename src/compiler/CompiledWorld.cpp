@@ -1,6 +1,7 @@
 #include "compiler/CompiledWorld.h"
 
 #include "compiler/LightmapPages.h"
+#include "compiler/WorldRecords.h"
 #include "files/ChunkFile.h"
 #include "foundation/Desktop.h"
 #include "persistence/Records.h"
@@ -58,7 +59,6 @@ private:
     void WriteCell(const CELL& cell);
     void WriteOccluder(const OCCLUDER& occluder);
     void WriteOctalTree();
-    void WriteGames();
     void WriteDecals();
     void WriteActorGroups();
 
@@ -85,10 +85,7 @@ bool CompiledWorldWriter::WriteAll() {
                                .WriteTo(file);
                        }) &&
            WriteChunks("EntityData", 0, world.entity.size(),
-                       [&](size_t e) {
-                           WriteEntityArrays(file, *world.entity[e]);
-                           file.WriteValue(world.entity[e]->GetObjectID());
-                       }) &&
+                       [&](size_t e) { WriteWorldEntity(file, *world.entity[e]); }) &&
            WriteChunks("PortalData", 0, ws.portal.size(), [&](size_t p) { WritePortal(ws.portal[p]); }) &&
            WriteChunks("CellData", 0, ws.cell.size(), [&](size_t c) { WriteCell(ws.cell[c]); }) &&
            WriteChunks("RenderGroup", 0, ws.render_group.size(),
@@ -99,8 +96,8 @@ bool CompiledWorldWriter::WriteAll() {
                        }) &&
            WriteChunks("OccluderData", 0, ws.occluder.size(), [&](size_t o) { WriteOccluder(ws.occluder[o]); }) &&
            WriteChunk("OctalTree", 0, [&] { WriteOctalTree(); }) &&
-           WriteChunk("SoundTraceData", 0, [&] { file.WriteArray(nullptr, 0); }) &&
-           WriteChunk("MPGames", NO_CHUNK_ID, [&] { WriteGames(); }) &&
+           WriteChunk("SoundTraceData", 0, [&] { file.WriteValues(ws.snd_trace_data); }) &&
+           WriteChunk("MPGames", NO_CHUNK_ID, [&] { WriteWorldGames(file, world); }) &&
            WriteChunk("Decals", NO_CHUNK_ID, [&] { WriteDecals(); }) &&
            WriteChunk("AIGroups", NO_CHUNK_ID, [&] { WriteActorGroups(); });
 }
@@ -108,21 +105,7 @@ bool CompiledWorldWriter::WriteAll() {
 void CompiledWorldWriter::WriteBrushInfo(const Brush& brush) {
     int32_t kept = 0;
     ForEachKept(brush, [&](const Surface&, bool) { ++kept; });
-    const int links = brush.GetLinkedObjectsCount();
-    RecordWriter record;
-    record.Put(static_cast<uint32_t>(brush.type))
-        .Put(brush.properties)
-        .Put(PackColor(brush.color_vector))
-        .Put(brush.color_vector);
-    record.Put(kept).Put(links).Put(brush.GetObjectID()).Put(static_cast<int32_t>(brush.energy));
-    record.Put(brush.mass).Put(brush.coll_dmg).Put(brush.touch_dmg).Put(brush.terrain_vertex_size);
-    record.Put(Count(brush.name.size())).Put(Count(brush.death_particle.size()));
-    record.Put(static_cast<uint8_t>(brush.link_action)).WriteTo(file);
-    if (links > 0)
-        file.WriteArray(brush.linked_objects.GetListPtr(), static_cast<size_t>(links) * sizeof(uint32_t));
-    for (const std::string* text : {&brush.name, &brush.death_particle})
-        if (!text->empty())
-            file.WriteArray(text->data(), text->size());
+    WriteBrushHeader(file, brush, kept);
     ForEachKept(brush, [&](const Surface& surface, bool curved) { WriteSurfaceInfo(brush, surface, curved); });
 }
 
@@ -229,9 +212,12 @@ void CompiledWorldWriter::WritePortal(const PORTAL& portal) {
     record.Put(portal.bounds).Put(portal.pivot).Put(portal.partindices).Put(portal.normal);
     record.Put(POINTER_IN_FILE).Put(POINTER_IN_FILE).Put(Count(portal.PVP[0].size())).Put(Count(portal.PVP[1].size()));
     record.Put(portal.portalowner).Put(portal.cell).WriteTo(file);
-    for (const std::vector<int32_t>& side : portal.PVP)
+    for (const std::vector<int32_t>& side : portal.PVP) { // one array of leaves each, also when empty
+        RecordWriter leaves;
         for (const int32_t reached : side)
-            RecordWriter().Put(reached).Put(std::array<int32_t, 3>{}).WriteTo(file);
+            leaves.Put(reached).Put(std::array<int32_t, 3>{}); // parent, cell and depth have no meaning
+        leaves.WriteTo(file);
+    }
 }
 
 void CompiledWorldWriter::WriteCell(const CELL& cell) {
@@ -270,13 +256,6 @@ void CompiledWorldWriter::WriteOctalTree() {
             WriteIndices(leaf.brush_list);
     }
     ws.tree.octal_tree.clear();
-}
-
-void CompiledWorldWriter::WriteGames() {
-    file.WriteString(world.map_name);
-    file.WriteValue(Count(world.mp_games.size()));
-    for (const std::string& game : world.mp_games)
-        file.WriteString(game);
 }
 
 void CompiledWorldWriter::WriteDecals() {

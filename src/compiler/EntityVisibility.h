@@ -2,31 +2,14 @@
 // into the item buffer an eye sees.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "compiler/CellSight.h"
 #include "compiler/OctalTree.h"
 #include "compiler/StageRunner.h"
-#include "compiler/WorldSubdivide.h"
-
-struct PortalFinding {
-    uint32_t portal_id;
-    int side;
-    uint32_t eye_id;
-};
-struct OneCellFinding {
-    uint32_t entity_id, eye_id;
-};
-
-// What the work on one cell found, put together in cell order once all are done.
-struct CellFindings {
-    std::vector<PortalFinding> portals;
-    std::vector<OneCellFinding> one_cell_entities;
-    std::vector<int32_t> entities;
-    std::vector<std::string> log; // lines of the traced entity
-    CellTimes times;
-};
 
 // Flat copies of what rays can hit and of what is asked of entities, made once before the threads start.
 class VisibilityScene {
@@ -42,25 +25,27 @@ public:
         int first_triangle = 0, triangle_count = 0;
         uint32_t object_id = NO_OBJECT_ID;
         bool hides_entities = false, hides_triangles = false;
+        bool can_be_seen = false; // by TestEyeVisibility
     };
     struct EntityRow {
         bool traced = false, clipped = false, is_eye = false, one_cell_only = false;
-        bool has_eye = false; // linked to an eye
-        int eye = -1;         // which: the first one, -1 when it is not in the world
-        int default_kind = -1, world_default_kind = -1; // of a type that every cell has, one of the world's
+        bool has_eye = false;  // linked to an eye
+        int eye = -1;          // which: the first one, -1 when it is not in the world
+        int default_kind = -1; // one of the types that every cell has
     };
     static constexpr int DEFAULT_KINDS = 3;
 
     const WorldSubdivide& ws;
     std::vector<RayTriangle> triangles;
-    std::vector<RayBrush> brushes;  // by brush
-    std::vector<RayBrush> portals;  // by portal
-    std::vector<EntityRow> entities; // by entity
+    std::vector<RayBrush> brushes;                              // by brush
+    std::vector<RayBrush> portals;                              // by portal
+    std::vector<EntityRow> entities;                            // by entity
+    std::array<std::vector<int>, DEFAULT_KINDS> world_defaults; // by kind: the entities that serve cells without one
 
 private:
     void AddBrush(const Brush& brush);
     void AddPortal(const PORTAL& portal);
-    EntityRow MakeRow(const Entity& entity) const;
+    void AddEntities();
 };
 
 // The rays of one worker.
@@ -80,14 +65,13 @@ public:
                                 const D3DVECTOR& direction);
 
 private:
-    void AddEntity(CellFindings& found, int entity, int eye) const;
+    void ProcessEntity(CellFindings& found, int c, int e);
+    bool IsSeen(const D3DVECTOR& eye, const D3DVECTOR& entity);
     void AddWorldDefaults(CellFindings& found) const;
-    bool IsSeen(int entity, int eye);
-    // True if one of the brushes along the segment that take part hits it.
+    // True if one of the brushes that take part hides target from position.
     template <class TakesPart>
-    bool BrushesHide(const D3DVECTOR& position, const D3DVECTOR& direction, TakesPart&& takes_part);
+    bool BrushesHide(const D3DVECTOR& position, const D3DVECTOR& target, TakesPart&& takes_part);
     bool PortalsHide(const D3DVECTOR& position, const D3DVECTOR& direction);
-    void Trace(const std::string& line);
 
     const VisibilityScene& scene;
     const StageState& state;

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "compiler/WorldSubdivide.h"
+#include "foundation/Desktop.h"
 
 namespace {
 
@@ -58,16 +59,58 @@ bool WorldSubdivide::AddRenderGroup(Selection group) {
     return true;
 }
 
-bool WorldSubdivide::GroupBrushes() {
-    for (size_t c = 0; c < cell.size(); ++c)
+void WorldSubdivide::MarkMultiCellBrushes() {
+    for (const auto& brush : world.brush) {
+        brush->multi_cell = false;
+        brush->render_group = -1;
+    }
+    std::vector<bool> listed(world.brush.size());
+    for (const CELL& listing : cell)
+        for (const int b : listing.objects) {
+            if (listed[static_cast<size_t>(b)])
+                world.brush[static_cast<size_t>(b)]->multi_cell = true;
+            listed[static_cast<size_t>(b)] = true;
+        }
+}
+
+bool WorldSubdivide::GroupBrushes(CompileProgress* progress) {
+    for (size_t c = 0; c < cell.size(); ++c) {
         if (!CreateRenderGroups(static_cast<int>(c)))
             return false;
+        if (progress)
+            progress->IncrementProgress(1);
+    }
+    if (!GroupMultiCellBrushes())
+        return false;
     for (int b = 0; b < world.GetBrushCount(); ++b)
         if (world.brush[static_cast<size_t>(b)]->HasProperty(BP_ENVIRONMENT) && !AddRenderGroup(GroupOfOne(b)))
             return false;
     for (size_t group = 0; group < render_group.size(); ++group)
-        for (const int b : render_group[group])
-            world.brush[static_cast<size_t>(b)]->render_group = static_cast<int32_t>(group);
+        for (const int b : render_group[group]) {
+            Brush& brush = *world.brush[static_cast<size_t>(b)];
+            if (options.subdivide_world && brush.render_group != -1)
+                GetDesktop().MessageBox("Brush in multiple groups", "Error");
+            brush.render_group = static_cast<int32_t>(group);
+        }
+    return true;
+}
+
+// A group for each brush of several cells, which all of them list.
+bool WorldSubdivide::GroupMultiCellBrushes() {
+    std::vector<std::vector<int>> listing(world.brush.size()); // cells
+    for (size_t c = 0; c < cell.size(); ++c)
+        for (const int b : cell[c].objects)
+            if (world.brush[static_cast<size_t>(b)]->multi_cell)
+                listing[static_cast<size_t>(b)].push_back(static_cast<int>(c));
+    for (size_t b = 0; b < listing.size(); ++b) {
+        if (listing[b].empty())
+            continue;
+        const auto group = static_cast<int32_t>(render_group.size());
+        if (!AddRenderGroup(GroupOfOne(static_cast<int>(b))))
+            return false;
+        for (const int c : listing[b])
+            cell[static_cast<size_t>(c)].render_group_list.push_back(group);
+    }
     return true;
 }
 

@@ -17,27 +17,41 @@ void WorldSubdivide::PrepareBrushes() {
     }
     for (const auto& entity : world.entity)
         entity->cell = -1;
+    cell.clear();
+    cell_eye.clear();
+    portal.clear();
+    occluder.clear();
+    render_group.clear();
+    removed_brush_list.clear();
+    removed_entity_list.clear();
+    snd_trace_data.clear();
+    problem_solver.Reset();
+}
+
+bool WorldSubdivide::IsClipped(const Brush& brush) const {
+    return options.clip_box_compilation && !BoxesOverlap(brush.bbox, options.clip_box);
+}
+
+bool WorldSubdivide::IsClipped(const D3DVECTOR& position) const {
+    return options.clip_box_compilation &&
+           !s_math.PointInBox(BoxMin(options.clip_box), BoxMax(options.clip_box), position);
 }
 
 void WorldSubdivide::CreateWorldCell() {
     CELL& whole = cell.emplace_back();
     whole.can_see_outside = true;
-    const D3DVECTOR &clip_min = BoxMin(options.clip_box), &clip_max = BoxMax(options.clip_box);
     for (int b = 0; b < world.GetBrushCount(); ++b) {
         const Brush& brush = *world.brush[static_cast<size_t>(b)];
         if (brush.IsPortalOrOccluder() || brush.HasProperty(NOT_IN_CELL))
             continue;
-        const bool removed = options.clip_box_compilation &&
-                             !s_math.BoxBoxIntersect(BoxMin(brush.bbox), BoxMax(brush.bbox), clip_min, clip_max);
-        (removed ? removed_brush_list : whole.objects).push_back(b);
+        (IsClipped(brush) ? removed_brush_list : whole.objects).push_back(b);
     }
     for (int e = 0; e < world.GetEntityCount(); ++e) {
         Entity& entity = *world.entity[static_cast<size_t>(e)];
         if (entity.IsType("VISIBILITY_EYE"))
             continue;
         entity.cell = 0;
-        const bool removed = options.clip_box_compilation && !s_math.PointInBox(clip_min, clip_max, entity.position);
-        (removed ? removed_entity_list : whole.entities).push_back(e);
+        (IsClipped(entity.position) ? removed_entity_list : whole.entities).push_back(e);
     }
     IndexCells();
 }

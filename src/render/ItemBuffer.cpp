@@ -9,21 +9,26 @@ namespace {
 
 constexpr int SUBPIXELS = 256;
 constexpr int CENTRE = SUBPIXELS / 2; // of a pixel
-constexpr float GUARD = 4.0f;         // how many times the field of view may be reached without a cut
+constexpr double GUARD = 4;           // how many times the field of view may be reached without a cut
+
+// View space. Doubles, so that a cut of a triangle that reaches far stays on its edge.
+struct Point {
+    double x, y, z;
+};
 
 // Signed distances from the planes of a cut; points at 0 and above are inside.
-float FromNear(const D3DVECTOR& p, float zn) { return p.z - zn; }
-float FromRight(const D3DVECTOR& p, float) { return GUARD * p.z - p.x; }
-float FromLeft(const D3DVECTOR& p, float) { return GUARD * p.z + p.x; }
-float FromTop(const D3DVECTOR& p, float) { return GUARD * p.z - p.y; }
-float FromBottom(const D3DVECTOR& p, float) { return GUARD * p.z + p.y; }
+double FromNear(const Point& p, double zn) { return p.z - zn; }
+double FromRight(const Point& p, double) { return GUARD * p.z - p.x; }
+double FromLeft(const Point& p, double) { return GUARD * p.z + p.x; }
+double FromTop(const Point& p, double) { return GUARD * p.z - p.y; }
+double FromBottom(const Point& p, double) { return GUARD * p.z + p.y; }
 
 bool IsFinite(const D3DVECTOR& p) { return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z); }
 
 // 1/256 pixels, halves up. The shift makes the number positive, so that the conversion rounds down.
-int64_t ToSubpixels(float pixels) {
+int64_t ToSubpixels(double pixels) {
     constexpr int64_t SHIFT = int64_t{1} << 32;
-    return static_cast<int64_t>(static_cast<double>(pixels) * SUBPIXELS + 0.5 + static_cast<double>(SHIFT)) - SHIFT;
+    return static_cast<int64_t>(pixels * SUBPIXELS + 0.5 + static_cast<double>(SHIFT)) - SHIFT;
 }
 
 // Rounded up; divisor above 0.
@@ -58,13 +63,13 @@ struct ScreenEdge {
 
 struct ItemBuffer::Polygon {
     static constexpr int MOST = 3 + 5; // every plane of a cut adds one corner at most
-    D3DVECTOR corners[MOST];
+    Point corners[MOST];
     int count = 0;
 
-    using Distance = float (*)(const D3DVECTOR&, float);
-    void CutAt(Distance distance, float zn) {
-        D3DVECTOR source[MOST];
-        float from[MOST];
+    using Distance = double (*)(const Point&, double);
+    void CutAt(Distance distance, double zn) {
+        Point source[MOST];
+        double from[MOST];
         bool cut = false;
         for (int k = 0; k < count; ++k) {
             source[k] = corners[k];
@@ -81,8 +86,9 @@ struct ItemBuffer::Polygon {
                 corners[count++] = source[k];
             if ((from[k] < 0) != (from[next] < 0) && count < MOST) {
                 const int in = from[k] < 0 ? next : k, out = from[k] < 0 ? k : next;
-                const float t = from[in] / (from[in] - from[out]);
-                corners[count++] = source[in] + (source[out] - source[in]) * t;
+                const double t = from[in] / (from[in] - from[out]);
+                const Point &a = source[in], &b = source[out];
+                corners[count++] = {a.x + (b.x - a.x) * t, a.y + (b.y - a.y) * t, a.z + (b.z - a.z) * t};
             }
         }
     }
@@ -113,15 +119,15 @@ D3DVECTOR ItemBuffer::ToView(const D3DVECTOR& p) const {
 bool ItemBuffer::IsOutside(const D3DVECTOR (&corners)[3]) const {
     const auto all = [&corners](auto&& test) { return test(corners[0]) && test(corners[1]) && test(corners[2]); };
     return all([this](const D3DVECTOR& p) { return p.z < zn; }) ||
-           all([this](const D3DVECTOR& p) { return p.z > zf; }) ||
-           all([](const D3DVECTOR& p) { return p.x > p.z; }) || all([](const D3DVECTOR& p) { return p.x < -p.z; }) ||
-           all([](const D3DVECTOR& p) { return p.y > p.z; }) || all([](const D3DVECTOR& p) { return p.y < -p.z; });
+           all([this](const D3DVECTOR& p) { return p.z > zf; }) || all([](const D3DVECTOR& p) { return p.x > p.z; }) ||
+           all([](const D3DVECTOR& p) { return p.x < -p.z; }) || all([](const D3DVECTOR& p) { return p.y > p.z; }) ||
+           all([](const D3DVECTOR& p) { return p.y < -p.z; });
 }
 
 void ItemBuffer::Cut(Polygon& polygon) const {
     polygon.CutAt(FromNear, zn);
     for (int k = 0; k < polygon.count; ++k) // rounding must not bring a corner nearer
-        polygon.corners[k].z = std::max(polygon.corners[k].z, zn);
+        polygon.corners[k].z = std::max(polygon.corners[k].z, static_cast<double>(zn));
     for (const Polygon::Distance distance : {FromRight, FromLeft, FromTop, FromBottom})
         polygon.CutAt(distance, zn);
 }
@@ -132,8 +138,8 @@ void ItemBuffer::DrawTriangle(const D3DVECTOR& p0, const D3DVECTOR& p1, const D3
     if (!IsFinite(corners[0]) || !IsFinite(corners[1]) || !IsFinite(corners[2]) || IsOutside(corners))
         return;
     Polygon polygon;
-    std::copy_n(corners, 3, polygon.corners);
-    polygon.count = 3;
+    for (const D3DVECTOR& p : corners)
+        polygon.corners[polygon.count++] = {p.x, p.y, p.z};
     Cut(polygon);
     if (polygon.count >= 3)
         Fill(polygon, MakeDepthPlane(corners, polygon), color, double_sided);
@@ -151,21 +157,21 @@ ItemBuffer::DepthPlane ItemBuffer::MakeDepthPlane(const D3DVECTOR (&corners)[3],
     plane.right = nx / (d * half);
     plane.down = -ny / (d * half);
     plane.start = (nx * first - ny * first + nz) / d;
-    float nearest = polygon.corners[0].z, farthest = nearest;
+    double nearest = polygon.corners[0].z, farthest = nearest;
     for (int k = 1; k < polygon.count; ++k) {
         nearest = std::min(nearest, polygon.corners[k].z);
         farthest = std::max(farthest, polygon.corners[k].z);
     }
-    plane.low = 1.0 / static_cast<double>(farthest);
-    plane.high = 1.0 / static_cast<double>(nearest);
+    plane.low = 1.0 / farthest;
+    plane.high = 1.0 / nearest;
     return plane;
 }
 
 void ItemBuffer::Fill(const Polygon& polygon, const DepthPlane& plane, uint32_t color, bool double_sided) {
     ScreenPoint points[Polygon::MOST];
-    const float half = static_cast<float>(side) * 0.5f;
+    const double half = side * 0.5;
     for (int k = 0; k < polygon.count; ++k) {
-        const D3DVECTOR& p = polygon.corners[k];
+        const Point& p = polygon.corners[k];
         points[k] = {ToSubpixels(p.x / p.z * half + half), ToSubpixels(half - p.y / p.z * half)};
     }
     int64_t area = 0, top = points[0].y, bottom = top;

@@ -1,16 +1,16 @@
 // An exact square picture of flat colours with a depth buffer: what an eye sees, told by numbers. The same pixels on
 // every machine and with either compiler.
 //
-// The rule. Corners go through the view in 32-bit floats. A triangle is cut at the near plane (z = near) and, where it
-// reaches beyond four times the field of view, there too; the cut is always computed from the corner inside to the one
-// outside, so that two triangles that share an edge get the same cut. Screen positions are rounded to 1/256 of a pixel
-// (halves up). From there on all is whole numbers: a pixel belongs to a triangle when its centre (x + 0.5, y + 0.5)
-// lies inside; a centre exactly on an edge belongs to the triangle when that is a top edge (level, the triangle below
-// it) or a left one. So triangles that share an edge leave no gap and no double pixel. Depth is 1 / distance along the
-// view axis (larger is nearer), taken at the pixel's centre from the plane of the triangle as it was before the cut,
-// held between the depths of the corners, and kept as a 32-bit float: it is finest near the eye and still tells far
-// things apart. At equal depth the triangle drawn first stays. Pixels beyond the far plane are passed over, and so is a
-// triangle with a corner that is no finite number.
+// The rule. Corners go through the view in 32-bit floats, what follows is 64 bits wide. A triangle is cut at the near
+// plane (z = near) and, where it reaches beyond four times the field of view, there too; the cut is always computed
+// from the corner inside to the one outside, so that two triangles that share an edge get the same cut. Screen
+// positions are rounded to 1/256 of a pixel (halves up). From there on all is whole numbers: a pixel belongs to a
+// triangle when its centre (x + 0.5, y + 0.5) lies inside; a centre exactly on an edge belongs to the triangle when
+// that is a top edge (level, the triangle below it) or a left one. So triangles that share an edge leave no gap and no
+// double pixel. Depth is 1 / distance along the view axis (larger is nearer), taken at the pixel's centre from the
+// plane of the triangle as it was before the cut, held between the depths of the corners, and kept as a 32-bit float:
+// it is finest near the eye and still tells far things apart. At equal depth the triangle drawn first stays. Pixels
+// beyond the far plane are passed over, and so is a triangle with a corner that is no finite number.
 #pragma once
 
 #include <cstdint>

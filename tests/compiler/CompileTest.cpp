@@ -256,9 +256,6 @@ TEST_F(Compile, SaysWhatItCannotDo) {
     EXPECT_EQ(CompileWorld(level.world, level.options, "Nowhere\\At\\All.few", level.progress, level.message),
               CompileResult::WriteFailed);
     EXPECT_NE(level.message.find("All.few"), std::string::npos) << level.message;
-    level.options.subdivide_world = true;
-    EXPECT_EQ(level.Compile(), CompileResult::LimitExceeded);
-    EXPECT_NE(level.message.find("not available"), std::string::npos);
     EXPECT_FALSE(std::filesystem::exists("Maps/Test.few"));
 
     World dense;

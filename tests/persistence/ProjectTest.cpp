@@ -7,6 +7,7 @@
 #include "foundation/Random.h"
 #include "foundation/Strings.h"
 #include "persistence/ProjectData.h"
+#include "render/Textures.h"
 
 // A level that sets every field that a project stores.
 static std::unique_ptr<World> FullWorld(ProjectData& data) {
@@ -26,6 +27,10 @@ static std::unique_ptr<World> FullWorld(ProjectData& data) {
     TEX_INFO& mapping = box->surfaces[2].texture;
     mapping.shift = {3, 4}, mapping.scale = {0.5f, 2}, mapping.size = {16, 16}, mapping.rotation = 30;
     mapping.flip_u = mapping.flip_v = mapping.locked = mapping.fitted = true;
+    for (const auto& brush : world->brush) { // coordinates are derived: the loader maps them anew
+        brush->GenerateTextureSpaces();
+        brush->RemapAll();
+    }
 
     Entity* light = data.Place(*world, "light", {1, 2, 3});
     Entity* actor = data.Place(*world, "actor", {-4, -5, -6});

@@ -1,8 +1,10 @@
 #include "Checks.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <set>
+#include <tuple>
 
 #include "foundation/Strings.h"
 #include "scene/Brush.h"
@@ -22,6 +24,7 @@ public:
         CheckCounts();
         for (size_t b = 0; b < world.brushes.size(); ++b)
             CheckBrush(world.brushes[b], static_cast<int>(b));
+        CheckOverlaps();
         CheckEntities();
         CheckPortals();
         CheckCells();
@@ -108,6 +111,25 @@ private:
         const bool inside = info.u_start >= 0 && info.v_start >= 0 && info.u_size > 0 && info.v_size > 0 && info.u_start + info.u_size <= ON_PAGE &&
                             info.v_start + info.v_size <= ON_PAGE;
         Expect(inside, "the lightmap of surface %d of brush %d leaves its page", s, b);
+        if (inside && Below(info.lightmap, world.lightmap_pages.size()))
+            rectangles.push_back({info, b, s});
+    }
+
+    // No two lightmaps share a texel: sorted by page and row, each is held against those that begin before it ends.
+    void CheckOverlaps() {
+        std::sort(rectangles.begin(), rectangles.end(), [](const Rectangle& a, const Rectangle& b) {
+            return std::tie(a.info.lightmap, a.info.v_start) < std::tie(b.info.lightmap, b.info.v_start);
+        });
+        for (size_t k = 0; k < rectangles.size(); ++k) {
+            const LIGHTMAP_INFO& a = rectangles[k].info;
+            for (size_t n = k + 1; n < rectangles.size(); ++n) {
+                const LIGHTMAP_INFO& b = rectangles[n].info;
+                if (b.lightmap != a.lightmap || b.v_start >= a.v_start + a.v_size)
+                    break;
+                Expect(b.u_start >= a.u_start + a.u_size || a.u_start >= b.u_start + b.u_size, "the lightmaps of surface %d of brush %d and surface %d of brush %d overlap",
+                       rectangles[k].surface, rectangles[k].brush, rectangles[n].surface, rectangles[n].brush);
+            }
+        }
     }
 
     void CheckPhysics(const WorldBrush& brush, int b) {
@@ -161,11 +183,22 @@ private:
                 Expect(AllBelow(portal.reachable[side], world.portals.size()), "side %d of portal %zu reaches a portal that is not there", side, p);
                 for (const auto& indices : portal.partindices[side])
                     Expect(indices < 4, "portal %zu has a triangle outside its four corners", p);
+                CheckReachable(static_cast<int32_t>(p), side);
             }
         }
         for (size_t o = 0; o < world.occluders.size(); ++o)
             Expect(Below(world.occluders[o].owner, world.brushes.size()) && world.brushes[static_cast<size_t>(world.occluders[o].owner)].type == BT_OCCLUDER,
                    "occluder %zu belongs to brush %d, which is none", o, world.occluders[o].owner);
+    }
+
+    // A side reaches all other portals of the cell that it opens to, in their order.
+    void CheckReachable(int32_t p, int side) {
+        const WorldPortal& portal = world.portals[static_cast<size_t>(p)];
+        std::vector<int32_t> expected;
+        for (size_t q = 0; q < world.portals.size(); ++q)
+            if (static_cast<int32_t>(q) != p && (world.portals[q].cell[0] == portal.cell[side] || world.portals[q].cell[1] == portal.cell[side]))
+                expected.push_back(static_cast<int32_t>(q));
+        Expect(portal.reachable[side] == expected, "side %d of portal %d does not reach the portals of its cell", side, p);
     }
 
     void CheckCells() {
@@ -245,7 +278,13 @@ private:
                 Expect(relation >= 0 && relation <= 2, "the AI group \"%s\" has the stance %d", group.name.c_str(), relation);
     }
 
+    struct Rectangle {
+        LIGHTMAP_INFO info;
+        int brush, surface;
+    };
+
     const WorldFile& world;
+    std::vector<Rectangle> rectangles; // of all lightmaps
     size_t limit;
     std::vector<std::string> findings;
 };
