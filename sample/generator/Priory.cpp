@@ -109,7 +109,7 @@ private:
         level.AddEntity("sound_effector", Middle(1, 0) + D3DVECTOR{60, 120, 0}, "world");
         level.AddEntity("sound_effector", Middle(3, 2) + D3DVECTOR{60, 120, 0}, "crypt");
         level.AddEntity("corona", Middle(2, 0) + D3DVECTOR{0, 180, 0});
-        level.AddEntity("respawn_point", Middle(0, 0));
+        level.AddEntity("respawn_point", Middle(0, 0) + D3DVECTOR{0, 8, 0});
         BuildPartition();
         BuildDoor();
         // A railing that can be seen through.

@@ -9,10 +9,11 @@
 using nlohmann::ordered_json;
 
 void StageTimer::AddText(const std::string& text) {
-    if (const size_t dots = text.find("..."); dots != std::string::npos) {
+    const size_t dots = text.find("...");
+    const size_t line = text.find_last_of("\n", dots);
+    const size_t begin = line == std::string::npos || dots == std::string::npos ? 0 : line + 1;
+    if (dots != std::string::npos && dots > begin) { // lines that begin with dots tell details of a stage
         EndStage();
-        const size_t line = text.find_last_of("\n", dots);
-        const size_t begin = line == std::string::npos ? 0 : line + 1;
         stages.push_back({text.substr(begin, dots - begin), 0});
         stage_start = GetDesktop().GetTickCount();
         stage_open = true;
