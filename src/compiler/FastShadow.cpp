@@ -1,7 +1,9 @@
 #include "compiler/FastShadow.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
+#include <limits>
 
 #include "compiler/SurfaceTriangle.h"
 #include "scene/World.h"
@@ -17,12 +19,12 @@ FastShadow::FastShadow(const World& world, const OctalTree& tree, const LightMat
     for (size_t b = 0; b < world.brush.size(); ++b) {
         if (!CastsShadow(*world.brush[b]))
             continue;
-        const size_t first_group = groups.size();
-        AddBrush(*world.brush[b], materials);
+        const size_t first_group = groups.size(), first_glass = glass.size();
+        const ShadowReach reach = AddBrush(*world.brush[b], materials);
         if (groups.size() == first_group)
             continue;
         flat_index[b] = static_cast<int>(brushes.size());
-        brushes.push_back({static_cast<int>(first_group), static_cast<int>(groups.size() - first_group)});
+        brushes.push_back({static_cast<int>(first_group), static_cast<int>(groups.size() - first_group), reach, glass.size() > first_glass});
     }
     AddTree(tree);
     size_t leaf = 0;
@@ -32,8 +34,10 @@ FastShadow::FastShadow(const World& world, const OctalTree& tree, const LightMat
 }
 
 // A triangle whose normal is not a number is left out: no point is inside it.
-void FastShadow::AddBrush(const Brush& brush, const LightMaterials& materials) {
+ShadowReach FastShadow::AddBrush(const Brush& brush, const LightMaterials& materials) {
     int lane = SHADOW_LANES;
+    D3DVECTOR min{1e30f, 1e30f, 1e30f}, max{-1e30f, -1e30f, -1e30f}; // of the triangles: curves leave the brush's own box
+    bool thin = false;
     brush.ForEachSurface([&](const Surface& surface, int, bool) {
         const LightMaterial& material = materials[surface.texture.index];
         for (const TRIANGLE& triangle : surface.tri_indices) {
@@ -43,6 +47,11 @@ void FastShadow::AddBrush(const Brush& brush, const LightMaterials& materials) {
             const D3DVECTOR normal = corners.UnitNormal();
             if (std::isnan(normal.x) || std::isnan(normal.y) || std::isnan(normal.z))
                 continue;
+            thin = thin || IsThinTriangle(corners.v);
+            for (const D3DVECTOR& v : corners.v) {
+                min = {std::min(min.x, v.x), std::min(min.y, v.y), std::min(min.z, v.z)};
+                max = {std::max(max.x, v.x), std::max(max.y, v.y), std::max(max.z, v.z)};
+            }
             if (lane == SHADOW_LANES) {
                 lane = 0;
                 groups.emplace_back().first_glass = static_cast<uint32_t>(glass.size());
@@ -60,6 +69,7 @@ void FastShadow::AddBrush(const Brush& brush, const LightMaterials& materials) {
             ++lane;
         }
     });
+    return ReachOf(min, max, thin);
 }
 
 void FastShadow::AddTree(const OctalTree& tree) {
@@ -68,10 +78,10 @@ void FastShadow::AddTree(const OctalTree& tree) {
         const OCTAL_LEAF& source = tree.octal_tree[k];
         if (source.type == OCTAL_NODE) {
             place[k] = static_cast<int>(nodes.size());
-            nodes.push_back({source.half, {}});
+            nodes.emplace_back().half = source.half;
         } else {
             place[k] = ~static_cast<int>(leaves.size());
-            leaves.push_back({source.min, source.max, 0, 0, source.type == OCTAL_TERMINAL});
+            leaves.push_back({source.min, source.max, 0, 0, 0, source.type == OCTAL_TERMINAL});
         }
     }
     constexpr size_t CHILD_OF_BITS[8] = {7, 6, 4, 5, 3, 2, 0, 1}; // by the bits of Node::child
@@ -81,6 +91,31 @@ void FastShadow::AddTree(const OctalTree& tree) {
             for (size_t bits = 0; bits < 8; ++bits)
                 nodes[node].child[bits] = place[static_cast<size_t>(source.child[CHILD_OF_BITS[bits]])];
             ++node;
+        }
+    LimitRegions();
+}
+
+// A node stands before its children, so its own region is known when theirs are cut from it.
+void FastShadow::LimitRegions() {
+    constexpr float EVERYWHERE = std::numeric_limits<float>::infinity();
+    if (!nodes.empty()) {
+        nodes[0].low = {-EVERYWHERE, -EVERYWHERE, -EVERYWHERE};
+        nodes[0].high = {EVERYWHERE, EVERYWHERE, EVERYWHERE};
+    }
+    for (size_t n = 0; n < nodes.size(); ++n)
+        for (size_t bits = 0; bits < 8; ++bits) {
+            const int child = nodes[n].child[bits];
+            if (child < 0) {
+                leaves[static_cast<size_t>(~child)].parent = static_cast<int>(n);
+                continue;
+            }
+            Node& node = nodes[static_cast<size_t>(child)];
+            node.parent = static_cast<int>(n);
+            node.low = nodes[n].low;
+            node.high = nodes[n].high;
+            ((bits & 1) != 0 ? node.low.x : node.high.x) = nodes[n].half.x;
+            ((bits & 2) != 0 ? node.low.z : node.high.z) = nodes[n].half.z;
+            ((bits & 4) != 0 ? node.low.y : node.high.y) = nodes[n].half.y;
         }
 }
 
@@ -97,20 +132,26 @@ void FastShadow::AddLeafBoxes(Leaf& leaf, const OCTAL_LEAF& source, const World&
             leaf_boxes.emplace_back();
         }
         const Box& box = world.brush[static_cast<size_t>(b)]->bbox;
-        leaf_boxes.back().boxes.Set(lane, (BoxMin(box) + BoxMax(box)) * 0.5f, (BoxMax(box) - BoxMin(box)) * 0.5f);
+        leaf_boxes.back().boxes.Set(lane, (BoxMin(box) + BoxMax(box)) * 0.5f, (BoxMax(box) - BoxMin(box)) * 0.5f, brushes[static_cast<size_t>(flat)].reach);
         leaf_boxes.back().brush[static_cast<size_t>(lane)] = flat;
         ++lane;
     }
     leaf.box_count = static_cast<int>(leaf_boxes.size()) - leaf.first_box;
 }
 
-int FastShadow::FindLeaf(const D3DVECTOR& point) const {
-    int place = 0;
+int FastShadow::FindLeaf(const D3DVECTOR& point, int near_node) const {
+    int place = near_node;
+    for (const Node* node = &nodes[static_cast<size_t>(place)]; place > 0; node = &nodes[static_cast<size_t>(place)]) {
+        const bool inside = static_cast<int>(point.x >= node->low.x) & static_cast<int>(point.x < node->high.x) & static_cast<int>(point.y >= node->low.y) &
+                            static_cast<int>(point.y < node->high.y) & static_cast<int>(point.z >= node->low.z) & static_cast<int>(point.z < node->high.z);
+        if (inside)
+            break;
+        place = node->parent;
+    }
     do {
         const Node& node = nodes[static_cast<size_t>(place)];
         // Written so that a coordinate that is not a number goes where OctalTree::FindLeafRecursive sends it.
-        const int bits =
-            (point.x >= node.half.x ? 1 : 0) | (point.z < node.half.z ? 0 : 2) | (point.y < node.half.y ? 0 : 4);
+        const int bits = static_cast<int>(point.x >= node.half.x) | static_cast<int>(!(point.z < node.half.z)) << 1 | static_cast<int>(!(point.y < node.half.y)) << 2;
         place = node.child[bits];
     } while (place >= 0);
     return ~place;
@@ -126,11 +167,14 @@ bool FastShadow::RayTraceFast(const D3DVECTOR& b, const D3DVECTOR& a, const D3DV
         scratch.leaf_stamps.assign(leaves.size(), 0);
         scratch.brush_marks.assign(brushes.size(), {});
         scratch.stamp = 1;
+        scratch.from_node = scratch.sample_node = 0;
     }
     const ShadowRay shadow_ray(a, ray, b);
     const D3DVECTOR dir = b - a, inv_dir = InverseDirection(dir);
-    int current = FindLeaf(a);
-    const int last = FindLeaf(b);
+    int current = FindLeaf(a, scratch.from_node);
+    const int last = FindLeaf(b, scratch.sample_node);
+    scratch.from_node = leaves[static_cast<size_t>(current)].parent;
+    scratch.sample_node = leaves[static_cast<size_t>(last)].parent;
     for (int step = 0; step < OctalTree::MAX_TRACE_STEPS; ++step) {
         const Leaf& leaf = leaves[static_cast<size_t>(current)];
         uint32_t& stamp = scratch.leaf_stamps[static_cast<size_t>(current)];
@@ -144,7 +188,7 @@ bool FastShadow::RayTraceFast(const D3DVECTOR& b, const D3DVECTOR& a, const D3DV
         const float t = ProjectOutOfCube(a, inv_dir, TRACE_EPSILON, leaf.min, leaf.max);
         if (t > 1)
             return false;
-        current = FindLeaf(a + dir * t);
+        current = FindLeaf(a + dir * t, leaf.parent);
     }
     LogEndlessTrace(a, b);
     return false;
@@ -175,6 +219,8 @@ bool FastShadow::TestLeaf(const Leaf& leaf, const ShadowRay& ray, ShadowScratch&
 }
 
 bool FastShadow::TestBrush(const FlatBrush& brush, const ShadowRay& ray, TranslucentHits& hits) const {
+    if (!brush.has_glass)
+        return kernels.any_triangle(&groups[static_cast<size_t>(brush.first_group)], brush.group_count, ray);
     for (int k = 0; k < brush.group_count; ++k) {
         const TriangleGroup& group = groups[static_cast<size_t>(brush.first_group + k)];
         const uint32_t mask = kernels.triangles(group, ray);

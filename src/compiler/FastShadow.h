@@ -19,6 +19,7 @@ public:
     std::vector<uint32_t> leaf_stamps;
     std::vector<BrushMark> brush_marks;
     uint32_t stamp = 0;
+    int from_node = 0, sample_node = 0; // where the ends of the last segment lay: the next ones are near
 };
 
 class FastShadow {
@@ -35,11 +36,14 @@ public:
 private:
     struct Node {
         D3DVECTOR half;
+        D3DVECTOR low, high; // a point reaches this node from the root when low <= point < high
+        int parent = -1;
         int child[8]; // bit 0: high x, bit 1: high z, bit 2: high y; ~leaf for a leaf
     };
     struct Leaf {
         D3DVECTOR min, max;
         int first_box = 0, box_count = 0; // groups
+        int parent = 0;                   // node
         bool terminal = false;
     };
     struct LeafBoxes {
@@ -48,12 +52,16 @@ private:
     };
     struct FlatBrush {
         int first_group = 0, group_count = 0;
+        ShadowReach reach;
+        bool has_glass = false;
     };
 
     void AddTree(const OctalTree& tree);
-    void AddBrush(const Brush& brush, const LightMaterials& materials);
+    void LimitRegions();
+    ShadowReach AddBrush(const Brush& brush, const LightMaterials& materials);
     void AddLeafBoxes(Leaf& leaf, const OCTAL_LEAF& source, const World& world, const std::vector<int>& flat_index);
-    int FindLeaf(const D3DVECTOR& point) const;
+    // The leaf that holds the point. The search begins at a node that may lie near it.
+    int FindLeaf(const D3DVECTOR& point, int near_node) const;
     bool TestLeaf(const Leaf& leaf, const ShadowRay& ray, ShadowScratch& scratch, TranslucentHits& hits) const;
     bool TestBrush(const FlatBrush& brush, const ShadowRay& ray, TranslucentHits& hits) const;
 

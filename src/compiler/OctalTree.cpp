@@ -195,27 +195,6 @@ int OctalTree::FindLeafRecursive(const D3DVECTOR& point, int parent) const {
     return leaf;
 }
 
-D3DVECTOR InverseDirection(const D3DVECTOR& dir) {
-    D3DVECTOR inverse;
-    for (int axis = 0; axis < 3; ++axis) {
-        const float component = Component(dir, axis);
-        const float quotient = component != 0 ? 1.0f / component : 0.0f;
-        Component(inverse, axis) = std::isfinite(quotient) ? quotient : 0.0f;
-    }
-    return inverse;
-}
-
-float ProjectOutOfCube(const D3DVECTOR& from, const D3DVECTOR& inv_dir, float eps, const D3DVECTOR& min,
-                       const D3DVECTOR& max) {
-    const auto along = [eps](float start, float inverse, float low, float high) {
-        return inverse < 0 ? (low - eps - start) * inverse : inverse > 0 ? (high + eps - start) * inverse : NO_FACE;
-    };
-    const float x = along(from.x, inv_dir.x, min.x, max.x);
-    const float y = along(from.y, inv_dir.y, min.y, max.y);
-    const float z = along(from.z, inv_dir.z, min.z, max.z);
-    return std::min(x, std::min(y, z));
-}
-
 float OctalTree::ProjectVectorInOctalLeaf(const D3DVECTOR& from, const D3DVECTOR& inv_dir, float eps,
                                           int octal_leaf) const {
     const OCTAL_LEAF& leaf = GetOctalLeaf(octal_leaf);

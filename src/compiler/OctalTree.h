@@ -2,9 +2,12 @@
 // the compiled world. A node has eight children; terminal leaves list the brushes whose faces touch them.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <vector>
 
 #include "foundation/Vector.h"
@@ -82,8 +85,24 @@ private:
 inline constexpr float TRACE_EPSILON = 1.0f;
 inline constexpr float NO_FACE = 1000000.0f;
 
-// 1 / dir by components; 0 where the component is 0, or so small that the quotient is not finite.
-D3DVECTOR InverseDirection(const D3DVECTOR& dir);
-float ProjectOutOfCube(const D3DVECTOR& from, const D3DVECTOR& inv_dir, float eps, const D3DVECTOR& min,
-                       const D3DVECTOR& max);
+// 1 / component; 0 where it is 0, or so small that the quotient is not finite.
+inline float InverseComponent(float component) {
+    const float quotient = component != 0 ? 1.0f / component : 0.0f;
+    return std::fabs(quotient) <= std::numeric_limits<float>::max() ? quotient : 0.0f;
+}
+inline D3DVECTOR InverseDirection(const D3DVECTOR& dir) {
+    return {InverseComponent(dir.x), InverseComponent(dir.y), InverseComponent(dir.z)};
+}
+// The parameter at which a ray is eps beyond the face of one axis. Written without a jump: it runs for every leaf of a ray.
+inline float ProjectOutOfSlab(float from, float inverse, float eps, float min, float max) {
+    const float face = inverse < 0 ? min - eps : max + eps;
+    const float t = (face - from) * inverse;
+    return inverse != 0 ? t : NO_FACE;
+}
+inline float ProjectOutOfCube(const D3DVECTOR& from, const D3DVECTOR& inv_dir, float eps, const D3DVECTOR& min, const D3DVECTOR& max) {
+    const float x = ProjectOutOfSlab(from.x, inv_dir.x, eps, min.x, max.x);
+    const float y = ProjectOutOfSlab(from.y, inv_dir.y, eps, min.y, max.y);
+    const float z = ProjectOutOfSlab(from.z, inv_dir.z, eps, min.z, max.z);
+    return std::min(x, std::min(y, z));
+}
 void LogEndlessTrace(const D3DVECTOR& start, const D3DVECTOR& end);

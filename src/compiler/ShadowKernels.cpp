@@ -1,5 +1,7 @@
 #include "compiler/ShadowKernels.h"
 
+#include <algorithm>
+
 #include "compiler/ShadowTrace.h"
 #include "foundation/SpecialMath.h"
 
@@ -16,10 +18,15 @@ D3DVECTOR Lane(const float (&values)[3][SHADOW_LANES], int lane) {
     return {values[0][lane], values[1][lane], values[2][lane]};
 }
 
+bool OutOfReach(const BoxGroup& group, int lane, const ShadowRay& ray) {
+    const D3DVECTOR apart = ray.middle - Lane(group.reach_center, lane), reach = Lane(group.reach, lane);
+    return std::fabs(apart.x) > reach.x + ray.half.x || std::fabs(apart.y) > reach.y + ray.half.y || std::fabs(apart.z) > reach.z + ray.half.z;
+}
+
 uint32_t PlainBoxes(const BoxGroup& group, const ShadowRay& ray) {
     uint32_t mask = 0;
     for (int lane = 0; lane < SHADOW_LANES; ++lane)
-        if (s_math.BoxRayIntersectInner(ray.from, ray.direction, Lane(group.center, lane), Lane(group.radius, lane)))
+        if (!OutOfReach(group, lane, ray) && s_math.BoxRayIntersectInner(ray.from, ray.direction, Lane(group.center, lane), Lane(group.radius, lane)))
             mask |= 1u << lane;
     return mask & group.used;
 }
@@ -36,6 +43,10 @@ uint32_t PlainTriangles(const TriangleGroup& group, const ShadowRay& ray) {
             mask |= 1u << lane;
     }
     return mask & group.used;
+}
+
+bool PlainAnyTriangle(const TriangleGroup* groups, int count, const ShadowRay& ray) {
+    return std::any_of(groups, groups + count, [&](const TriangleGroup& group) { return PlainTriangles(group, ray) != 0; });
 }
 
 #ifdef MARROWSTEAD_AVX2
@@ -73,16 +84,25 @@ AVX2_INLINE __m256 Separated(__m256 minor, __m256 u, __m256 v, __m256 w, __m256 
     return _mm256_cmp_ps(absolute, _mm256_add_ps(_mm256_mul_ps(u, v), _mm256_mul_ps(w, x)), _CMP_GT_OQ);
 }
 
+AVX2_INLINE __m256 Beyond(__m256 apart, __m256 reach, __m256 half) {
+    return _mm256_cmp_ps(_mm256_andnot_ps(_mm256_set1_ps(-0.0f), apart), _mm256_add_ps(reach, half), _CMP_GT_OQ);
+}
+
 AVX2_FUNCTION uint32_t Avx2Boxes(const BoxGroup& group, const ShadowRay& ray) {
+    const Wide3 apart = Minus(Broadcast(ray.middle), Load(group.reach_center)), reach = Load(group.reach), half = Broadcast(ray.half);
+    const __m256 out = _mm256_or_ps(Beyond(apart.x, reach.x, half.x), _mm256_or_ps(Beyond(apart.y, reach.y, half.y), Beyond(apart.z, reach.z, half.z)));
+    const uint32_t near = ~static_cast<uint32_t>(_mm256_movemask_ps(out)) & group.used;
+    if (near == 0)
+        return 0;
     const Wide3 d = Minus(Broadcast(ray.from), Load(group.center)), r = Load(group.radius);
     const Wide3 q = Broadcast(ray.direction), a = Broadcast(ray.abs_direction);
     const __m256 off_x = Separated(Minor(d.z, q.y, d.y, q.z), a.z, r.y, a.y, r.z);
     const __m256 off_y = Separated(Minor(d.x, q.z, d.z, q.x), a.x, r.z, a.z, r.x);
     const __m256 off_z = Separated(Minor(d.y, q.x, d.x, q.y), a.x, r.y, a.y, r.x);
-    return ~static_cast<uint32_t>(_mm256_movemask_ps(_mm256_or_ps(off_x, _mm256_or_ps(off_y, off_z)))) & group.used;
+    return ~static_cast<uint32_t>(_mm256_movemask_ps(_mm256_or_ps(off_x, _mm256_or_ps(off_y, off_z)))) & near;
 }
 
-AVX2_FUNCTION uint32_t Avx2Triangles(const TriangleGroup& group, const ShadowRay& ray) {
+AVX2_INLINE uint32_t TriangleLanes(const TriangleGroup& group, const ShadowRay& ray) {
     const Wide3 n = Load(group.normal), direction = Broadcast(ray.direction), from = Broadcast(ray.from);
     const Wide3 a = Load(group.corner[0]);
     const __m256 along = Dot(direction, n), offset = Dot(Minus(a, from), n), zero = _mm256_setzero_ps();
@@ -112,12 +132,41 @@ AVX2_FUNCTION uint32_t Avx2Triangles(const TriangleGroup& group, const ShadowRay
     return static_cast<uint32_t>(_mm256_movemask_ps(inside)) & meet;
 }
 
+AVX2_FUNCTION uint32_t Avx2Triangles(const TriangleGroup& group, const ShadowRay& ray) { return TriangleLanes(group, ray); }
+
+AVX2_FUNCTION bool Avx2AnyTriangle(const TriangleGroup* groups, int count, const ShadowRay& ray) {
+    for (int k = 0; k < count; ++k)
+        if (TriangleLanes(groups[k], ray) != 0)
+            return true;
+    return false;
+}
+
 #endif
 
 } // namespace
 
-void BoxGroup::Set(int lane, const D3DVECTOR& box_center, const D3DVECTOR& box_radius) {
+bool IsThinTriangle(const D3DVECTOR (&v)[3]) {
+    constexpr float LEAST_HEIGHT = 0.02f; // of the longest side
+    const float longest = std::max({SquareMagnitude(v[1] - v[0]), SquareMagnitude(v[2] - v[1]), SquareMagnitude(v[0] - v[2])});
+    const float height = Magnitude(CrossProduct(v[1] - v[0], v[2] - v[0])) / longest; // as a share of the longest side
+    return !(height >= LEAST_HEIGHT);
+}
+
+ShadowReach ReachOf(const D3DVECTOR& min, const D3DVECTOR& max, bool has_thin_triangles) {
+    constexpr float EVERYWHERE = 1e30f, LEAST_ROOM = 0.25f, ROUNDING = 2.5e-4f; // of the largest coordinate
+    ShadowReach space{(min + max) * 0.5f, (max - min) * 0.5f};
+    float largest = 0;
+    for (int axis = 0; axis < 3; ++axis)
+        largest = std::max({largest, std::fabs(Component(min, axis)), std::fabs(Component(max, axis))});
+    const float room = has_thin_triangles ? EVERYWHERE : LEAST_ROOM + largest * ROUNDING;
+    space.reach += {room, room, room};
+    return space;
+}
+
+void BoxGroup::Set(int lane, const D3DVECTOR& box_center, const D3DVECTOR& box_radius, const ShadowReach& shadow_reach) {
     for (int axis = 0; axis < 3; ++axis) {
+        reach_center[axis][lane] = Component(shadow_reach.center, axis);
+        reach[axis][lane] = Component(shadow_reach.reach, axis);
         center[axis][lane] = Component(box_center, axis);
         radius[axis][lane] = Component(box_radius, axis);
     }
@@ -144,13 +193,13 @@ void TriangleGroup::Set(int lane, const D3DVECTOR& n, const D3DVECTOR (&v)[3]) {
 }
 
 const ShadowKernels& PlainShadowKernels() {
-    static const ShadowKernels kernels{PlainBoxes, PlainTriangles};
+    static const ShadowKernels kernels{PlainBoxes, PlainTriangles, PlainAnyTriangle};
     return kernels;
 }
 
 const ShadowKernels& BestShadowKernels() {
 #ifdef MARROWSTEAD_AVX2
-    static const ShadowKernels wide{Avx2Boxes, Avx2Triangles};
+    static const ShadowKernels wide{Avx2Boxes, Avx2Triangles, Avx2AnyTriangle};
     static const bool has_wide = __builtin_cpu_supports("avx2");
     if (has_wide)
         return wide;

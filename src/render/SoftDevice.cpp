@@ -1,41 +1,83 @@
 #include "render/SoftDevice.h"
 
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "render/SoftVertices.h"
+#include "render/TexturePixels.h"
+
 namespace {
 
-class SoftSurface : public DeviceSurface {
-public:
-    explicit SoftSurface(const TextureDescription& d)
-        : width(d.width), height(d.height), levels(d.levels), faces(d.faces), pixel_size(d.format.bits / 8) {
-        size_t total = 0;
-        for (uint32_t face = 0; face < faces; ++face)
-            for (uint32_t level = 0; level < levels; ++level) {
-                offsets.push_back(total);
-                total += static_cast<size_t>(Pitch(level)) * LevelSide(height, level);
-            }
-        pixels.resize(total);
-    }
-
-    uint32_t Width() const override { return width; }
-    uint32_t Height() const override { return height; }
-    uint32_t Levels() const override { return levels; }
-    uint32_t Faces() const override { return faces; }
-    uint8_t* Lock(uint32_t level, uint32_t face, uint32_t& pitch) override {
-        if (level >= levels || face >= faces)
-            return nullptr;
-        pitch = Pitch(level);
-        return pixels.data() + offsets[face * levels + level];
-    }
-    bool Unlock(uint32_t level, uint32_t face) override { return level < levels && face < faces; }
-
-private:
-    uint32_t Pitch(uint32_t level) const { return LevelSide(width, level) * pixel_size; }
-
-    uint32_t width, height, levels, faces, pixel_size;
-    std::vector<size_t> offsets; // of each level of each face
-    std::vector<uint8_t> pixels;
-};
+constexpr uint32_t LONGEST_SIDE = 8192; // of the back buffer
+constexpr PixelFormat SCREEN_FORMAT{.rgb = true, .bits = 32, .mask = {0xFF0000, 0xFF00, 0xFF, 0}};
 
 } // namespace
+
+SoftSurface::SoftSurface(const TextureDescription& d)
+    : width(d.width), height(d.height), levels(d.levels), faces(d.faces), pixel_size(d.format.bits / 8),
+      format(d.format) {
+    size_t total = 0;
+    for (uint32_t face = 0; face < faces; ++face)
+        for (uint32_t level = 0; level < levels; ++level) {
+            offsets.push_back(total);
+            total += static_cast<size_t>(Pitch(level)) * LevelSide(height, level);
+        }
+    pixels.resize(total);
+    for (int c = 0; c < 4; ++c) {
+        shift[c] = format.mask[c] == 0 ? 0 : std::countr_zero(format.mask[c]);
+        largest[c] = format.mask[c] >> shift[c];
+    }
+}
+
+uint8_t* SoftSurface::Lock(uint32_t level, uint32_t face, uint32_t& pitch) {
+    if (level >= levels || face >= faces)
+        return nullptr;
+    pitch = Pitch(level);
+    return pixels.data() + offsets[face * levels + level];
+}
+
+void SoftSurface::ReadTexel(uint32_t x, uint32_t y, int (&rgba)[4]) const {
+    const uint32_t pixel =
+        ReadPixel(pixels.data() + static_cast<size_t>(y) * Pitch(0) + static_cast<size_t>(x) * pixel_size, pixel_size);
+    for (int c = 0; c < 4; ++c) {
+        const uint32_t value = (pixel & format.mask[c]) >> shift[c];
+        const bool whole = largest[c] == 255;
+        rgba[c] = largest[c] == 0 ? 255 : static_cast<int>(whole ? value : (value * 255 + largest[c] / 2) / largest[c]);
+    }
+}
+
+SoftState::SoftState() {
+    states[RS_ZENABLE] = 1;
+    states[RS_ZWRITEENABLE] = 1;
+    states[RS_ZFUNC] = CMP_LESSEQUAL;
+    states[RS_SHADEMODE] = SHADE_GOURAUD;
+    states[RS_CULLMODE] = CULL_CCW;
+    states[RS_SRCBLEND] = BM_ONE;
+    states[RS_DESTBLEND] = BM_ZERO;
+    states[RS_ALPHAFUNC] = CMP_ALWAYS;
+    states[RS_TEXTUREFACTOR] = 0xFFFFFFFF;
+    states[RS_LIGHTING] = 1;
+    states[RS_COLORVERTEX] = 1;
+    for (uint32_t stage = 0; stage < TEXTURE_STAGES; ++stage) {
+        uint32_t* const values = stages[stage];
+        values[TSS_COLOROP] = stage == 0 ? OP_MODULATE : OP_DISABLE;
+        values[TSS_ALPHAOP] = stage == 0 ? OP_SELECTARG1 : OP_DISABLE;
+        values[TSS_COLORARG1] = values[TSS_ALPHAARG1] = ARG_TEXTURE;
+        values[TSS_COLORARG2] = values[TSS_ALPHAARG2] = ARG_CURRENT;
+        values[TSS_TEXCOORDINDEX] = stage;
+        values[TSS_ADDRESSU] = values[TSS_ADDRESSV] = TA_WRAP;
+        values[TSS_MAGFILTER] = values[TSS_MINFILTER] = TF_POINT;
+        values[TSS_MIPFILTER] = MF_NONE;
+    }
+    std::fill(std::begin(transforms), std::end(transforms), crIdentity());
+}
+
+std::vector<VideoMode> SoftDevice::VideoModes() const {
+    return {{640, 480, 32, 60}, {800, 600, 32, 60}, {1024, 768, 32, 60}, {1280, 1024, 32, 60}, {1920, 1080, 32, 60}};
+}
+
+std::vector<DepthFormat> SoftDevice::DepthFormats() const { return {{16, 0}, {24, 0}}; }
 
 const std::vector<PixelFormat>& SoftDevice::TextureFormats() const {
     static const std::vector<PixelFormat> formats = {
@@ -48,6 +90,153 @@ const std::vector<PixelFormat>& SoftDevice::TextureFormats() const {
         {.bump_dudv = true, .bump_luminance = true, .bits = 16, .mask = {0x1F, 0x3E0, 0xFC00, 0}},
     };
     return formats;
+}
+
+bool SoftDevice::SetVideoMode(const VideoMode& mode) {
+    for (const VideoMode& known : VideoModes())
+        if (known.w == mode.w && known.h == mode.h && known.bpp == mode.bpp)
+            return true;
+    return false;
+}
+
+bool SoftDevice::CreateBackBuffer(uint32_t w, uint32_t h) {
+    Close();
+    if (w == 0 || h == 0 || w > LONGEST_SIDE || h > LONGEST_SIDE)
+        return false;
+    TextureDescription description;
+    description.width = w;
+    description.height = h;
+    description.format = SCREEN_FORMAT;
+    back = std::make_unique<SoftSurface>(description);
+    front = std::make_unique<SoftSurface>(description);
+    return true;
+}
+
+bool SoftDevice::CreateDepthBuffer(const DepthFormat& format) {
+    if (!back || format.stencil_bits != 0)
+        return false;
+    depth_buffer.assign(static_cast<size_t>(back->Width()) * back->Height(), 1.0f);
+    return true;
+}
+
+bool SoftDevice::Open() {
+    opened = back && !depth_buffer.empty();
+    state = SoftState();
+    if (opened)
+        state.viewport = {0, 0, back->Width(), back->Height()};
+    return opened;
+}
+
+void SoftDevice::Close() {
+    opened = in_scene = false;
+    back.reset();
+    front.reset();
+    depth_buffer = {};
+}
+
+SoftTarget SoftDevice::Target(const PixelRectangle& part) {
+    const uint64_t width = back->Width(), height = back->Height();
+    const auto inside = [](uint64_t value, uint64_t limit) { return static_cast<int>(std::min(value, limit)); };
+    SoftTarget target;
+    target.width = static_cast<int>(width);
+    target.height = static_cast<int>(height);
+    target.left = inside(part.x, width);
+    target.top = inside(part.y, height);
+    target.right = inside(uint64_t{part.x} + part.w, width);
+    target.bottom = inside(uint64_t{part.y} + part.h, height);
+    uint32_t pitch;
+    target.pixels = reinterpret_cast<uint32_t*>(back->Lock(0, 0, pitch));
+    target.depth = depth_buffer.data();
+    return target;
+}
+
+bool SoftDevice::Clear(uint32_t clear_flags, uint32_t color, float depth, uint32_t) {
+    if (!opened || (clear_flags & CLEAR_STENCIL) != 0)
+        return false;
+    const SoftTarget target = Target(state.viewport);
+    for (int y = target.top; y < target.bottom; ++y) {
+        const size_t first = target.At(target.left, y), end = target.At(target.right, y);
+        if ((clear_flags & CLEAR_TARGET) != 0)
+            std::fill(target.pixels + first, target.pixels + end, color & 0xFFFFFF);
+        if ((clear_flags & CLEAR_ZBUFFER) != 0)
+            std::fill(target.depth + first, target.depth + end, depth);
+    }
+    return true;
+}
+
+bool SoftDevice::BeginScene() {
+    if (!opened || in_scene)
+        return false;
+    in_scene = true;
+    return true;
+}
+
+bool SoftDevice::EndScene() {
+    const bool ended = in_scene;
+    in_scene = false;
+    return ended;
+}
+
+bool SoftDevice::Present(const PixelRectangle& part) {
+    if (!opened || in_scene)
+        return false;
+    const SoftTarget source = Target(part);
+    uint32_t pitch;
+    auto* const shown = reinterpret_cast<uint32_t*>(front->Lock(0, 0, pitch));
+    for (int y = source.top; y < source.bottom; ++y)
+        std::copy(source.pixels + source.At(source.left, y), source.pixels + source.At(source.right, y),
+                  shown + source.At(source.left, y));
+    return true;
+}
+
+bool SoftDevice::SetRenderState(uint32_t index, uint32_t value) {
+    if (index >= RENDER_STATES)
+        return false;
+    state.states[index] = value;
+    return true;
+}
+
+bool SoftDevice::SetTextureStageState(uint32_t stage, uint32_t type, uint32_t value) {
+    if (stage >= TEXTURE_STAGES || type >= STAGE_STATES)
+        return false;
+    state.stages[stage][type] = value;
+    return true;
+}
+
+bool SoftDevice::SetTexture(uint32_t stage, DeviceSurface* texture) {
+    if (stage >= TEXTURE_STAGES)
+        return false;
+    state.textures[stage] = dynamic_cast<SoftSurface*>(texture); // of another device: none
+    return !texture || state.textures[stage];
+}
+
+void SoftDevice::SetTransform(TrType type, const D3DMATRIX& m) {
+    if (type < CRM_COUNT)
+        state.transforms[type] = m;
+}
+
+bool SoftDevice::SetClipPlane(uint32_t index, const PLANE& plane) {
+    if (index >= CLIP_PLANES)
+        return false;
+    state.planes[index] = plane;
+    return true;
+}
+
+bool SoftDevice::Draw(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count,
+                      const uint16_t* indices, uint32_t index_count) {
+    if (!opened || !in_scene)
+        return false;
+    SoftVertices drawing(state, Target(state.viewport));
+    return drawing.Read(fvf, vertices, vertex_count) && drawing.Draw(prim, indices, index_count);
+}
+
+bool SoftDevice::DrawPrimitive(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count) {
+    return Draw(prim, fvf, vertices, vertex_count, nullptr, vertex_count);
+}
+
+bool SoftDevice::DrawIndexedPrimitive(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count,
+                                      const uint16_t* indices, uint32_t index_count) {
+    return indices && Draw(prim, fvf, vertices, vertex_count, indices, index_count);
 }
 
 std::unique_ptr<DeviceSurface> SoftDevice::CreateTexture(const TextureDescription& d) {

@@ -1,4 +1,4 @@
-// Pixels of a texture surface in the device's own format. For the sources of the texture table only.
+// Pixels of a surface in the device's own format. For the sources of this room only.
 #pragma once
 
 #include "render/Textures.h"

@@ -4,6 +4,7 @@
 
 #include "foundation/Strings.h"
 #include "render/SoftDevice.h"
+#include "render/StateCache.h"
 
 std::unique_ptr<CRTexture> crvTTable[CR_MAX_TEXTURES];
 std::vector<CRTFormat> crvTFormats;
@@ -15,6 +16,13 @@ namespace {
 
 Device* texture_device = nullptr;
 
+// No stage may keep a surface that is gone.
+void Release(std::unique_ptr<CRTexture>& slot) {
+    if (slot)
+        criForgetTexture(slot->surface.get());
+    slot.reset();
+}
+
 } // namespace
 
 Device& criTextureDevice() {
@@ -25,6 +33,7 @@ Device& criTextureDevice() {
 void criSetTextureDevice(Device* device) {
     criTDestroy();
     texture_device = device;
+    criForgetStates();
     criTInit();
 }
 
@@ -42,7 +51,7 @@ void criTInit() {
 
 void criTDestroy() {
     for (auto& slot : crvTTable)
-        slot.reset();
+        Release(slot);
     crvTFormats.clear();
 }
 
@@ -73,7 +82,7 @@ uint32_t crTLoad(uint32_t handle, std::string_view path, std::string_view name) 
 int crTDestroy(uint32_t handle) {
     if (!crTRecord(handle))
         return -1;
-    crvTTable[handle].reset();
+    Release(crvTTable[handle]);
     return 0;
 }
 
@@ -81,7 +90,7 @@ int crTDestroyAll(uint32_t mask) {
     int count = 0;
     for (auto& slot : crvTTable)
         if (slot && (slot->level & mask) != 0) {
-            slot.reset();
+            Release(slot);
             ++count;
         }
     return count;

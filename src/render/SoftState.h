@@ -1,0 +1,58 @@
+// What the software device holds: its surfaces, and the state that its drawing goes by. For the sources of this room
+// only.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "render/Device.h"
+
+class SoftSurface : public DeviceSurface {
+public:
+    explicit SoftSurface(const TextureDescription& description); // zeroed pixels
+
+    uint32_t Width() const override { return width; }
+    uint32_t Height() const override { return height; }
+    uint32_t Levels() const override { return levels; }
+    uint32_t Faces() const override { return faces; }
+    const PixelFormat& Format() const override { return format; }
+    uint8_t* Lock(uint32_t level, uint32_t face, uint32_t& pitch) override;
+    bool Unlock(uint32_t level, uint32_t face) override { return level < levels && face < faces; }
+
+    // A pixel of level 0 with every channel widened to 0 to 255: red, green, blue, alpha. A channel that the format
+    // lacks is 255.
+    void ReadTexel(uint32_t x, uint32_t y, int (&rgba)[4]) const;
+
+private:
+    uint32_t Pitch(uint32_t level) const { return LevelSide(width, level) * pixel_size; }
+
+    uint32_t width, height, levels, faces, pixel_size;
+    PixelFormat format;
+    int shift[4];                // to the lowest bit of a channel
+    uint32_t largest[4];         // value of a channel, 0 without one
+    std::vector<size_t> offsets; // of each level of each face
+    std::vector<uint8_t> pixels;
+};
+
+struct SoftState {
+    SoftState(); // as a device opens
+
+    uint32_t states[RENDER_STATES] = {};
+    uint32_t stages[TEXTURE_STAGES][STAGE_STATES] = {};
+    const SoftSurface* textures[TEXTURE_STAGES] = {};
+    D3DMATRIX transforms[CRM_COUNT];
+    PLANE planes[CLIP_PLANES];
+    PixelRectangle viewport;
+};
+
+// The picture that is drawn to, and the part of it that may be touched. Pixels are 0x00RRGGBB.
+struct SoftTarget {
+    int width = 0, height = 0;
+    int left = 0, top = 0, right = 0, bottom = 0; // right and bottom are outside
+    uint32_t* pixels = nullptr;
+    float* depth = nullptr; // 0 near to 1 far
+
+    size_t At(int x, int y) const {
+        return static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x);
+    }
+};
