@@ -42,6 +42,7 @@ int main(int argc, char** argv) {
     SetDesktop(&desktop);
     std::signal(SIGINT, OnInterrupt);
     std::signal(SIGTERM, OnInterrupt);
+    std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow any more is a write that fails
     command_line.progress_bar = isatty(STDERR_FILENO) != 0;
     command_line.stop_signal = &stop_signal;
     const ExitStatus status = CMarrowstead2App::CompileProject(command_line);
