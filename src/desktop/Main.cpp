@@ -1,11 +1,11 @@
 // marrowstead2000 [options] PROJECT.msp: compiles the project and ends.
-#include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
 #include <unistd.h>
 
 #include "editor/Application.h"
 #include "foundation/Desktop.h"
+#include "foundation/Options.h"
 
 static volatile std::sig_atomic_t stop_signal = 0;
 
@@ -29,14 +29,8 @@ int main(int argc, char** argv) {
     app.add_option("--report", command_line.report_file, "write a report of the run to this file, as JSON");
     app.add_option("--pictures", command_line.picture_folder, "write a plan of the level and what its eyes see into this folder");
     app.add_option("--threads", command_line.threads, "threads of the compile (default: all cores)")->check(CLI::Range(1, 1024));
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& wanted) {
-        return app.exit(wanted);
-    } catch (const CLI::ParseError& wrong) {
-        std::fprintf(stderr, "%s (--help tells the options)\n", wrong.what());
-        return EXIT_BAD_INPUT;
-    }
+    if (const std::optional<int> status = ParseOptions(app, argc, argv, EXIT_BAD_INPUT))
+        return *status;
     command_line.kind = entities ? CompileKind::Entities : entities_visibility ? CompileKind::EntitiesAndVisibility : CompileKind::World;
     HeadlessDesktop desktop(stderr);
     SetDesktop(&desktop);

@@ -67,13 +67,13 @@ struct ItemBuffer::Polygon {
     int count = 0;
 
     using Distance = double (*)(const Point&, double);
-    void CutAt(Distance distance, double zn) {
+    void CutAt(Distance distance, double near_distance) {
         Point source[MOST];
         double from[MOST];
         bool cut = false;
         for (int k = 0; k < count; ++k) {
             source[k] = corners[k];
-            from[k] = distance(source[k], zn);
+            from[k] = distance(source[k], near_distance);
             cut = cut || from[k] < 0;
         }
         if (!cut)

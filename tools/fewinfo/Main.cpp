@@ -1,5 +1,4 @@
 // fewinfo [--json] [--check] [--lightmaps DIR] FILE.few: what a compiled world holds.
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <filesystem>
 #include <map>
@@ -7,6 +6,7 @@
 
 #include "Checks.h"
 #include "files/Png.h"
+#include "foundation/Options.h"
 #include "foundation/Strings.h"
 #include "scene/World.h"
 
@@ -92,14 +92,8 @@ int main(int argc, char** argv) {
     app.add_flag("--json", as_json, "print JSON");
     app.add_flag("--check", check, "check every rule that the file alone can show; exit status 1 when one is broken");
     app.add_option("--lightmaps", lightmap_folder, "write the lightmap pages as pictures into this folder");
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& wanted) {
-        return app.exit(wanted);
-    } catch (const CLI::ParseError& wrong) {
-        std::fprintf(stderr, "%s (--help tells the options)\n", wrong.what());
-        return EXIT_BAD_FILE;
-    }
+    if (const std::optional<int> status = ParseOptions(app, argc, argv, EXIT_BAD_FILE))
+        return *status;
     WorldFile world;
     std::string error;
     if (!ReadWorldFile(file, world, error)) {

@@ -1,5 +1,4 @@
 // fewview [--data DIR] [--camera X Y Z RX RY] [--size W H] FILE.few OUT.png: a picture of a compiled world.
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <filesystem>
 
@@ -7,6 +6,7 @@
 #include "definitions/MaterialLibrary.h"
 #include "editor/Application.h"
 #include "files/Png.h"
+#include "foundation/Options.h"
 #include "foundation/Strings.h"
 #include "render/Textures.h"
 
@@ -39,14 +39,8 @@ int main(int argc, char** argv) {
     app.add_option("--data", data_folder, "the game data root, for the textures (default: the current folder)");
     app.add_option("--camera", camera_values, "X Y Z, elevation and azimuth in radians")->expected(5);
     app.add_option("--size", size, "width and height in pixels")->expected(2)->check(CLI::Range(16, 8192));
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& wanted) {
-        return app.exit(wanted);
-    } catch (const CLI::ParseError& wrong) {
-        std::fprintf(stderr, "%s (--help tells the options)\n", wrong.what());
-        return EXIT_BAD_FILE;
-    }
+    if (const std::optional<int> status = ParseOptions(app, argc, argv, EXIT_BAD_FILE))
+        return *status;
     std::error_code failure;
     file = std::filesystem::absolute(file, failure).string();
     picture_file = std::filesystem::absolute(picture_file, failure).string();

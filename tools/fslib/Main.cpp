@@ -1,5 +1,4 @@
 // fslib: writes and reads packed ".fs" libraries.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -11,6 +10,7 @@
 #include "files/FileLibrary.h"
 #include "files/FileObject.h"
 #include "files/LibraryWriter.h"
+#include "foundation/Options.h"
 #include "foundation/Paths.h"
 
 namespace fs = std::filesystem;
@@ -242,10 +242,7 @@ int main(int argc, char** argv) {
     test->add_option("library", library, "The .fs file")->required();
     test->callback([&] { status = Test(library); });
 
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? EXIT_OK : EXIT_BAD_INPUT;
-    }
+    if (const std::optional<int> ended = ParseOptions(app, argc, argv, EXIT_BAD_INPUT))
+        return *ended;
     return status;
 }
