@@ -77,7 +77,8 @@ struct Level {
             AddBox(BT_BOX, {cx, 0, cz}, {cx + 20, 12 + static_cast<float>(k * 7 % 30), cz + 24});
         }
         for (int k = 0; k < 5; ++k)
-            AddEntity("POINT_LIGHT", {x + 80 + 88 * static_cast<float>(k), 190, z + 90 + static_cast<float>(k * 173 % 330)}, 380);
+            AddEntity("POINT_LIGHT",
+                      {x + 80 + 88 * static_cast<float>(k), 190, z + 90 + static_cast<float>(k * 173 % 330)}, 380);
         AddEntity("VISIBILITY_EYE", {x + ROOM / 2 + 8, 140, z + ROOM / 2 + 8});
     }
     void AddWall(float x, float z, bool south, bool door) {

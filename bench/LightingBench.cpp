@@ -206,9 +206,11 @@ RTCScene EmbreeScene(RTCDevice device, const World& world) {
                 for (const uint16_t index : triangle.i)
                     corners.push_back(surface.vertices[index]);
         });
-    void* vertices = rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3, sizeof(D3DVECTOR), corners.size());
+    void* vertices = rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3, sizeof(D3DVECTOR),
+                                             corners.size());
     std::memcpy(vertices, corners.data(), corners.size() * sizeof(D3DVECTOR));
-    auto* indices = static_cast<unsigned*>(rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, 3 * sizeof(unsigned), corners.size() / 3));
+    auto* indices = static_cast<unsigned*>(rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3,
+                                                                   3 * sizeof(unsigned), corners.size() / 3));
     for (unsigned k = 0; k < corners.size(); ++k)
         indices[k] = k;
     rtcCommitGeometry(geometry);
@@ -229,7 +231,8 @@ void BM_ShadowEmbree(benchmark::State& bench) {
     for (auto _ : bench)
         ParallelFor(PIECES, threads, [&](int piece, int) {
             size_t found = 0;
-            const size_t first = segments.size() * static_cast<size_t>(piece) / PIECES, end = segments.size() * static_cast<size_t>(piece + 1) / PIECES;
+            const size_t first = segments.size() * static_cast<size_t>(piece) / PIECES,
+                         end = segments.size() * static_cast<size_t>(piece + 1) / PIECES;
             RTCIntersectContext context;
             rtcInitIntersectContext(&context);
             for (size_t k = first; k < end; ++k) {
@@ -245,7 +248,8 @@ void BM_ShadowEmbree(benchmark::State& bench) {
             blocked += found;
         });
     bench.SetItemsProcessed(static_cast<int64_t>(bench.iterations()) * static_cast<int64_t>(segments.size()));
-    bench.counters["blocked"] = static_cast<double>(blocked) / static_cast<double>(bench.iterations()) / static_cast<double>(segments.size());
+    bench.counters["blocked"] =
+        static_cast<double>(blocked) / static_cast<double>(bench.iterations()) / static_cast<double>(segments.size());
     rtcReleaseScene(scene);
     rtcReleaseDevice(device);
 }

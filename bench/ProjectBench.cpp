@@ -1,4 +1,5 @@
-// Projects of many boxes: loaded, saved, and their unused materials flushed. A stage's cost may not grow faster than its work.
+// Projects of many boxes: loaded, saved, and their unused materials flushed. A stage's cost may not grow faster than
+// its work.
 #include <benchmark/benchmark.h>
 
 #include <filesystem>
@@ -13,14 +14,17 @@ constexpr int MATERIALS = 40;
 // A data root with small materials in a fresh folder, made the current one; it goes away at the end.
 class DataRoot {
 public:
-    DataRoot() : before(std::filesystem::current_path()), folder(std::filesystem::temp_directory_path() / "marrowstead-bench") {
+    DataRoot()
+        : before(std::filesystem::current_path()),
+          folder(std::filesystem::temp_directory_path() / "marrowstead-bench") {
         std::filesystem::remove_all(folder);
         std::filesystem::create_directories(folder / "Scripts/Materials/box");
         std::filesystem::create_directories(folder / "Textures/box");
         std::filesystem::current_path(folder);
         for (int m = 0; m < MATERIALS; ++m) {
             const std::string name = "m" + std::to_string(m);
-            std::ofstream("Scripts/Materials/box/" + name + ".mtl") << "#Basic Material Properties\n{\nDIFFUSE_MAP = box\\" << name << ";\n}\n";
+            std::ofstream("Scripts/Materials/box/" + name + ".mtl")
+                << "#Basic Material Properties\n{\nDIFFUSE_MAP = box\\" << name << ";\n}\n";
             std::string targa(18 + 4 * 4 * 3, '\x40');
             std::fill(targa.begin(), targa.begin() + 18, '\0');
             targa[2] = 2, targa[12] = 4, targa[14] = 4, targa[16] = 24;
@@ -45,7 +49,8 @@ public:
             shape.pivot = at + D3DVECTOR{24, 24, 24};
             Brush* brush = world->AddBrush(std::make_unique<Brush>(shape));
             brush->GenerateNewObjectID();
-            brush->ForEachSurface([&](Surface& surface, int s, bool) { surface.texture.index = 1 + (b + s) % MATERIALS; });
+            brush->ForEachSurface(
+                [&](Surface& surface, int s, bool) { surface.texture.index = 1 + (b + s) % MATERIALS; });
         }
         return world;
     }

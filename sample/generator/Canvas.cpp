@@ -10,7 +10,8 @@
 void Canvas::Paint(const std::function<Pixel(float, float)>& paint) {
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
-            At(x, y) = paint((static_cast<float>(x) + 0.5f) / static_cast<float>(width), (static_cast<float>(y) + 0.5f) / static_cast<float>(height));
+            At(x, y) = paint((static_cast<float>(x) + 0.5f) / static_cast<float>(width),
+                             (static_cast<float>(y) + 0.5f) / static_cast<float>(height));
 }
 
 static uint8_t Byte(float value) { return static_cast<uint8_t>(ChannelToByte(value)); }
@@ -53,7 +54,8 @@ static void Put(std::vector<uint8_t>& bytes, T value) {
 
 // End colours are the darkest and the brightest pixel of the block; the others take the nearest of the four steps.
 static void PutColorBlock(std::vector<uint8_t>& bytes, const std::array<Pixel, 16>& block) {
-    const auto [dark, bright] = std::minmax_element(block.begin(), block.end(), [](const Pixel& p, const Pixel& q) { return Luma(p) < Luma(q); });
+    const auto [dark, bright] = std::minmax_element(block.begin(), block.end(),
+                                                    [](const Pixel& p, const Pixel& q) { return Luma(p) < Luma(q); });
     uint16_t first = Pack565(*bright), second = Pack565(*dark);
     const float low = Luma(*dark), span = Luma(*bright) - low;
     uint32_t indices = 0;
@@ -136,7 +138,9 @@ float TilingNoise(float x, float y, int period, uint32_t seed) {
     const int x0 = static_cast<int>(std::floor(x)), y0 = static_cast<int>(std::floor(y));
     const float fx = x - static_cast<float>(x0), fy = y - static_cast<float>(y0);
     const float sx = fx * fx * (3 - 2 * fx), sy = fy * fy * (3 - 2 * fy);
-    const auto value = [&](int cx, int cy) { return CellValue((cx % period + period) % period, (cy % period + period) % period, seed); };
+    const auto value = [&](int cx, int cy) {
+        return CellValue((cx % period + period) % period, (cy % period + period) % period, seed);
+    };
     const float top = value(x0, y0) + (value(x0 + 1, y0) - value(x0, y0)) * sx;
     const float bottom = value(x0, y0 + 1) + (value(x0 + 1, y0 + 1) - value(x0, y0 + 1)) * sx;
     return top + (bottom - top) * sy;
@@ -145,6 +149,7 @@ float TilingNoise(float x, float y, int period, uint32_t seed) {
 float Turbulence(float u, float v, int period, int octaves, uint32_t seed) {
     float sum = 0, weight = 0.5f;
     for (int k = 0; k < octaves; ++k, period *= 2, weight *= 0.5f)
-        sum += weight * TilingNoise(u * static_cast<float>(period), v * static_cast<float>(period), period, seed + static_cast<uint32_t>(k));
+        sum += weight * TilingNoise(u * static_cast<float>(period), v * static_cast<float>(period), period,
+                                    seed + static_cast<uint32_t>(k));
     return sum;
 }

@@ -20,7 +20,9 @@ inline Pixel Shade(const Pixel& p, float f) { return {p.r * f, p.g * f, p.b * f,
 class Canvas {
 public:
     Canvas(int w, int h) : width(w), height(h), pixels(static_cast<size_t>(w) * static_cast<size_t>(h)) {}
-    Pixel& At(int x, int y) { return pixels[static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)]; }
+    Pixel& At(int x, int y) {
+        return pixels[static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)];
+    }
     const Pixel& At(int x, int y) const { return const_cast<Canvas*>(this)->At(x, y); }
     // paint(u, v) with u, v from 0 to 1.
     void Paint(const std::function<Pixel(float u, float v)>& paint);

@@ -1,18 +1,25 @@
-// The sample level: a ruined abbey. A hall with columns, a library, a chapel with stained glass, a crypt, a workshop, and
-// the passages between them.
+// The sample level: a ruined abbey. A hall with columns, a library, a chapel with stained glass, a crypt, a workshop,
+// and the passages between them.
 #include "LevelBuilder.h"
 #include "Sample.h"
 #include "definitions/MaterialLibrary.h"
 #include "persistence/Project.h"
 
-static const Finish BRICK{"brick", "brick_red"}, OLD_BRICK{"brick", "brick_old"}, PLASTER{"plaster", "plaster"}, PLANKS{"wood", "planks"},
-    STEEL{"metal", "steel"}, CONCRETE{"concrete", "concrete"}, GLASS{"glass", "stained"};
+static const Finish BRICK{"brick", "brick_red"}, OLD_BRICK{"brick", "brick_old"}, PLASTER{"plaster", "plaster"},
+    PLANKS{"wood", "planks"}, STEEL{"metal", "steel"}, CONCRETE{"concrete", "concrete"}, GLASS{"glass", "stained"};
 
 static constexpr uint32_t CANDLE = 0xFFB868, DAYLIGHT = 0xE8F0FF, TORCH = 0xFF9040, COLD = 0x90B0FF;
 
 static void BuildHall(LevelBuilder& level) {
-    level.AddRoom({{-512, 0, -384}, {512, 320, 384}, CONCRETE, BRICK, PLANKS,
-                   {{Side::East, 0, 128, 0, 192}, {Side::North, 0, 128, 0, 192}, {Side::West, 0, 112, 0, 160}, {Side::South, -256, 112, 0, 160}}});
+    level.AddRoom({{-512, 0, -384},
+                   {512, 320, 384},
+                   CONCRETE,
+                   BRICK,
+                   PLANKS,
+                   {{Side::East, 0, 128, 0, 192},
+                    {Side::North, 0, 128, 0, 192},
+                    {Side::West, 0, 112, 0, 160},
+                    {Side::South, -256, 112, 0, 160}}});
     for (float x : {-288.0f, 0.0f, 288.0f})
         for (float z : {-208.0f, 208.0f})
             level.AddColumn({x, 0, z}, 320, 32, PLASTER);
@@ -27,7 +34,12 @@ static void BuildHall(LevelBuilder& level) {
 }
 
 static void BuildLibrary(LevelBuilder& level) {
-    level.AddRoom({{544, 0, -64}, {992, 192, 64}, PLANKS, OLD_BRICK, PLANKS, {{Side::East, 0, 128, 0, 192}, {Side::West, 0, 128, 0, 192}}});
+    level.AddRoom({{544, 0, -64},
+                   {992, 192, 64},
+                   PLANKS,
+                   OLD_BRICK,
+                   PLANKS,
+                   {{Side::East, 0, 128, 0, 192}, {Side::West, 0, 128, 0, 192}}});
     level.AddRoom({{1024, 0, -320}, {1664, 256, 320}, PLANKS, PLASTER, PLANKS, {{Side::West, 0, 128, 0, 192}}});
     for (float z : {-224.0f, -112.0f, 112.0f, 224.0f}) {
         level.AddBox({1152, 0, z - 12}, {1440, 144, z + 12}, PLANKS); // a bookcase
@@ -45,7 +57,12 @@ static void BuildLibrary(LevelBuilder& level) {
 }
 
 static void BuildChapel(LevelBuilder& level) {
-    level.AddRoom({{-64, 0, 416}, {64, 192, 736}, CONCRETE, OLD_BRICK, PLASTER, {{Side::North, 0, 128, 0, 192}, {Side::South, 0, 128, 0, 192}}});
+    level.AddRoom({{-64, 0, 416},
+                   {64, 192, 736},
+                   CONCRETE,
+                   OLD_BRICK,
+                   PLASTER,
+                   {{Side::North, 0, 128, 0, 192}, {Side::South, 0, 128, 0, 192}}});
     std::vector<Opening> openings = {{Side::South, 0, 128, 0, 192}};
     const float windows[] = {928, 1120, 1312};
     for (float z : windows)
@@ -55,7 +72,7 @@ static void BuildChapel(LevelBuilder& level) {
         if (Brush* pane = level.AddBox({326, 96, z - 48}, {330, 288, z + 48}, GLASS))
             pane->name = "chapel_window";
         level.AddSpot({560, 420, z}, {0, 0, z}, 900, 40, 1.6f, DAYLIGHT); // the sun outside
-        level.AddBox({-240, 0, z - 24}, {-64, 32, z + 24}, PLANKS); // pews
+        level.AddBox({-240, 0, z - 24}, {-64, 32, z + 24}, PLANKS);       // pews
         level.AddBox({64, 0, z - 24}, {240, 32, z + 24}, PLANKS);
     }
     for (float z : {500.0f, 620.0f})

@@ -55,7 +55,8 @@ void LevelBuilder::AddRoom(const Room& room) {
 // Cuts a wall at its openings: a piece before each, one below and one above it, and what is left at the end.
 void LevelBuilder::AddWall(const Room& room, Side side) {
     std::vector<Opening> openings;
-    std::copy_if(room.openings.begin(), room.openings.end(), std::back_inserter(openings), [side](const Opening& o) { return o.side == side; });
+    std::copy_if(room.openings.begin(), room.openings.end(), std::back_inserter(openings),
+                 [side](const Opening& o) { return o.side == side; });
     std::sort(openings.begin(), openings.end(), [](const Opening& a, const Opening& b) { return a.middle < b.middle; });
     const bool along_z = side == Side::East || side == Side::West;
     // Walls along z take the corners.
@@ -76,10 +77,18 @@ void LevelBuilder::AddWallPiece(const Room& room, Side side, float from, float t
         return;
     D3DVECTOR min{from, bottom, from}, max{to, top, to};
     switch (side) {
-    case Side::East: min.x = room.max.x, max.x = room.max.x + WALL; break;
-    case Side::West: min.x = room.min.x - WALL, max.x = room.min.x; break;
-    case Side::North: min.z = room.max.z, max.z = room.max.z + WALL; break;
-    case Side::South: min.z = room.min.z - WALL, max.z = room.min.z; break;
+    case Side::East:
+        min.x = room.max.x, max.x = room.max.x + WALL;
+        break;
+    case Side::West:
+        min.x = room.min.x - WALL, max.x = room.min.x;
+        break;
+    case Side::North:
+        min.z = room.max.z, max.z = room.max.z + WALL;
+        break;
+    case Side::South:
+        min.z = room.min.z - WALL, max.z = room.min.z;
+        break;
     }
     AddBox(min, max, room.walls);
 }
@@ -91,20 +100,27 @@ static Brush* AddUnpainted(World& world, const BrushShape& shape) {
     return brush;
 }
 
-Brush* LevelBuilder::AddPortal(const D3DVECTOR& min, const D3DVECTOR& max) { return AddUnpainted(world, ShapeOf(BT_PORTAL, min, max)); }
+Brush* LevelBuilder::AddPortal(const D3DVECTOR& min, const D3DVECTOR& max) {
+    return AddUnpainted(world, ShapeOf(BT_PORTAL, min, max));
+}
 
-Brush* LevelBuilder::AddOccluder(const D3DVECTOR& min, const D3DVECTOR& max) { return AddUnpainted(world, ShapeOf(BT_OCCLUDER, min, max)); }
+Brush* LevelBuilder::AddOccluder(const D3DVECTOR& min, const D3DVECTOR& max) {
+    return AddUnpainted(world, ShapeOf(BT_OCCLUDER, min, max));
+}
 
 void LevelBuilder::AddColumn(const D3DVECTOR& foot, float height, float radius, const Finish& finish) {
     const float plinth = radius * 1.4f, step = radius * 0.75f;
     AddBox({foot.x - plinth, foot.y, foot.z - plinth}, {foot.x + plinth, foot.y + step, foot.z + plinth}, finish);
-    AddBox({foot.x - plinth, foot.y + height - step, foot.z - plinth}, {foot.x + plinth, foot.y + height, foot.z + plinth}, finish);
-    BrushShape shaft = ShapeOf(BT_CYLINDER, {foot.x - radius, foot.y + step, foot.z - radius}, {foot.x + radius, foot.y + height - step, foot.z + radius});
+    AddBox({foot.x - plinth, foot.y + height - step, foot.z - plinth},
+           {foot.x + plinth, foot.y + height, foot.z + plinth}, finish);
+    BrushShape shaft = ShapeOf(BT_CYLINDER, {foot.x - radius, foot.y + step, foot.z - radius},
+                               {foot.x + radius, foot.y + height - step, foot.z + radius});
     shaft.segment_count = 1;
     AddShape(shaft, finish);
 }
 
-void LevelBuilder::AddArch(const D3DVECTOR& min, const D3DVECTOR& max, bool crossed_along_x, float rise, const Finish& finish) {
+void LevelBuilder::AddArch(const D3DVECTOR& min, const D3DVECTOR& max, bool crossed_along_x, float rise,
+                           const Finish& finish) {
     // The corner piece of the front view fills the upper left corner; crossed along x the left view shows it.
     const uint32_t view = crossed_along_x ? 2 : 1;
     for (bool far_half : {false, true}) {
@@ -174,7 +190,8 @@ Entity* LevelBuilder::AddLight(const D3DVECTOR& position, float range, float int
     return light;
 }
 
-Entity* LevelBuilder::AddSpot(const D3DVECTOR& position, const D3DVECTOR& target, float range, float angle, float intensity, uint32_t rgb) {
+Entity* LevelBuilder::AddSpot(const D3DVECTOR& position, const D3DVECTOR& target, float range, float angle,
+                              float intensity, uint32_t rgb) {
     Entity* light = AddEntity("spot", position);
     Entity* aim = AddEntity("target", target);
     if (!light || !aim)

@@ -1,4 +1,5 @@
-// Building blocks of the sample level: boxes, rooms with openings, columns, arches, lights. Units as in the editor, Y up.
+// Building blocks of the sample level: boxes, rooms with openings, columns, arches, lights. Units as in the editor, Y
+// up.
 #pragma once
 
 #include <string>
@@ -47,7 +48,8 @@ public:
 
     Entity* AddEntity(const char* definition, const D3DVECTOR& position, const char* variable_name = nullptr);
     Entity* AddLight(const D3DVECTOR& position, float range, float intensity, uint32_t rgb);
-    Entity* AddSpot(const D3DVECTOR& position, const D3DVECTOR& target, float range, float angle, float intensity, uint32_t rgb);
+    Entity* AddSpot(const D3DVECTOR& position, const D3DVECTOR& target, float range, float angle, float intensity,
+                    uint32_t rgb);
     // A portal that closes a box-shaped opening; the opening's edges reach a little into the walls.
     Brush* AddPortal(const D3DVECTOR& min, const D3DVECTOR& max);
     Brush* AddOccluder(const D3DVECTOR& min, const D3DVECTOR& max);

@@ -20,8 +20,9 @@ static bool Pack(LibraryWriter& library, const std::string& path) {
 }
 
 bool MakeLibraries(std::string& error) {
-    static const char* const base_files[] = {"Textures\\concrete\\concrete.dds", "Textures\\metal\\steel.tga", "Textures\\plaster\\plaster.tga",
-                                             "Textures\\water\\still.dds", "Textures\\water\\waves.dds", "Models\\actors\\guard.msh",
+    static const char* const base_files[] = {"Textures\\concrete\\concrete.dds", "Textures\\metal\\steel.tga",
+                                             "Textures\\plaster\\plaster.tga",   "Textures\\water\\still.dds",
+                                             "Textures\\water\\waves.dds",       "Models\\actors\\guard.msh",
                                              "entities_meshes\\statue.msh"};
     const std::string plaster = "Textures\\plaster\\plaster.tga";
     LibraryWriter base, restored;

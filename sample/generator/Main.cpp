@@ -18,12 +18,15 @@ int main(int argc, char** argv) {
     SetDesktop(&desktop);
     std::error_code failure;
     std::filesystem::create_directories(argv[1], failure);
-    std::filesystem::copy(argv[2], argv[1], std::filesystem::copy_options::recursive | std::filesystem::copy_options::overwrite_existing, failure);
+    std::filesystem::copy(argv[2], argv[1],
+                          std::filesystem::copy_options::recursive | std::filesystem::copy_options::overwrite_existing,
+                          failure);
     if (!failure)
         std::filesystem::current_path(argv[1], failure);
     if (failure)
         return Fail(std::string("\"") + argv[1] + "\" cannot be made: " + failure.message());
-    for (const char* folder : {"Data", "Addons", "Maps", "Marrowstead/Projects", "Marrowstead/Brushes", "Marrowstead/Prefabs"})
+    for (const char* folder :
+         {"Data", "Addons", "Maps", "Marrowstead/Projects", "Marrowstead/Brushes", "Marrowstead/Prefabs"})
         std::filesystem::create_directories(folder, failure);
     std::string error;
     if (!MakeTextures() || !MakeMeshes())

@@ -20,7 +20,8 @@ struct MeshPart {
 };
 
 // The profile turned about the y axis; corners of each quad have a normal of their own, so edges stay sharp.
-static MeshPart Turn(const std::string& name, const std::string& material, const std::vector<ProfilePoint>& profile, int corners) {
+static MeshPart Turn(const std::string& name, const std::string& material, const std::vector<ProfilePoint>& profile,
+                     int corners) {
     MeshPart part{name, material, {}, {}, {}, {}};
     const auto point = [corners](const ProfilePoint& p, int k) {
         const float angle = TWO_PI * static_cast<float>(k % corners) / static_cast<float>(corners);
@@ -28,7 +29,8 @@ static MeshPart Turn(const std::string& name, const std::string& material, const
     };
     for (size_t row = 0; row + 1 < profile.size(); ++row)
         for (int k = 0; k < corners; ++k) {
-            const D3DVECTOR quad[4] = {point(profile[row], k), point(profile[row + 1], k), point(profile[row + 1], k + 1), point(profile[row], k + 1)};
+            const D3DVECTOR quad[4] = {point(profile[row], k), point(profile[row + 1], k),
+                                       point(profile[row + 1], k + 1), point(profile[row], k + 1)};
             const D3DVECTOR normal = NormalizeOrZero(CrossProduct(quad[2] - quad[0], quad[3] - quad[1]));
             const auto first = static_cast<uint16_t>(part.vertices.size());
             for (int c = 0; c < 4; ++c) {
@@ -50,7 +52,8 @@ static bool WriteMesh(const std::string& path, const std::vector<MeshPart>& part
     for (size_t k = 0; k < parts.size(); ++k) {
         const MeshPart& part = parts[k];
         file.CreateChunk(part.name, static_cast<uint32_t>(k + 1));
-        const int32_t info[4] = {4, static_cast<int32_t>(part.vertices.size()), static_cast<int32_t>(part.triangles.size()), 0};
+        const int32_t info[4] = {4, static_cast<int32_t>(part.vertices.size()),
+                                 static_cast<int32_t>(part.triangles.size()), 0};
         file.WriteArray(info, sizeof info);
         std::vector<char> material(260, '\0');
         std::copy(part.material.begin(), part.material.end(), material.begin());
@@ -64,12 +67,15 @@ static bool WriteMesh(const std::string& path, const std::vector<MeshPart>& part
 }
 
 bool MakeMeshes() {
-    const std::vector<ProfilePoint> lantern = {{0, -14}, {9, -12}, {10, -8}, {7, -6}, {7, 6}, {11, 9}, {4, 14}, {0, 16}};
+    const std::vector<ProfilePoint> lantern = {{0, -14}, {9, -12}, {10, -8}, {7, -6},
+                                               {7, 6},   {11, 9},  {4, 14},  {0, 16}};
     const std::vector<ProfilePoint> pedestal = {{24, 0}, {24, 10}, {18, 14}, {18, 30}, {22, 34}, {0, 34}};
     const std::vector<ProfilePoint> figure = {{16, 34}, {12, 60}, {14, 78}, {6, 84}, {8, 92}, {0, 100}};
     const std::vector<ProfilePoint> body = {{12, 0}, {14, 36}, {6, 56}, {0, 58}};
     const std::vector<ProfilePoint> head = {{0, 56}, {7, 60}, {7, 68}, {0, 72}};
     return WriteMesh("Marrowstead\\Brushes\\lamp.msh", {Turn("lamp", "lamp_iron", lantern, 8)}) &&
-           WriteMesh("entities_meshes\\statue.msh", {Turn("pedestal", "stone", pedestal, 4), Turn("figure", "stone", figure, 10)}) &&
-           WriteMesh("Models\\actors\\guard.msh", {Turn("body", "guard_body", body, 10), Turn("head", "guard_head", head, 8)});
+           WriteMesh("entities_meshes\\statue.msh",
+                     {Turn("pedestal", "stone", pedestal, 4), Turn("figure", "stone", figure, 10)}) &&
+           WriteMesh("Models\\actors\\guard.msh",
+                     {Turn("body", "guard_body", body, 10), Turn("head", "guard_head", head, 8)});
 }

@@ -1,5 +1,5 @@
-// The second sample level: a priory of twelve rooms and a yard, divided into cells. Each doorway has a portal and each room
-// an eye; one room with a partition has two that are linked.
+// The second sample level: a priory of twelve rooms and a yard, divided into cells. Each doorway has a portal and each
+// room an eye; one room with a partition has two that are linked.
 #include <array>
 
 #include "LevelBuilder.h"
@@ -21,7 +21,8 @@ const Finish CEILING{"wood", "planks"}, GRASS{"ground", "meadow"}, STEEL{"metal"
 
 class Priory {
 public:
-    Priory(World& level_world, EntityParser& parser, bool with_faults) : world(level_world), level(level_world, parser), broken(with_faults) {}
+    Priory(World& level_world, EntityParser& parser, bool with_faults)
+        : world(level_world), level(level_world, parser), broken(with_faults) {}
 
     bool Build() {
         for (int j = 0; j < ROWS; ++j)
@@ -43,13 +44,17 @@ public:
 private:
     static D3DVECTOR Low(int i, int j) { return {static_cast<float>(i) * STEP, 0, static_cast<float>(j) * STEP}; }
     static D3DVECTOR Middle(int i, int j) { return Low(i, j) + D3DVECTOR{ROOM / 2, 0, ROOM / 2}; }
-    static bool DoorNorth(int i, int j) { return i >= 1 && i < COLUMNS - 1 && j >= 0 && j + 1 < ROWS; } // between rows j and j + 1
+    static bool DoorNorth(int i, int j) {
+        return i >= 1 && i < COLUMNS - 1 && j >= 0 && j + 1 < ROWS;
+    } // between rows j and j + 1
     Entity*& Eye(int i, int j) { return eyes[static_cast<size_t>(j * COLUMNS + i)]; }
 
     void BuildRoom(int i, int j) {
         const D3DVECTOR lo = Low(i, j), mid = Middle(i, j);
         Room room{lo, lo + D3DVECTOR{ROOM, HEIGHT, ROOM}, FLOORS[(i + j) % 3], WALLS[i], CEILING, {}, false};
-        const auto open = [&](Side side, float middle) { room.openings.push_back({side, middle, DOOR_WIDTH, 0, DOOR_HEIGHT}); };
+        const auto open = [&](Side side, float middle) {
+            room.openings.push_back({side, middle, DOOR_WIDTH, 0, DOOR_HEIGHT});
+        };
         if (i + 1 < COLUMNS)
             open(Side::East, mid.z);
         if (i > 0)
@@ -74,8 +79,10 @@ private:
     void ClosePassage(int i, int j, bool eastward) {
         const D3DVECTOR mid = Middle(i, j);
         const float edge = DOOR_WIDTH / 2 + SEAL, centre = ROOM / 2 + WALL, thin = 4;
-        const D3DVECTOR min = eastward ? D3DVECTOR{mid.x + centre - thin, -SEAL, mid.z - edge} : D3DVECTOR{mid.x - edge, -SEAL, mid.z + centre - thin};
-        const D3DVECTOR max = eastward ? D3DVECTOR{mid.x + centre + thin, DOOR_HEIGHT + SEAL, mid.z + edge} : D3DVECTOR{mid.x + edge, DOOR_HEIGHT + SEAL, mid.z + centre + thin};
+        const D3DVECTOR min = eastward ? D3DVECTOR{mid.x + centre - thin, -SEAL, mid.z - edge}
+                                       : D3DVECTOR{mid.x - edge, -SEAL, mid.z + centre - thin};
+        const D3DVECTOR max = eastward ? D3DVECTOR{mid.x + centre + thin, DOOR_HEIGHT + SEAL, mid.z + edge}
+                                       : D3DVECTOR{mid.x + edge, DOOR_HEIGHT + SEAL, mid.z + centre + thin};
         if (broken && i == 2 && j == 2 && eastward)
             return; // a doorway without a portal: both rooms see into each other
         if (Brush* portal = level.AddPortal(min, max))
@@ -84,13 +91,27 @@ private:
 
     void BuildYard() {
         const D3DVECTOR mid = Middle(YARD_COLUMN, 0);
-        Room yard{{mid.x - YARD_DEPTH / 2, 0, -2 * WALL - YARD_DEPTH}, {mid.x + YARD_DEPTH / 2, YARD_WALL, -2 * WALL}, GRASS, {"brick", "brick_old"}, GRASS, {}, true};
+        Room yard{{mid.x - YARD_DEPTH / 2, 0, -2 * WALL - YARD_DEPTH},
+                  {mid.x + YARD_DEPTH / 2, YARD_WALL, -2 * WALL},
+                  GRASS,
+                  {"brick", "brick_old"},
+                  GRASS,
+                  {},
+                  true};
         // The north wall is as high as the priory, so that nothing of it shows above.
-        level.AddRoom({yard.min, yard.max, yard.floor, yard.walls, yard.ceiling, {{Side::North, mid.x, YARD_DEPTH, 0, YARD_WALL}}, true});
+        level.AddRoom({yard.min,
+                       yard.max,
+                       yard.floor,
+                       yard.walls,
+                       yard.ceiling,
+                       {{Side::North, mid.x, YARD_DEPTH, 0, YARD_WALL}},
+                       true});
         level.AddBox({yard.min.x - WALL, 0, -2 * WALL}, {mid.x - DOOR_WIDTH / 2, HEIGHT + WALL, -WALL}, WALLS[0]);
         level.AddBox({mid.x + DOOR_WIDTH / 2, 0, -2 * WALL}, {yard.max.x + WALL, HEIGHT + WALL, -WALL}, WALLS[0]);
-        level.AddBox({mid.x - DOOR_WIDTH / 2, DOOR_HEIGHT, -2 * WALL}, {mid.x + DOOR_WIDTH / 2, HEIGHT + WALL, -WALL}, WALLS[0]);
-        level.AddPortal({mid.x - DOOR_WIDTH / 2 - SEAL, -SEAL, -WALL - 4}, {mid.x + DOOR_WIDTH / 2 + SEAL, DOOR_HEIGHT + SEAL, -WALL + 4});
+        level.AddBox({mid.x - DOOR_WIDTH / 2, DOOR_HEIGHT, -2 * WALL}, {mid.x + DOOR_WIDTH / 2, HEIGHT + WALL, -WALL},
+                     WALLS[0]);
+        level.AddPortal({mid.x - DOOR_WIDTH / 2 - SEAL, -SEAL, -WALL - 4},
+                        {mid.x + DOOR_WIDTH / 2 + SEAL, DOOR_HEIGHT + SEAL, -WALL + 4});
         yard_eye = level.AddEntity("eye", {mid.x, 90, -2 * WALL - YARD_DEPTH / 2});
         for (const float side : {-1.0f, 1.0f})
             level.AddLight({mid.x + side * 200, 200, -400}, 800, 0.9f, 0xE8F0FF);
@@ -113,13 +134,16 @@ private:
         BuildPartition();
         BuildDoor();
         // A railing that can be seen through.
-        if (Brush* rail = level.AddBox(Middle(3, 0) + D3DVECTOR{-80, 0, 40}, Middle(3, 0) + D3DVECTOR{80, 60, 44}, STEEL)) {
+        if (Brush* rail =
+                level.AddBox(Middle(3, 0) + D3DVECTOR{-80, 0, 40}, Middle(3, 0) + D3DVECTOR{80, 60, 44}, STEEL)) {
             rail->name = "rail";
             rail->properties = BP_SEE_THROUGH;
         }
         // A trigger: its brush has no picture and stands in no cell.
         Entity* trigger = level.AddEntity("box_trigger", Middle(0, 1) + D3DVECTOR{0, 60, 0}, "bell_trigger");
-        if (Brush* volume = level.AddBox(Middle(0, 1) + D3DVECTOR{-40, 0, -40}, Middle(0, 1) + D3DVECTOR{40, 100, 40}, STEEL); volume && trigger) {
+        if (Brush* volume =
+                level.AddBox(Middle(0, 1) + D3DVECTOR{-40, 0, -40}, Middle(0, 1) + D3DVECTOR{40, 100, 40}, STEEL);
+            volume && trigger) {
             volume->ForEachSurface([](Surface& surface, int, bool) { surface.texture.index = 0; });
             volume->AddLinkedObjectID(trigger->GetObjectID());
             trigger->GetParameterStr("commands")->p_text = "PlaySound bell 100";
@@ -134,21 +158,24 @@ private:
         Entity* second = level.AddEntity("eye", mid + D3DVECTOR{0, 110, 130});
         if (second && Eye(2, 1))
             second->AddLinkedObjectID(Eye(2, 1)->GetObjectID());
-        level.AddBox(mid + D3DVECTOR{-150, 0, 110}, mid + D3DVECTOR{-110, 40, 150}, PLANKS); // only the second eye sees it
+        level.AddBox(mid + D3DVECTOR{-150, 0, 110}, mid + D3DVECTOR{-110, 40, 150},
+                     PLANKS); // only the second eye sees it
     }
 
     void BuildDoor() {
         const D3DVECTOR mid = Middle(1, 1);
         Entity* door = level.AddEntity("door", mid + D3DVECTOR{ROOM / 2 - 20, 60, 0}, "oak_door");
-        if (Brush* leaf = level.AddBox(mid + D3DVECTOR{ROOM / 2 + 2, 0, -DOOR_WIDTH / 2}, mid + D3DVECTOR{ROOM / 2 + 8, DOOR_HEIGHT, DOOR_WIDTH / 2}, PLANKS); leaf && door) {
+        if (Brush* leaf = level.AddBox(mid + D3DVECTOR{ROOM / 2 + 2, 0, -DOOR_WIDTH / 2},
+                                       mid + D3DVECTOR{ROOM / 2 + 8, DOOR_HEIGHT, DOOR_WIDTH / 2}, PLANKS);
+            leaf && door) {
             leaf->name = "oak_door_leaf";
             leaf->properties = BP_DYNAMIC;
             leaf->AddLinkedObjectID(door->GetObjectID());
         }
     }
 
-    // One fault of each kind. The doorway without a portal, above, shows portals to two cells, and what may stand in one
-    // cell only stands in two.
+    // One fault of each kind. The doorway without a portal, above, shows portals to two cells, and what may stand in
+    // one cell only stands in two.
     void BreakIt() {
         if (Eye(0, 2)) { // a room without an eye: its portal has no cell on that side, and its lights stand nowhere
             world.DeleteEntityByID(Eye(0, 2)->GetObjectID());

@@ -1,5 +1,5 @@
-// What makes the sample: each step works in the current folder, the game data root, and is false when a file could not be
-// written.
+// What makes the sample: each step works in the current folder, the game data root, and is false when a file could not
+// be written.
 #pragma once
 
 #include <string>

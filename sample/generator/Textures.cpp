@@ -14,7 +14,8 @@ static Canvas Bricks(const Pixel& base, const Pixel& joint, uint32_t seed) {
         if (fx < 0.05f || fy < 0.12f)
             return Shade(joint, 0.75f + 0.5f * grain);
         const float edge = std::min({(fx - 0.05f) * 8, (1 - fx) * 8, (fy - 0.12f) * 4, (1 - fy) * 4, 1.0f});
-        return Shade(base, (0.65f + 0.35f * CellValue(column, row, seed)) * (0.7f + 0.5f * grain) * (0.75f + 0.25f * edge));
+        return Shade(base,
+                     (0.65f + 0.35f * CellValue(column, row, seed)) * (0.7f + 0.5f * grain) * (0.75f + 0.25f * edge));
     });
     return canvas;
 }
@@ -31,7 +32,8 @@ static Canvas Planks() {
         const int plank = static_cast<int>(u * 8);
         const float fx = u * 8 - static_cast<float>(plank);
         const float grain = TilingNoise(u * 64, v * 4 + 9 * CellValue(plank, 0, 5), 64, 21);
-        const Pixel wood = Mix({0.36f, 0.22f, 0.11f}, {0.62f, 0.42f, 0.22f}, 0.5f * grain + 0.5f * CellValue(plank, 1, 5));
+        const Pixel wood =
+            Mix({0.36f, 0.22f, 0.11f}, {0.62f, 0.42f, 0.22f}, 0.5f * grain + 0.5f * CellValue(plank, 1, 5));
         return fx < 0.04f ? Shade(wood, 0.3f) : wood;
     });
     return canvas;
@@ -51,8 +53,11 @@ static Canvas Steel() {
 
 // Panes of coloured glass in leading: the panes let light pass, the leading does not.
 static Canvas StainedGlass() {
-    static const Pixel panes[] = {{0.9f, 0.15f, 0.1f, 0.35f}, {0.1f, 0.25f, 0.9f, 0.35f}, {0.95f, 0.75f, 0.1f, 0.3f},
-                                  {0.1f, 0.7f, 0.25f, 0.35f}, {0.6f, 0.15f, 0.7f, 0.4f}};
+    static const Pixel panes[] = {{0.9f, 0.15f, 0.1f, 0.35f},
+                                  {0.1f, 0.25f, 0.9f, 0.35f},
+                                  {0.95f, 0.75f, 0.1f, 0.3f},
+                                  {0.1f, 0.7f, 0.25f, 0.35f},
+                                  {0.6f, 0.15f, 0.7f, 0.4f}};
     Canvas canvas(128, 128);
     canvas.Paint([](float u, float v) {
         const float x = u * 4 + v * 4, y = u * 4 - v * 4 + 8;
@@ -91,8 +96,10 @@ bool MakeTextures() {
     saved &= Bricks({0.5f, 0.44f, 0.38f}, {0.35f, 0.34f, 0.32f}, 2).SaveTarga("Textures\\brick\\brick_old.tga", 24);
     saved &= Planks().SaveTarga("Textures\\wood\\planks.tga", 24);
     saved &= Steel().SaveTarga("Textures\\metal\\steel.tga", 24);
-    saved &= Grained(128, {0.28f, 0.28f, 0.27f}, {0.72f, 0.71f, 0.68f}, 8, 4).SaveDds("Textures\\concrete\\concrete.dds", Canvas::DdsKind::DXT1);
-    saved &= Grained(256, {0.08f, 0.2f, 0.05f}, {0.4f, 0.6f, 0.22f}, 32, 6).SaveTarga("Textures\\ground\\grass.tga", 24);
+    saved &= Grained(128, {0.28f, 0.28f, 0.27f}, {0.72f, 0.71f, 0.68f}, 8, 4)
+                 .SaveDds("Textures\\concrete\\concrete.dds", Canvas::DdsKind::DXT1);
+    saved &=
+        Grained(256, {0.08f, 0.2f, 0.05f}, {0.4f, 0.6f, 0.22f}, 32, 6).SaveTarga("Textures\\ground\\grass.tga", 24);
     saved &= StainedGlass().SaveTarga("Textures\\glass\\stained.tga", 32);
     saved &= Halo().SaveTarga("Textures\\fx\\halo.tga", 8);
     saved &= Water(41).SaveDds("Textures\\water\\still.dds", Canvas::DdsKind::DXT3);

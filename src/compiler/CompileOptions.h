@@ -27,8 +27,8 @@ struct CompileOptions {
     bool save_finalmap = false;        // collision geometry for brushes that are not dynamic, too
     bool create_render_groups = false; // merge small brushes
     Box clip_box{};
-    int threads = 0;                   // 0: all cores
-    FaceObserver face_observer;        // may be empty
+    int threads = 0;                     // 0: all cores
+    FaceObserver face_observer;          // may be empty
     uint32_t traceing_id = NO_OBJECT_ID; // the entity whose way into the cells goes to the trace log
 };
 

@@ -14,7 +14,8 @@ namespace {
 // Arrays and offsets of the records that are changed in place.
 constexpr uint32_t CELL_ENTITIES = 2, CELL_OCCLUDERS = 5;
 constexpr size_t CELL_RECORD_SIZE = 45, CELL_ENTITY_COUNT = 8, CELL_OCCLUDER_COUNT = 28;
-constexpr size_t BRUSH_HEADER_SIZE = 73, SURFACE_COUNT_AT = 28, LINK_COUNT_AT = 32, NAME_LENGTH_AT = 64, PARTICLE_LENGTH_AT = 68;
+constexpr size_t BRUSH_HEADER_SIZE = 73, SURFACE_COUNT_AT = 28, LINK_COUNT_AT = 32, NAME_LENGTH_AT = 64,
+                 PARTICLE_LENGTH_AT = 68;
 constexpr size_t PHYSICS_RECORD_SIZE = 108, FRICTION_AT = 16;
 constexpr uint32_t PHYSICS_ARRAYS = 4; // the last ones of a brush's data, the record first
 
@@ -31,8 +32,10 @@ void PutAt(std::vector<uint8_t>& record, size_t offset, const T& value) {
 
 class EntityUpdate {
 public:
-    EntityUpdate(const WorldSubdivide& subdivision, bool with_cells, UChunkFile& old_file, UChunkFile& new_file, CompileProgress& compile_progress)
-        : ws(subdivision), world(subdivision.world), update_cells(with_cells), source(old_file), file(new_file), progress(compile_progress) {}
+    EntityUpdate(const WorldSubdivide& subdivision, bool with_cells, UChunkFile& old_file, UChunkFile& new_file,
+                 CompileProgress& compile_progress)
+        : ws(subdivision), world(subdivision.world), update_cells(with_cells), source(old_file), file(new_file),
+          progress(compile_progress) {}
 
     EntityUpdateResult Run() {
         for (bool more = source.OpenChunk(nullptr, ANY_CHUNK_ID, COT_Any); more; more = source.OpenNextChunk()) {
@@ -134,10 +137,13 @@ void Tell(CompileProgress& progress, const std::string& text, const std::string&
 // The old world beside the target. False when there is none.
 bool KeepOldWorld(const std::string& target, const std::string& copy) {
     std::error_code failure;
-    return std::filesystem::copy_file(RealPath(target), RealPath(copy), std::filesystem::copy_options::overwrite_existing, failure) && !failure;
+    return std::filesystem::copy_file(RealPath(target), RealPath(copy),
+                                      std::filesystem::copy_options::overwrite_existing, failure) &&
+           !failure;
 }
 
-EntityUpdateResult SaveFinalMapEntitiesUpdate(const WorldSubdivide& ws, const std::string& target, bool update_ent_visibility, CompileProgress& progress) {
+EntityUpdateResult SaveFinalMapEntitiesUpdate(const WorldSubdivide& ws, const std::string& target,
+                                              bool update_ent_visibility, CompileProgress& progress) {
     static const std::string title = "Compile entity error";
     const std::string copy = target.substr(0, target.size() - std::strlen(".few")) + ".bkp";
     const bool kept = KeepOldWorld(target, copy);
@@ -157,9 +163,12 @@ EntityUpdateResult SaveFinalMapEntitiesUpdate(const WorldSubdivide& ws, const st
     if (result != EntityUpdateResult::Written)
         new_file.HardCloseFile();
     if (result == EntityUpdateResult::BrushesDeleted)
-        GetDesktop().MessageBox("Critical error! Some brushes which are in saved map were deleted.\nPlease, recompile whole project.", "Error");
+        GetDesktop().MessageBox(
+            "Critical error! Some brushes which are in saved map were deleted.\nPlease, recompile whole project.",
+            "Error");
     if (result == EntityUpdateResult::WriteFailed)
-        GetDesktop().MessageBox("There was an error writing the file, please\ncheck if you have enough disk space.", "Error");
+        GetDesktop().MessageBox("There was an error writing the file, please\ncheck if you have enough disk space.",
+                                "Error");
     return result;
 }
 
@@ -167,9 +176,13 @@ EntityUpdateResult SaveFinalMapEntitiesUpdate(const WorldSubdivide& ws, const st
 EntityUpdateResult Subdivide(WorldSubdivide& ws, CompileProgress& progress) {
     std::string message;
     switch (ws.SubdivideEntities(progress, message)) {
-    case SubdivideResult::Stopped: return EntityUpdateResult::Stopped;
-    case SubdivideResult::LimitReached: GetDesktop().MessageBox(message, "Error"); return EntityUpdateResult::LimitExceeded;
-    case SubdivideResult::Done: break;
+    case SubdivideResult::Stopped:
+        return EntityUpdateResult::Stopped;
+    case SubdivideResult::LimitReached:
+        GetDesktop().MessageBox(message, "Error");
+        return EntityUpdateResult::LimitExceeded;
+    case SubdivideResult::Done:
+        break;
     }
     ws.FindWrongEntities();
     if (!ws.problem_solver.ShowProblems(ws.world))
@@ -180,8 +193,8 @@ EntityUpdateResult Subdivide(WorldSubdivide& ws, CompileProgress& progress) {
 
 } // namespace
 
-EntityUpdateResult CompileEntities(World& world, const CompileOptions& options, const std::string& target, bool update_ent_visibility,
-                                   CompileProgress& progress, ProblemSolver& problems) {
+EntityUpdateResult CompileEntities(World& world, const CompileOptions& options, const std::string& target,
+                                   bool update_ent_visibility, CompileProgress& progress, ProblemSolver& problems) {
     problems.Reset();
     WorldSubdivide ws(world, options);
     ws.PrepareBrushes();

@@ -24,7 +24,8 @@ FastShadow::FastShadow(const World& world, const OctalTree& tree, const LightMat
         if (groups.size() == first_group)
             continue;
         flat_index[b] = static_cast<int>(brushes.size());
-        brushes.push_back({static_cast<int>(first_group), static_cast<int>(groups.size() - first_group), reach, glass.size() > first_glass});
+        brushes.push_back({static_cast<int>(first_group), static_cast<int>(groups.size() - first_group), reach,
+                           glass.size() > first_glass});
     }
     AddTree(tree);
     size_t leaf = 0;
@@ -36,7 +37,8 @@ FastShadow::FastShadow(const World& world, const OctalTree& tree, const LightMat
 // A triangle whose normal is not a number is left out: no point is inside it.
 ShadowReach FastShadow::AddBrush(const Brush& brush, const LightMaterials& materials) {
     int lane = SHADOW_LANES;
-    D3DVECTOR min{1e30f, 1e30f, 1e30f}, max{-1e30f, -1e30f, -1e30f}; // of the triangles: curves leave the brush's own box
+    D3DVECTOR min{1e30f, 1e30f, 1e30f},
+        max{-1e30f, -1e30f, -1e30f}; // of the triangles: curves leave the brush's own box
     bool thin = false;
     brush.ForEachSurface([&](const Surface& surface, int, bool) {
         const LightMaterial& material = materials[surface.texture.index];
@@ -132,7 +134,8 @@ void FastShadow::AddLeafBoxes(Leaf& leaf, const OCTAL_LEAF& source, const World&
             leaf_boxes.emplace_back();
         }
         const Box& box = world.brush[static_cast<size_t>(b)]->bbox;
-        leaf_boxes.back().boxes.Set(lane, (BoxMin(box) + BoxMax(box)) * 0.5f, (BoxMax(box) - BoxMin(box)) * 0.5f, brushes[static_cast<size_t>(flat)].reach);
+        leaf_boxes.back().boxes.Set(lane, (BoxMin(box) + BoxMax(box)) * 0.5f, (BoxMax(box) - BoxMin(box)) * 0.5f,
+                                    brushes[static_cast<size_t>(flat)].reach);
         leaf_boxes.back().brush[static_cast<size_t>(lane)] = flat;
         ++lane;
     }
@@ -142,8 +145,9 @@ void FastShadow::AddLeafBoxes(Leaf& leaf, const OCTAL_LEAF& source, const World&
 int FastShadow::FindLeaf(const D3DVECTOR& point, int near_node) const {
     int place = near_node;
     for (const Node* node = &nodes[static_cast<size_t>(place)]; place > 0; node = &nodes[static_cast<size_t>(place)]) {
-        const bool inside = static_cast<int>(point.x >= node->low.x) & static_cast<int>(point.x < node->high.x) & static_cast<int>(point.y >= node->low.y) &
-                            static_cast<int>(point.y < node->high.y) & static_cast<int>(point.z >= node->low.z) & static_cast<int>(point.z < node->high.z);
+        const bool inside = static_cast<int>(point.x >= node->low.x) & static_cast<int>(point.x < node->high.x) &
+                            static_cast<int>(point.y >= node->low.y) & static_cast<int>(point.y < node->high.y) &
+                            static_cast<int>(point.z >= node->low.z) & static_cast<int>(point.z < node->high.z);
         if (inside)
             break;
         place = node->parent;
@@ -151,7 +155,8 @@ int FastShadow::FindLeaf(const D3DVECTOR& point, int near_node) const {
     do {
         const Node& node = nodes[static_cast<size_t>(place)];
         // Written so that a coordinate that is not a number goes where OctalTree::FindLeafRecursive sends it.
-        const int bits = static_cast<int>(point.x >= node.half.x) | static_cast<int>(!(point.z < node.half.z)) << 1 | static_cast<int>(!(point.y < node.half.y)) << 2;
+        const int bits = static_cast<int>(point.x >= node.half.x) | static_cast<int>(!(point.z < node.half.z)) << 1 |
+                         static_cast<int>(!(point.y < node.half.y)) << 2;
         place = node.child[bits];
     } while (place >= 0);
     return ~place;

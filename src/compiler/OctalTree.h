@@ -93,13 +93,15 @@ inline float InverseComponent(float component) {
 inline D3DVECTOR InverseDirection(const D3DVECTOR& dir) {
     return {InverseComponent(dir.x), InverseComponent(dir.y), InverseComponent(dir.z)};
 }
-// The parameter at which a ray is eps beyond the face of one axis. Written without a jump: it runs for every leaf of a ray.
+// The parameter at which a ray is eps beyond the face of one axis. Written without a jump: it runs for every leaf of a
+// ray.
 inline float ProjectOutOfSlab(float from, float inverse, float eps, float min, float max) {
     const float face = inverse < 0 ? min - eps : max + eps;
     const float t = (face - from) * inverse;
     return inverse != 0 ? t : NO_FACE;
 }
-inline float ProjectOutOfCube(const D3DVECTOR& from, const D3DVECTOR& inv_dir, float eps, const D3DVECTOR& min, const D3DVECTOR& max) {
+inline float ProjectOutOfCube(const D3DVECTOR& from, const D3DVECTOR& inv_dir, float eps, const D3DVECTOR& min,
+                              const D3DVECTOR& max) {
     const float x = ProjectOutOfSlab(from.x, inv_dir.x, eps, min.x, max.x);
     const float y = ProjectOutOfSlab(from.y, inv_dir.y, eps, min.y, max.y);
     const float z = ProjectOutOfSlab(from.z, inv_dir.z, eps, min.z, max.z);

@@ -37,10 +37,12 @@ ProblemItem MakeItem(ProblemItem::Kind kind, std::string text) {
 template <class Cell>
 void InsertCells(ProblemItem& parent, const std::vector<Cell>& cells) {
     for (const Cell& cell : cells) {
-        ProblemItem& item = parent.children.emplace_back(MakeItem(ProblemItem::Kind::Cell, Format("Cell #%d", cell.cell_id)));
+        ProblemItem& item =
+            parent.children.emplace_back(MakeItem(ProblemItem::Kind::Cell, Format("Cell #%d", cell.cell_id)));
         item.number = cell.cell_id;
         for (const uint32_t eye : cell.eye_obj_ids) {
-            ProblemItem& leaf = item.children.emplace_back(MakeItem(ProblemItem::Kind::Eye, Format("Eye #%d", static_cast<int>(eye))));
+            ProblemItem& leaf =
+                item.children.emplace_back(MakeItem(ProblemItem::Kind::Eye, Format("Eye #%d", static_cast<int>(eye))));
             leaf.object_id = eye;
         }
     }
@@ -48,7 +50,8 @@ void InsertCells(ProblemItem& parent, const std::vector<Cell>& cells) {
 
 ProblemItem PortalProblem(const PSPortalItem& portal, PortalVerdict verdict) {
     const char* mark = verdict == PORTAL_MULTIPLE_CELLS ? "[M]" : verdict == PORTAL_NO_CELL ? "[N]" : "[S]";
-    ProblemItem item = MakeItem(ProblemItem::Kind::Portal, Format("Portal #%d - %s", static_cast<int>(portal.portal_id), mark));
+    ProblemItem item =
+        MakeItem(ProblemItem::Kind::Portal, Format("Portal #%d - %s", static_cast<int>(portal.portal_id), mark));
     item.object_id = portal.portal_id;
     for (int side = 0; side < 2; ++side) {
         ProblemItem& info = item.children.emplace_back(MakeItem(ProblemItem::Kind::Side, Format("Side %d", side + 1)));
@@ -115,7 +118,8 @@ PortalVerdict PSPortalItem::Verdict() const {
 void ProblemSolver::Reset() { *this = {}; }
 
 void ProblemSolver::AddPortalInfo(uint32_t portal_id, int side, int cell_id, uint32_t eye_id) {
-    auto item = std::find_if(portals.begin(), portals.end(), [portal_id](const PSPortalItem& p) { return p.portal_id == portal_id; });
+    auto item = std::find_if(portals.begin(), portals.end(),
+                             [portal_id](const PSPortalItem& p) { return p.portal_id == portal_id; });
     if (item == portals.end()) {
         portals.emplace_back().portal_id = portal_id;
         item = portals.end() - 1;
@@ -126,7 +130,8 @@ void ProblemSolver::AddPortalInfo(uint32_t portal_id, int side, int cell_id, uin
 }
 
 void ProblemSolver::AddOneCellOnlyEntity(uint32_t entity_id, int cell_id, uint32_t eye_id) {
-    auto entity = std::find_if(one_cell_entities.begin(), one_cell_entities.end(), [entity_id](const OneCellEntity& e) { return e.entity_id == entity_id; });
+    auto entity = std::find_if(one_cell_entities.begin(), one_cell_entities.end(),
+                               [entity_id](const OneCellEntity& e) { return e.entity_id == entity_id; });
     if (entity == one_cell_entities.end()) {
         one_cell_entities.emplace_back().entity_id = entity_id;
         entity = one_cell_entities.end() - 1;
@@ -146,21 +151,25 @@ bool ProblemSolver::ShowProblems(const World& world) {
     for (const uint32_t id : wrong_entity_ids) {
         problems = true;
         if (const Entity* entity = world.GetEntityFromID(id))
-            wrong.children.push_back(EntityItem(*entity, Format("Entity #%d (%s at %1.2f,%1.2f,%1.2f)", static_cast<int>(id), TypeText(*entity).c_str(),
-                                                                static_cast<double>(entity->position.x), static_cast<double>(entity->position.y),
-                                                                static_cast<double>(entity->position.z))));
+            wrong.children.push_back(EntityItem(
+                *entity, Format("Entity #%d (%s at %1.2f,%1.2f,%1.2f)", static_cast<int>(id), TypeText(*entity).c_str(),
+                                static_cast<double>(entity->position.x), static_cast<double>(entity->position.y),
+                                static_cast<double>(entity->position.z))));
     }
     ProblemItem one_cell = MakeItem(ProblemItem::Kind::Group, "Wrong one cell entities");
     std::vector<const OneCellEntity*> by_bucket;
     for (const OneCellEntity& entity : one_cell_entities)
         by_bucket.push_back(&entity);
-    std::stable_sort(by_bucket.begin(), by_bucket.end(), [](const OneCellEntity* a, const OneCellEntity* b) { return a->entity_id % ONE_CELL_BUCKETS < b->entity_id % ONE_CELL_BUCKETS; });
+    std::stable_sort(by_bucket.begin(), by_bucket.end(), [](const OneCellEntity* a, const OneCellEntity* b) {
+        return a->entity_id % ONE_CELL_BUCKETS < b->entity_id % ONE_CELL_BUCKETS;
+    });
     for (const OneCellEntity* found : by_bucket) {
         if (found->cells.size() < 2)
             continue;
         problems = true;
         if (const Entity* entity = world.GetEntityFromID(found->entity_id)) {
-            ProblemItem item = EntityItem(*entity, Format("Entity #%d (%s)", static_cast<int>(found->entity_id), TypeText(*entity).c_str()));
+            ProblemItem item = EntityItem(
+                *entity, Format("Entity #%d (%s)", static_cast<int>(found->entity_id), TypeText(*entity).c_str()));
             InsertCells(item, found->cells);
             one_cell.children.push_back(std::move(item));
         }
@@ -178,13 +187,17 @@ std::string ProblemSolver::TreeText() const {
 }
 
 std::string ProblemSolver::TreeJson(const World& world) const {
-    ordered_json json = {{"portals", ordered_json::array()}, {"wrong_entities", ordered_json::array()}, {"wrong_one_cell_entities", ordered_json::array()}};
+    ordered_json json = {{"portals", ordered_json::array()},
+                         {"wrong_entities", ordered_json::array()},
+                         {"wrong_one_cell_entities", ordered_json::array()}};
     for (const PSPortalItem& portal : portals) {
         const PortalVerdict verdict = portal.Verdict();
         if (verdict == PORTAL_FINE)
             continue;
         ordered_json item = ObjectJson(world, portal.portal_id);
-        item["verdict"] = verdict == PORTAL_MULTIPLE_CELLS ? "multiple cells" : verdict == PORTAL_NO_CELL ? "no cell" : "same cell on both sides";
+        item["verdict"] = verdict == PORTAL_MULTIPLE_CELLS ? "multiple cells"
+                          : verdict == PORTAL_NO_CELL      ? "no cell"
+                                                           : "same cell on both sides";
         for (int side = 0; side < 2; ++side)
             item[side == 0 ? "side1" : "side2"] = CellsJson(world, portal.side_info[side]);
         json["portals"].push_back(item);

@@ -1,6 +1,6 @@
 // What a compile finds wrong with a level that is divided into cells: portals that do not separate two cells, entities
-// that no eye sees, entities that must stand in one cell and stand in several. It collects all findings of a run and shows
-// them as a tree.
+// that no eye sees, entities that must stand in one cell and stand in several. It collects all findings of a run and
+// shows them as a tree.
 #pragma once
 
 #include <cstdint>

@@ -20,13 +20,15 @@ D3DVECTOR Lane(const float (&values)[3][SHADOW_LANES], int lane) {
 
 bool OutOfReach(const BoxGroup& group, int lane, const ShadowRay& ray) {
     const D3DVECTOR apart = ray.middle - Lane(group.reach_center, lane), reach = Lane(group.reach, lane);
-    return std::fabs(apart.x) > reach.x + ray.half.x || std::fabs(apart.y) > reach.y + ray.half.y || std::fabs(apart.z) > reach.z + ray.half.z;
+    return std::fabs(apart.x) > reach.x + ray.half.x || std::fabs(apart.y) > reach.y + ray.half.y ||
+           std::fabs(apart.z) > reach.z + ray.half.z;
 }
 
 uint32_t PlainBoxes(const BoxGroup& group, const ShadowRay& ray) {
     uint32_t mask = 0;
     for (int lane = 0; lane < SHADOW_LANES; ++lane)
-        if (!OutOfReach(group, lane, ray) && s_math.BoxRayIntersectInner(ray.from, ray.direction, Lane(group.center, lane), Lane(group.radius, lane)))
+        if (!OutOfReach(group, lane, ray) &&
+            s_math.BoxRayIntersectInner(ray.from, ray.direction, Lane(group.center, lane), Lane(group.radius, lane)))
             mask |= 1u << lane;
     return mask & group.used;
 }
@@ -46,7 +48,8 @@ uint32_t PlainTriangles(const TriangleGroup& group, const ShadowRay& ray) {
 }
 
 bool PlainAnyTriangle(const TriangleGroup* groups, int count, const ShadowRay& ray) {
-    return std::any_of(groups, groups + count, [&](const TriangleGroup& group) { return PlainTriangles(group, ray) != 0; });
+    return std::any_of(groups, groups + count,
+                       [&](const TriangleGroup& group) { return PlainTriangles(group, ray) != 0; });
 }
 
 #ifdef MARROWSTEAD_AVX2
@@ -89,8 +92,10 @@ AVX2_INLINE __m256 Beyond(__m256 apart, __m256 reach, __m256 half) {
 }
 
 AVX2_FUNCTION uint32_t Avx2Boxes(const BoxGroup& group, const ShadowRay& ray) {
-    const Wide3 apart = Minus(Broadcast(ray.middle), Load(group.reach_center)), reach = Load(group.reach), half = Broadcast(ray.half);
-    const __m256 out = _mm256_or_ps(Beyond(apart.x, reach.x, half.x), _mm256_or_ps(Beyond(apart.y, reach.y, half.y), Beyond(apart.z, reach.z, half.z)));
+    const Wide3 apart = Minus(Broadcast(ray.middle), Load(group.reach_center)), reach = Load(group.reach),
+                half = Broadcast(ray.half);
+    const __m256 out = _mm256_or_ps(Beyond(apart.x, reach.x, half.x),
+                                    _mm256_or_ps(Beyond(apart.y, reach.y, half.y), Beyond(apart.z, reach.z, half.z)));
     const uint32_t near = ~static_cast<uint32_t>(_mm256_movemask_ps(out)) & group.used;
     if (near == 0)
         return 0;
@@ -132,7 +137,9 @@ AVX2_INLINE uint32_t TriangleLanes(const TriangleGroup& group, const ShadowRay& 
     return static_cast<uint32_t>(_mm256_movemask_ps(inside)) & meet;
 }
 
-AVX2_FUNCTION uint32_t Avx2Triangles(const TriangleGroup& group, const ShadowRay& ray) { return TriangleLanes(group, ray); }
+AVX2_FUNCTION uint32_t Avx2Triangles(const TriangleGroup& group, const ShadowRay& ray) {
+    return TriangleLanes(group, ray);
+}
 
 AVX2_FUNCTION bool Avx2AnyTriangle(const TriangleGroup* groups, int count, const ShadowRay& ray) {
     for (int k = 0; k < count; ++k)
@@ -147,7 +154,8 @@ AVX2_FUNCTION bool Avx2AnyTriangle(const TriangleGroup* groups, int count, const
 
 bool IsThinTriangle(const D3DVECTOR (&v)[3]) {
     constexpr float LEAST_HEIGHT = 0.02f; // of the longest side
-    const float longest = std::max({SquareMagnitude(v[1] - v[0]), SquareMagnitude(v[2] - v[1]), SquareMagnitude(v[0] - v[2])});
+    const float longest =
+        std::max({SquareMagnitude(v[1] - v[0]), SquareMagnitude(v[2] - v[1]), SquareMagnitude(v[0] - v[2])});
     const float height = Magnitude(CrossProduct(v[1] - v[0], v[2] - v[0])) / longest; // as a share of the longest side
     return !(height >= LEAST_HEIGHT);
 }
@@ -163,7 +171,8 @@ ShadowReach ReachOf(const D3DVECTOR& min, const D3DVECTOR& max, bool has_thin_tr
     return space;
 }
 
-void BoxGroup::Set(int lane, const D3DVECTOR& box_center, const D3DVECTOR& box_radius, const ShadowReach& shadow_reach) {
+void BoxGroup::Set(int lane, const D3DVECTOR& box_center, const D3DVECTOR& box_radius,
+                   const ShadowReach& shadow_reach) {
     for (int axis = 0; axis < 3; ++axis) {
         reach_center[axis][lane] = Component(shadow_reach.center, axis);
         reach[axis][lane] = Component(shadow_reach.reach, axis);

@@ -18,16 +18,18 @@ struct ShadowRay {
     ShadowRay(const D3DVECTOR& a, const D3DVECTOR& ray, const D3DVECTOR& b)
         : from(a), direction(ray), sample(b), abs_direction{std::fabs(ray.x), std::fabs(ray.y), std::fabs(ray.z)} {
         constexpr float ROUNDING = 1e-5f; // of the largest number in a hit: a hundred times what a float loses
-        const float room = (std::fabs(a.x) + std::fabs(a.y) + std::fabs(a.z) + abs_direction.x + abs_direction.y + abs_direction.z) * ROUNDING;
+        const float room =
+            (std::fabs(a.x) + std::fabs(a.y) + std::fabs(a.z) + abs_direction.x + abs_direction.y + abs_direction.z) *
+            ROUNDING;
         middle = a + ray * 0.5f;
         half = abs_direction * 0.5f + D3DVECTOR{room, room, room};
     }
 };
 
-// The space in which triangles can be hit: their box, with room for the rounding of the inside test. A hit of a triangle
-// that is not thin lies within that room: the signs of its edge functions are wrong only where their values are below
-// their rounding, a few units of the last place of the coordinates, and the least angle bounds the way from there to the
-// triangle. Around a thin triangle nothing is ruled out.
+// The space in which triangles can be hit: their box, with room for the rounding of the inside test. A hit of a
+// triangle that is not thin lies within that room: the signs of its edge functions are wrong only where their values
+// are below their rounding, a few units of the last place of the coordinates, and the least angle bounds the way from
+// there to the triangle. Around a thin triangle nothing is ruled out.
 struct ShadowReach {
     D3DVECTOR center, reach;
 };

@@ -10,9 +10,9 @@ constexpr int NO_PORTAL = -1;
 
 struct PortalInfoItem {
     bool is_checked = false;
-    float path_len = UNREACHED;   // of the best path found
-    int portal_from = NO_PORTAL;  // the portal before this one on it
-    int cell_to = -1;             // the cell into which one steps through this portal on it
+    float path_len = UNREACHED;  // of the best path found
+    int portal_from = NO_PORTAL; // the portal before this one on it
+    int cell_to = -1;            // the cell into which one steps through this portal on it
 };
 
 // Shortest ways from one cell to all portals: a search of Dijkstra's kind (1959) whose nodes are the portals.
@@ -44,7 +44,8 @@ public:
         int start = end;
         while (info[static_cast<size_t>(start)].portal_from != NO_PORTAL)
             start = info[static_cast<size_t>(start)].portal_from;
-        path.distance = static_cast<uint16_t>(std::min(info[static_cast<size_t>(end)].path_len, static_cast<float>(NO_SOUND_PATH)));
+        path.distance =
+            static_cast<uint16_t>(std::min(info[static_cast<size_t>(end)].path_len, static_cast<float>(NO_SOUND_PATH)));
         path.portal_start = static_cast<uint8_t>(start);
         path.portal_end = static_cast<uint8_t>(end);
         return path;
@@ -66,7 +67,8 @@ private:
             PortalInfoItem& item = info[static_cast<size_t>(p)];
             float length = 0;
             if (from != NO_PORTAL)
-                length = Magnitude(portal.pivot - ws.portal[static_cast<size_t>(from)].pivot) + info[static_cast<size_t>(from)].path_len;
+                length = Magnitude(portal.pivot - ws.portal[static_cast<size_t>(from)].pivot) +
+                         info[static_cast<size_t>(from)].path_len;
             const bool known = item.path_len >= 0;
             if (known && !(length < item.path_len))
                 continue;
@@ -81,7 +83,8 @@ private:
         int nearest = NO_PORTAL;
         float shortest = LONGEST_PATH;
         for (const int p : reached)
-            if (const PortalInfoItem& item = info[static_cast<size_t>(p)]; !item.is_checked && item.path_len < shortest) {
+            if (const PortalInfoItem& item = info[static_cast<size_t>(p)];
+                !item.is_checked && item.path_len < shortest) {
                 nearest = p;
                 shortest = item.path_len;
             }

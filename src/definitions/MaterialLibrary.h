@@ -58,6 +58,6 @@ private:
     void WriteMissingScripts(std::string_view material_class);
     void ReadClass(MaterialClass& material_class, class MaterialCache& cache);
 
-    std::vector<MaterialClass> classes; // sorted without regard to case
+    std::vector<MaterialClass> classes;              // sorted without regard to case
     std::vector<std::pair<int, int>> used_materials; // class and material, at most 2048
 };

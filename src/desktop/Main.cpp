@@ -21,17 +21,24 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "marrowstead2000 " MARROWSTEAD_VERSION);
     app.add_option("PROJECT", command_line.project, "the project file")->required();
     app.add_option("--data", command_line.data_folder, "the game data root (default: the current folder)");
-    app.add_option("--set", command_line.overrides, "NAME=VALUE: a setting for this run only, such as LightingMethod=2")->take_all()->allow_extra_args(false);
+    app.add_option("--set", command_line.overrides, "NAME=VALUE: a setting for this run only, such as LightingMethod=2")
+        ->take_all()
+        ->allow_extra_args(false);
     bool entities = false, entities_visibility = false;
     auto* quick = app.add_flag("--entities", entities, "only rewrite the entities of the compiled world");
-    app.add_flag("--entities-visibility", entities_visibility, "rewrite the entities and which cells they stand in")->excludes(quick);
+    app.add_flag("--entities-visibility", entities_visibility, "rewrite the entities and which cells they stand in")
+        ->excludes(quick);
     app.add_option("--problems", command_line.problems_file, "write the problems of the level to this file, as JSON");
     app.add_option("--report", command_line.report_file, "write a report of the run to this file, as JSON");
-    app.add_option("--pictures", command_line.picture_folder, "write a plan of the level and what its eyes see into this folder");
-    app.add_option("--threads", command_line.threads, "threads of the compile (default: all cores)")->check(CLI::Range(1, 1024));
+    app.add_option("--pictures", command_line.picture_folder,
+                   "write a plan of the level and what its eyes see into this folder");
+    app.add_option("--threads", command_line.threads, "threads of the compile (default: all cores)")
+        ->check(CLI::Range(1, 1024));
     if (const std::optional<int> status = ParseOptions(app, argc, argv, EXIT_BAD_INPUT))
         return *status;
-    command_line.kind = entities ? CompileKind::Entities : entities_visibility ? CompileKind::EntitiesAndVisibility : CompileKind::World;
+    command_line.kind = entities              ? CompileKind::Entities
+                        : entities_visibility ? CompileKind::EntitiesAndVisibility
+                                              : CompileKind::World;
     HeadlessDesktop desktop(stderr);
     SetDesktop(&desktop);
     std::signal(SIGINT, OnInterrupt);

@@ -27,9 +27,14 @@ static void MountFolder(const std::string& folder) {
     names.SortList();
     for (int k = 0; k < names.GetStringCount(); ++k)
         switch (FileObject::AddFileLibrary(names.GetString(k), 0)) {
-        case FL_OK: break;
-        case FL_WRONG_VERSION: NoticeOnce(Format("the library \"%s\" has another version than %d", names.GetString(k), FL_VERSION)); break;
-        default: NoticeOnce(Format("the library \"%s\" cannot be read", names.GetString(k))); break;
+        case FL_OK:
+            break;
+        case FL_WRONG_VERSION:
+            NoticeOnce(Format("the library \"%s\" has another version than %d", names.GetString(k), FL_VERSION));
+            break;
+        default:
+            NoticeOnce(Format("the library \"%s\" cannot be read", names.GetString(k)));
+            break;
         }
 }
 
@@ -66,21 +71,29 @@ static FaceObserver FaceWriter(const std::string& folder) {
     return [folder](int cell, int eye, int face, const ItemBuffer& buffer) {
         std::vector<uint8_t> rgb;
         for (const uint32_t item : buffer.Pixels()) {
-            const uint32_t color = item == ITEM_BACKGROUND ? 0x101018 : (item & ITEM_PORTAL) != 0 ? 0xFFFFFF : DistinctColor(static_cast<int>(item));
+            const uint32_t color = item == ITEM_BACKGROUND     ? 0x101018
+                                   : (item & ITEM_PORTAL) != 0 ? 0xFFFFFF
+                                                               : DistinctColor(static_cast<int>(item));
             for (const int shift : {16, 8, 0})
                 rgb.push_back(static_cast<uint8_t>(color >> shift));
         }
-        WritePng(folder + "/" + Format("cell%03d-eye%05d-face%d.png", cell, eye, face), buffer.Side(), buffer.Side(), rgb);
+        WritePng(folder + "/" + Format("cell%03d-eye%05d-face%d.png", cell, eye, face), buffer.Side(), buffer.Side(),
+                 rgb);
     };
 }
 
 static const char* OutcomeWord(CompileOutcome outcome) {
     switch (outcome) {
-    case CompileOutcome::Written: return "written";
-    case CompileOutcome::Problems: return "problems";
-    case CompileOutcome::Stopped: return "stopped";
-    case CompileOutcome::NotWritten: return "not written";
-    case CompileOutcome::BadInput: break;
+    case CompileOutcome::Written:
+        return "written";
+    case CompileOutcome::Problems:
+        return "problems";
+    case CompileOutcome::Stopped:
+        return "stopped";
+    case CompileOutcome::NotWritten:
+        return "not written";
+    case CompileOutcome::BadInput:
+        break;
     }
     return "bad input";
 }
@@ -95,9 +108,11 @@ static bool WriteExtras(const CommandLine& command_line, CInterface& interface, 
     WorldFile world;
     std::string error;
     const bool wanted = !command_line.report_file.empty() || !command_line.picture_folder.empty();
-    const bool readable = wanted && outcome == CompileOutcome::Written && ReadWorldFile(interface.TargetFile(), world, error);
+    const bool readable =
+        wanted && outcome == CompileOutcome::Written && ReadWorldFile(interface.TargetFile(), world, error);
     if (!command_line.report_file.empty())
-        written &= WriteText(command_line.report_file, ReportJson(OutcomeWord(outcome), interface.stage_times, readable ? &world : nullptr));
+        written &= WriteText(command_line.report_file,
+                             ReportJson(OutcomeWord(outcome), interface.stage_times, readable ? &world : nullptr));
     if (!command_line.picture_folder.empty() && readable) {
         const PlanPicture plan = DrawLevelPlan(world);
         written &= WritePng(command_line.picture_folder + "/plan.png", plan.width, plan.height, plan.rgb);
@@ -118,9 +133,10 @@ static CompileOutcome RunCompile(const CommandLine& command_line, CInterface& in
         MakeFolders(command_line.picture_folder);
         interface.face_observer = FaceWriter(command_line.picture_folder);
     }
-    const CompileOutcome outcome = command_line.kind == CompileKind::World
-                                       ? interface.Compile(progress)
-                                       : interface.CompileEntities(progress, command_line.kind == CompileKind::EntitiesAndVisibility);
+    const CompileOutcome outcome =
+        command_line.kind == CompileKind::World
+            ? interface.Compile(progress)
+            : interface.CompileEntities(progress, command_line.kind == CompileKind::EntitiesAndVisibility);
     std::fputs("\n", stdout);
     std::fflush(stdout);
     return outcome;
@@ -134,7 +150,8 @@ ExitStatus CMarrowstead2App::CompileProject(CommandLine command_line) {
         std::error_code failure;
         std::filesystem::current_path(command_line.data_folder, failure);
         if (failure)
-            return Fail(Format("the data folder \"%s\" cannot be opened: %s", command_line.data_folder.c_str(), failure.message().c_str()));
+            return Fail(Format("the data folder \"%s\" cannot be opened: %s", command_line.data_folder.c_str(),
+                               failure.message().c_str()));
     }
     CInterface interface;
     interface.threads = command_line.threads;
@@ -152,11 +169,16 @@ ExitStatus CMarrowstead2App::CompileProject(CommandLine command_line) {
     const CompileOutcome outcome = RunCompile(command_line, interface);
     const bool extras = WriteExtras(command_line, interface, outcome);
     switch (outcome) {
-    case CompileOutcome::Written: return extras ? EXIT_WRITTEN : EXIT_NOT_WRITTEN;
-    case CompileOutcome::Problems: return EXIT_PROBLEMS;
-    case CompileOutcome::Stopped: return EXIT_STOPPED;
-    case CompileOutcome::NotWritten: return EXIT_NOT_WRITTEN;
-    case CompileOutcome::BadInput: break;
+    case CompileOutcome::Written:
+        return extras ? EXIT_WRITTEN : EXIT_NOT_WRITTEN;
+    case CompileOutcome::Problems:
+        return EXIT_PROBLEMS;
+    case CompileOutcome::Stopped:
+        return EXIT_STOPPED;
+    case CompileOutcome::NotWritten:
+        return EXIT_NOT_WRITTEN;
+    case CompileOutcome::BadInput:
+        break;
     }
     return EXIT_BAD_INPUT;
 }

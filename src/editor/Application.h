@@ -10,15 +10,15 @@ enum ExitStatus { EXIT_WRITTEN = 0, EXIT_BAD_INPUT = 1, EXIT_PROBLEMS = 2, EXIT_
 enum class CompileKind { World, Entities, EntitiesAndVisibility };
 
 struct CommandLine {
-    std::string project;                // to compile
+    std::string project; // to compile
     CompileKind kind = CompileKind::World;
-    std::string problems_file;          // JSON of the problems found; empty: none
-    std::string report_file;            // JSON of the run; empty: none
-    std::string picture_folder;         // for a plan and what the eyes see; empty: none
-    std::string data_folder;            // the game data root; empty: the current folder
-    std::vector<std::string> overrides; // NAME=VALUE, for this run only
-    int threads = 0;                    // 0: all cores
-    bool progress_bar = false;          // on standard error
+    std::string problems_file;                               // JSON of the problems found; empty: none
+    std::string report_file;                                 // JSON of the run; empty: none
+    std::string picture_folder;                              // for a plan and what the eyes see; empty: none
+    std::string data_folder;                                 // the game data root; empty: the current folder
+    std::vector<std::string> overrides;                      // NAME=VALUE, for this run only
+    int threads = 0;                                         // 0: all cores
+    bool progress_bar = false;                               // on standard error
     const volatile std::sig_atomic_t* stop_signal = nullptr; // set: the Stop button was pressed
 };
 

@@ -22,7 +22,8 @@ CompileLog::CompileLog(const std::string& project_name, const std::string& map_f
     if (!project_name.empty())
         std::fprintf(file, "##  Project: %s\r\n", project_name.c_str());
     std::fprintf(file, "##   Target: %s\r\n", map_file.c_str());
-    std::fprintf(file, "##  [%02d.%02d %d - %02d:%02d]\r\n", local.tm_mday, local.tm_mon + 1, local.tm_year + 1900, local.tm_hour, local.tm_min);
+    std::fprintf(file, "##  [%02d.%02d %d - %02d:%02d]\r\n", local.tm_mday, local.tm_mon + 1, local.tm_year + 1900,
+                 local.tm_hour, local.tm_min);
     std::fprintf(file, "%s\r\n\r\n", rule.c_str());
 }
 

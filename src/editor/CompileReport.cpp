@@ -51,8 +51,12 @@ static ordered_json CellJson(const WorldFile& world, const WorldCell& cell) {
         const int side = cell.portalside[k] != 0 ? 1 : 0;
         portals.push_back({{"portal", cell.portals[k]}, {"side", side}, {"to_cell", portal.cell[side ^ 1]}});
     }
-    return {{"can_see_outside", cell.can_see_outside}, {"objects", objects}, {"entities", entities}, {"portals", portals},
-            {"occluders", cell.occluders}, {"render_groups", cell.render_groups.size()}};
+    return {{"can_see_outside", cell.can_see_outside},
+            {"objects", objects},
+            {"entities", entities},
+            {"portals", portals},
+            {"occluders", cell.occluders},
+            {"render_groups", cell.render_groups.size()}};
 }
 
 std::string ReportJson(const std::string& outcome, const std::vector<StageTime>& stages, const WorldFile* world) {

@@ -6,7 +6,8 @@
 
 static constexpr int BAR_WIDTH = 30;
 
-ConsoleProgress::ConsoleProgress(std::FILE* text_output, std::FILE* bar_output, bool draw_bar, const volatile std::sig_atomic_t* stop_signal)
+ConsoleProgress::ConsoleProgress(std::FILE* text_output, std::FILE* bar_output, bool draw_bar,
+                                 const volatile std::sig_atomic_t* stop_signal)
     : text_file(text_output), bar_file(bar_output), show_bar(draw_bar), stop(stop_signal) {}
 
 ConsoleProgress::~ConsoleProgress() { ClearBar(); }
@@ -48,7 +49,8 @@ void ConsoleProgress::DrawBar() {
         return;
     drawn_percent = percent;
     const int filled = percent * BAR_WIDTH / 100;
-    const std::string bar = std::string(static_cast<size_t>(filled), '#') + std::string(static_cast<size_t>(BAR_WIDTH - filled), '.');
+    const std::string bar =
+        std::string(static_cast<size_t>(filled), '#') + std::string(static_cast<size_t>(BAR_WIDTH - filled), '.');
     std::fprintf(bar_file, "\r%-28s [%s] %3d%%", stage.substr(0, 28).c_str(), bar.c_str(), percent);
     std::fflush(bar_file);
     bar_drawn = true;

@@ -1,5 +1,5 @@
-// Progress on a terminal: the text to standard output as it grows, and a bar with the stage's name on standard error when
-// that is a terminal.
+// Progress on a terminal: the text to standard output as it grows, and a bar with the stage's name on standard error
+// when that is a terminal.
 #pragma once
 
 #include <csignal>
@@ -10,7 +10,8 @@
 
 class ConsoleProgress : public CProgressText {
 public:
-    ConsoleProgress(std::FILE* text_output, std::FILE* bar_output, bool show_bar, const volatile std::sig_atomic_t* stop_signal);
+    ConsoleProgress(std::FILE* text_output, std::FILE* bar_output, bool show_bar,
+                    const volatile std::sig_atomic_t* stop_signal);
     ~ConsoleProgress() override;
 
     void AddText(const std::string& text) override;

@@ -97,8 +97,10 @@ bool ApplySetting(EditorSettings& settings, std::string_view assignment, std::st
         int number = 0;
         const auto [end, failure] = std::from_chars(value.data(), value.data() + value.size(), number);
         if (failure != std::errc{} || end != value.data() + value.size() || !InRange(entry, number)) {
-            error = entry.most > 0 ? Format("\"%s\" is no value of %s: a whole number from %d to %d is needed", value.c_str(), entry.name, entry.least, entry.most)
-                                   : Format("\"%s\" is no value of %s: a whole number is needed", value.c_str(), entry.name);
+            error = entry.most > 0
+                        ? Format("\"%s\" is no value of %s: a whole number from %d to %d is needed", value.c_str(),
+                                 entry.name, entry.least, entry.most)
+                        : Format("\"%s\" is no value of %s: a whole number is needed", value.c_str(), entry.name);
             return false;
         }
         if (const auto* flag = std::get_if<bool EditorSettings::*>(&entry.field))

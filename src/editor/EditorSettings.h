@@ -9,14 +9,14 @@
 
 struct EditorSettings {
     // Compile options
-    int lighting_method = 1;           // 0 no light, 1 quick illumination, 2 ray tracing
-    int lightmap_detail = 0;           // 0 low, 1 medium, 2 high
-    int voxel_size = 128;              // side of the item buffer, pixels
+    int lighting_method = 1; // 0 no light, 1 quick illumination, 2 ray tracing
+    int lightmap_detail = 0; // 0 low, 1 medium, 2 high
+    int voxel_size = 128;    // side of the item buffer, pixels
     bool clip_box_compilation = false;
     bool smooth_shadows = false;
     bool create_render_groups = false;
     bool subdivide_world = false;
-    bool save_finalmap = false;        // "Calculate Physics"
+    bool save_finalmap = false; // "Calculate Physics"
     bool bkp_before_compile = true;
 
     bool use_metric_units = false;
@@ -25,7 +25,7 @@ struct EditorSettings {
     int bg_color_3D_view = 0, bg_color_vire_view = 0;
     bool show_sel_wire = false;
     bool show_links = false;
-    int rotation_angle = 90;           // degrees
+    int rotation_angle = 90; // degrees
     std::string update_dir;
 
     // Of the application

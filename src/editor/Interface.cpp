@@ -1,5 +1,6 @@
 #include "editor/Interface.h"
 
+#include <algorithm>
 #include <unistd.h>
 
 #include "compiler/EntityUpdate.h"
@@ -48,7 +49,9 @@ void CInterface::InitEditor() {
 bool CInterface::LoadProject(const char* filepath, std::string_view filename, std::string& error) {
     RemoveFile(TRACE_LOG);
     RemoveFile(TEXTURE_LOG);
-    const std::string full_name = filepath ? std::string(filepath) + "\\" + std::string(filename) : std::string(filename);
+    ForgetNotices();
+    const std::string full_name =
+        filepath ? std::string(filepath) + "\\" + std::string(filename) : std::string(filename);
     if (!::LoadProject(full_name, *world, views, materials, *entity_parser, error)) {
         InitEditor();
         return false;
@@ -70,7 +73,8 @@ bool CInterface::SaveProject(std::string_view filepath, std::string_view filenam
     }
     project_file_need_save = false;
     if (!saved)
-        GetDesktop().MessageBox("There was an error writing the file, please\ncheck if you have enough disk space.\n" + error, "Error");
+        GetDesktop().MessageBox(
+            "There was an error writing the file, please\ncheck if you have enough disk space.\n" + error, "Error");
     return saved;
 }
 
@@ -105,8 +109,11 @@ static std::string TotalTime(uint32_t start, const char* format) {
 CompileOutcome CInterface::Compile(CProgressText& progress) {
     const std::string target = TargetFile();
     if (TargetIsReadOnly(target)) {
-        GetDesktop().MessageBox(Format("Warning target file: \"%s.few\" is read only.\nPlease, remove read-only flag (or use "
-                                       "Bindery)\nbefore compiling it.\n", world->map_file.c_str()), "Error");
+        GetDesktop().MessageBox(
+            Format("Warning target file: \"%s.few\" is read only.\nPlease, remove read-only flag (or use "
+                   "Bindery)\nbefore compiling it.\n",
+                   world->map_file.c_str()),
+            "Error");
         return CompileOutcome::NotWritten;
     }
     RemoveFile(TRACE_LOG);
@@ -122,18 +129,25 @@ CompileOutcome CInterface::Compile(CProgressText& progress) {
     StageTimer timer(progress);
     const CompileResult result = CompileWorld(*world, MakeCompileOptions(), target, timer, message, &problem_solver);
     stage_times = timer.Finish();
-    const bool stages_ran = result != CompileResult::Problems && result != CompileResult::LimitExceeded;
-    progress.AddText((stages_ran ? "Map compilation finished\r\n" : "") + TotalTime(start, "%02dh %02dm %02ds"));
+    // A run that ends among the cells, or before, tells only its time.
+    const bool reached_light = std::any_of(stage_times.begin(), stage_times.end(), [](const StageTime& stage) {
+        return stage.name.find("Lightmaps") != std::string::npos;
+    });
+    progress.AddText((reached_light ? "Map compilation finished\r\n" : "") + TotalTime(start, "%02dh %02dm %02ds"));
     log.Finish(progress.GetText());
     compilation_active = false;
     if (!message.empty())
         GetDesktop().MessageBox(message, "Error");
     switch (result) {
-    case CompileResult::Written: return CompileOutcome::Written;
-    case CompileResult::Stopped: return CompileOutcome::Stopped;
-    case CompileResult::WriteFailed: return CompileOutcome::NotWritten;
+    case CompileResult::Written:
+        return CompileOutcome::Written;
+    case CompileResult::Stopped:
+        return CompileOutcome::Stopped;
+    case CompileResult::WriteFailed:
+        return CompileOutcome::NotWritten;
     case CompileResult::Problems:
-    case CompileResult::LimitExceeded: break;
+    case CompileResult::LimitExceeded:
+        break;
     }
     return CompileOutcome::Problems;
 }
@@ -142,17 +156,23 @@ CompileOutcome CInterface::CompileEntities(CProgressText& progress, bool update_
     RemoveFile(TRACE_LOG);
     const uint32_t start = GetDesktop().GetTickCount();
     StageTimer timer(progress);
-    const EntityUpdateResult result = ::CompileEntities(*world, MakeCompileOptions(), TargetFile(), update_ent_visibility, timer, problem_solver);
+    const EntityUpdateResult result =
+        ::CompileEntities(*world, MakeCompileOptions(), TargetFile(), update_ent_visibility, timer, problem_solver);
     stage_times = timer.Finish();
     progress.AddText("\r\n" + TotalTime(start, "%02d:%02d:%02d"));
     switch (result) {
-    case EntityUpdateResult::Written: return CompileOutcome::Written;
-    case EntityUpdateResult::Stopped: return CompileOutcome::Stopped;
-    case EntityUpdateResult::WriteFailed: return CompileOutcome::NotWritten;
-    case EntityUpdateResult::NoOldWorld: return CompileOutcome::BadInput;
+    case EntityUpdateResult::Written:
+        return CompileOutcome::Written;
+    case EntityUpdateResult::Stopped:
+        return CompileOutcome::Stopped;
+    case EntityUpdateResult::WriteFailed:
+        return CompileOutcome::NotWritten;
+    case EntityUpdateResult::NoOldWorld:
+        return CompileOutcome::BadInput;
     case EntityUpdateResult::Problems:
     case EntityUpdateResult::BrushesDeleted:
-    case EntityUpdateResult::LimitExceeded: break;
+    case EntityUpdateResult::LimitExceeded:
+        break;
     }
     return CompileOutcome::Problems;
 }

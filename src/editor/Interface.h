@@ -1,5 +1,5 @@
-// The single controller of the editor: settings, definitions, the library of materials, the open world, and the commands
-// that work on them. It knows no toolkit.
+// The single controller of the editor: settings, definitions, the library of materials, the open world, and the
+// commands that work on them. It knows no toolkit.
 #pragma once
 
 #include <memory>
@@ -31,8 +31,8 @@ public:
     // A fresh world, as for each new or opened project.
     void InitEditor();
 
-    // Opens a project. With a folder it can be saved under its name; without one (null) it has no name to save under. False
-    // with a sentence; a fresh world is open then.
+    // Opens a project. With a folder it can be saved under its name; without one (null) it has no name to save under.
+    // False with a sentence; a fresh world is open then.
     bool LoadProject(const char* filepath, std::string_view filename, std::string& error);
     // False after the user was told. A project saved under another name keeps its own when update_project_name is off.
     bool SaveProject(std::string_view filepath, std::string_view filename, bool update_project_name);
@@ -44,9 +44,9 @@ public:
     std::string TargetFile() const { return "Maps\\" + world->map_file + ".few"; }
 
     EditorSettings settings;
-    int threads = 0; // of a compile; 0: all cores
-    FaceObserver face_observer; // sees the item buffers of a compile, when set
-    ProblemSolver problem_solver; // the findings of the last compile
+    int threads = 0;                    // of a compile; 0: all cores
+    FaceObserver face_observer;         // sees the item buffers of a compile, when set
+    ProblemSolver problem_solver;       // the findings of the last compile
     std::vector<StageTime> stage_times; // of the last compile
     ActorDefGroups actor_def_groups;
     StringListClass weapon_defs; // names of the weapon definition files

@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr float MARGIN = 12;       // pixels
+constexpr float MARGIN = 12;        // pixels
 constexpr float GOLDEN = 0.618034f; // steps of the hue: neighbours stand far apart
-constexpr float FLAT = 40;         // world units: a brush no higher than this is drawn as a floor
+constexpr float FLAT = 40;          // world units: a brush no higher than this is drawn as a floor
 constexpr uint32_t WHITE = 0xFFFFFF, EYE_RING = 0x101010, NO_CELL = 0x606060;
 
 struct Extent {
@@ -50,7 +50,8 @@ public:
     void Blend(int x, int y, uint32_t color, float share) {
         if (x < 0 || y < 0 || x >= picture.width || y >= picture.height)
             return;
-        uint8_t* pixel = &picture.rgb[(static_cast<size_t>(y) * static_cast<size_t>(picture.width) + static_cast<size_t>(x)) * 3];
+        uint8_t* pixel =
+            &picture.rgb[(static_cast<size_t>(y) * static_cast<size_t>(picture.width) + static_cast<size_t>(x)) * 3];
         for (int k = 0; k < 3; ++k) {
             const auto channel = static_cast<float>(color >> (16 - 8 * k) & 255);
             pixel[k] = static_cast<uint8_t>(static_cast<float>(pixel[k]) * (1 - share) + channel * share);

@@ -75,14 +75,15 @@ private:
     bool ReadCounts() {
         // Each surface has a record of counts: more cannot be here than arrays are left.
         const uint64_t left = file.GetArraysCountInChunk() - file.GetCurrentArrayIndex();
-        if (flat_count < 0 || curved_count < 0 || static_cast<uint64_t>(flat_count) + static_cast<uint64_t>(curved_count) > left)
+        if (flat_count < 0 || curved_count < 0 ||
+            static_cast<uint64_t>(flat_count) + static_cast<uint64_t>(curved_count) > left)
             return Fail("more surfaces are told than are there");
         brush->surfaces.resize(static_cast<size_t>(flat_count));
         brush->curved_surfaces.resize(static_cast<size_t>(curved_count));
         counts.resize(brush->surfaces.size() + brush->curved_surfaces.size());
         for (SurfaceCounts& surface : counts)
-            if (!file.GetNextValue(surface) || surface.vertex_count < 0 || surface.tri_count < 0 || surface.edge_count < 0 ||
-                surface.cp_count < 0 || surface.vertex_count > MAX_SURFACE_VERTICES)
+            if (!file.GetNextValue(surface) || surface.vertex_count < 0 || surface.tri_count < 0 ||
+                surface.edge_count < 0 || surface.cp_count < 0 || surface.vertex_count > MAX_SURFACE_VERTICES)
                 return Fail("the counts of a surface are damaged");
         return true;
     }
@@ -104,8 +105,8 @@ private:
         std::vector<D3DVECTOR> one_normal;
         std::vector<uint32_t> one_diffuse;
         const auto n = static_cast<size_t>(told.vertex_count);
-        if (!file.GetNextValues(surface.vertices, n) || !file.GetNextValues(one_normal, 1) || !file.GetNextValues(surface.uv, n) ||
-            !file.GetNextValues(one_diffuse, 1) || !ReadIndices(surface, told))
+        if (!file.GetNextValues(surface.vertices, n) || !file.GetNextValues(one_normal, 1) ||
+            !file.GetNextValues(surface.uv, n) || !file.GetNextValues(one_diffuse, 1) || !ReadIndices(surface, told))
             return Fail("the arrays of a surface have the wrong length");
         surface.normal.assign(n, one_normal[0]);
         surface.diffuse.assign(n, one_diffuse[0]);
@@ -116,8 +117,9 @@ private:
     bool ReadMesh(Surface& surface, const SurfaceCounts& told) {
         const auto n = static_cast<size_t>(told.vertex_count);
         surface.cp_count = CURVE_MESH;
-        if (!file.GetNextValues(surface.vertices, n) || !file.GetNextValues(surface.normal, n) || !file.GetNextValues(surface.uv, n) ||
-            !file.GetNextValues(surface.diffuse, n) || !ReadIndices(surface, told))
+        if (!file.GetNextValues(surface.vertices, n) || !file.GetNextValues(surface.normal, n) ||
+            !file.GetNextValues(surface.uv, n) || !file.GetNextValues(surface.diffuse, n) ||
+            !ReadIndices(surface, told))
             return Fail("the arrays of a mesh have the wrong length");
         surface.lightmap_uv.assign(n, {});
         return ReadTexInfo(surface);
@@ -153,7 +155,8 @@ private:
         if (!UnpackTexInfo(record, surface.texture))
             return Fail("the mapping of a surface has the wrong length");
         TEX_INFO& info = surface.texture;
-        for (float* value : {&info.shift.u, &info.shift.v, &info.scale.u, &info.scale.v, &info.size.u, &info.size.v, &info.rotation})
+        for (float* value :
+             {&info.shift.u, &info.shift.v, &info.scale.u, &info.scale.v, &info.size.u, &info.size.v, &info.rotation})
             if (!std::isfinite(*value)) {
                 *value = 0;
                 repaired = true;
@@ -244,6 +247,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<Brush> ReadBrush(UChunkFile& file, int version, uint32_t& stored_id, bool& repaired, std::string& error) {
+std::unique_ptr<Brush> ReadBrush(UChunkFile& file, int version, uint32_t& stored_id, bool& repaired,
+                                 std::string& error) {
     return BrushChunk(file, version).Read(stored_id, repaired, error);
 }

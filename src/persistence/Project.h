@@ -16,7 +16,7 @@ struct RECT {
 
 // The record of one view. Written byte for byte.
 struct VIEWINFO {
-    int32_t view_position[2] = {}; // zoomed pixels: the offset of the view's top left corner from the world origin
+    int32_t view_position[2] = {};     // zoomed pixels: the offset of the view's top left corner from the world origin
     int32_t zoom_in = 1, zoom_out = 1; // powers of two, 1 to 128; at most one differs from 1
     D3DVECTOR camera_position, camera_rotation; // perspective view; radians
     RECT client_rect, window_rect;
@@ -30,11 +30,11 @@ struct ProjectViews {
     Box clip_box = MakeBox({-256, -256, -256}, {256, 256, 256});
 };
 
-// Unused materials are flushed first. With backup, the existing file is renamed to the full name plus ".bkp". False with a
-// sentence that names the file and the reason; the existing file then is as it was.
+// Unused materials are flushed first. With backup, the existing file is renamed to the full name plus ".bkp". False
+// with a sentence that names the file and the reason; the existing file then is as it was.
 bool SaveProject(std::string_view full_name, World& world, const ProjectViews& views, bool backup, std::string& error);
 
-// Into a new world. False with a sentence that names the file and the reason; a world that was touched is then thrown away
-// by the caller. What the project names and the library or the definitions lack is told once each by a notice.
-bool LoadProject(std::string_view full_name, World& world, ProjectViews& views, MaterialLibrary& materials, EntityParser& parser,
-                 std::string& error);
+// Into a new world. False with a sentence that names the file and the reason; a world that was touched is then thrown
+// away by the caller. What the project names and the library or the definitions lack is told once each by a notice.
+bool LoadProject(std::string_view full_name, World& world, ProjectViews& views, MaterialLibrary& materials,
+                 EntityParser& parser, std::string& error);

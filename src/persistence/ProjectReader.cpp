@@ -12,7 +12,8 @@ namespace {
 
 class ProjectReader {
 public:
-    ProjectReader(UChunkFile& chunk_file, World& new_world, ProjectViews& project_views, MaterialLibrary& library, EntityParser& definitions)
+    ProjectReader(UChunkFile& chunk_file, World& new_world, ProjectViews& project_views, MaterialLibrary& library,
+                  EntityParser& definitions)
         : file(chunk_file), world(new_world), views(project_views), materials(library), parser(definitions) {}
 
     bool Read() {
@@ -65,14 +66,16 @@ private:
             if (!brush)
                 return Fail(Format("brush %d is damaged: %s", n, reason.c_str()));
             if (repaired)
-                NoticeOnce(Format("\"%s\": brush %d has coordinates or indices that cannot be; it was repaired and is selected",
-                                  file.GetFilename().c_str(), n));
+                NoticeOnce(Format(
+                    "\"%s\": brush %d has coordinates or indices that cannot be; it was repaired and is selected",
+                    file.GetFilename().c_str(), n));
             brush->SetCurveDetail(world.curve_detail);
             if (id != NO_OBJECT_ID)
                 brush->SetObjectID(id);
             if (brush->is_selected)
                 world.brush_selection.AddItem(world.GetBrushCount());
-            return world.AddBrush(std::move(brush)) != nullptr || Fail(Format("it has more than %d brushes", MAX_BRUSHES));
+            return world.AddBrush(std::move(brush)) != nullptr ||
+                   Fail(Format("it has more than %d brushes", MAX_BRUSHES));
         });
     }
 
@@ -130,7 +133,8 @@ private:
     bool ReadEntity(Entity& entity, uint32_t& id) {
         file.SkipNextArray(); // the type word: the definition's holds
         int32_t links = 0;
-        if (!file.GetNextValue(entity.position) || !file.GetNextString(entity.variable_name) || !file.GetNextValue(links))
+        if (!file.GetNextValue(entity.position) || !file.GetNextString(entity.variable_name) ||
+            !file.GetNextValue(links))
             return false;
         for (float* value : {&entity.position.x, &entity.position.y, &entity.position.z})
             if (!std::isfinite(*value))
@@ -207,20 +211,23 @@ private:
     }
 
     bool ReadGroups() {
-        return ForEachChunk(CHUNK_GROUP, [&](int n) {
-            Selection members[2];
-            for (Selection& list : members) {
-                const uint32_t length = file.GetCurrentArrayLength();
-                std::vector<int32_t> indices;
-                if (length % sizeof(int32_t) != 0)
-                    return DamagedChunk("group", n);
-                file.GetNextValues(indices, length / sizeof(int32_t));
-                for (int32_t index : indices)
-                    if (index >= 0)
-                        list.AddItem(index);
-            }
-            return world.AddGroup(std::move(members[0]), std::move(members[1])) || Fail(Format("it has more than %d groups", MAX_GROUPS));
-        }) && (world.OptimizeGroups(), true); // indices of objects that were dropped go
+        return ForEachChunk(CHUNK_GROUP,
+                            [&](int n) {
+                                Selection members[2];
+                                for (Selection& list : members) {
+                                    const uint32_t length = file.GetCurrentArrayLength();
+                                    std::vector<int32_t> indices;
+                                    if (length % sizeof(int32_t) != 0)
+                                        return DamagedChunk("group", n);
+                                    file.GetNextValues(indices, length / sizeof(int32_t));
+                                    for (int32_t index : indices)
+                                        if (index >= 0)
+                                            list.AddItem(index);
+                                }
+                                return world.AddGroup(std::move(members[0]), std::move(members[1])) ||
+                                       Fail(Format("it has more than %d groups", MAX_GROUPS));
+                            }) &&
+               (world.OptimizeGroups(), true); // indices of objects that were dropped go
     }
 
     bool ReadBoxes() {
@@ -254,7 +261,8 @@ private:
         if (!file.OpenChunk(CHUNK_AI_GROUPS, ANY_CHUNK_ID, COT_SameName) || !file.GetNextValue(count))
             return true;
         // Each group is a name and `count` relations: a square table must fit in what is there.
-        if (count < 0 || static_cast<uint64_t>(count) * (static_cast<uint64_t>(count) + 1) > file.GetArraysCountInChunk())
+        if (count < 0 ||
+            static_cast<uint64_t>(count) * (static_cast<uint64_t>(count) + 1) > file.GetArraysCountInChunk())
             return DamagedChunk(CHUNK_AI_GROUPS, 0);
         for (int32_t g = 0; g < count; ++g) {
             auto actor_group = std::make_unique<CActorGroup>();
@@ -307,15 +315,15 @@ private:
     EntityParser& parser;
     int version = PROJECT_VERSION_1_0;
     size_t default_groups = 0;
-    std::vector<int32_t> material_rows{0};  // the world's row of each material of the file, from 1
-    std::vector<Entity*> entities_of_file;  // null: dropped for want of a definition
+    std::vector<int32_t> material_rows{0}; // the world's row of each material of the file, from 1
+    std::vector<Entity*> entities_of_file; // null: dropped for want of a definition
     std::string error;
 };
 
 } // namespace
 
-bool LoadProject(std::string_view full_name, World& world, ProjectViews& views, MaterialLibrary& materials, EntityParser& parser,
-                 std::string& error) {
+bool LoadProject(std::string_view full_name, World& world, ProjectViews& views, MaterialLibrary& materials,
+                 EntityParser& parser, std::string& error) {
     UChunkFile file(full_name, CFM_Open);
     if (!file.IsValid()) {
         error = file.GetError();

@@ -88,15 +88,29 @@ bool UnpackRelation(const std::vector<uint8_t>& record, SGroupRelation& relation
 
 static void WriteParameterValue(UChunkFile& file, const EntityParameter& parameter) {
     switch (parameter.type) {
-    case EPT_BOOL: file.WriteValue<uint8_t>(parameter.p_bool ? 1 : 0); break;
-    case EPT_INT: file.WriteValue(parameter.p_int); break;
-    case EPT_FLOAT: file.WriteValue(parameter.p_float); break;
-    case EPT_VECTOR2: file.WriteValue(parameter.p_vector2); break;
-    case EPT_VECTOR3: file.WriteValue(parameter.p_vector3); break;
-    case EPT_COLOR: file.WriteValue(parameter.p_color); break;
+    case EPT_BOOL:
+        file.WriteValue<uint8_t>(parameter.p_bool ? 1 : 0);
+        break;
+    case EPT_INT:
+        file.WriteValue(parameter.p_int);
+        break;
+    case EPT_FLOAT:
+        file.WriteValue(parameter.p_float);
+        break;
+    case EPT_VECTOR2:
+        file.WriteValue(parameter.p_vector2);
+        break;
+    case EPT_VECTOR3:
+        file.WriteValue(parameter.p_vector3);
+        break;
+    case EPT_COLOR:
+        file.WriteValue(parameter.p_color);
+        break;
     case EPT_FILENAME:
     case EPT_STRING:
-    case EPT_CONSTANT: file.WriteString(parameter.p_text); break;
+    case EPT_CONSTANT:
+        file.WriteString(parameter.p_text);
+        break;
     }
 }
 
@@ -127,14 +141,20 @@ static bool ReadParameterValue(UChunkFile& file, EntityParameter& parameter) {
         parameter.p_bool = byte != 0;
         return read;
     }
-    case EPT_INT: return file.GetNextValue(parameter.p_int);
-    case EPT_FLOAT: return file.GetNextValue(parameter.p_float);
-    case EPT_VECTOR2: return file.GetNextValue(parameter.p_vector2);
-    case EPT_VECTOR3: return file.GetNextValue(parameter.p_vector3);
-    case EPT_COLOR: return file.GetNextValue(parameter.p_color);
+    case EPT_INT:
+        return file.GetNextValue(parameter.p_int);
+    case EPT_FLOAT:
+        return file.GetNextValue(parameter.p_float);
+    case EPT_VECTOR2:
+        return file.GetNextValue(parameter.p_vector2);
+    case EPT_VECTOR3:
+        return file.GetNextValue(parameter.p_vector3);
+    case EPT_COLOR:
+        return file.GetNextValue(parameter.p_color);
     case EPT_FILENAME:
     case EPT_STRING:
-    case EPT_CONSTANT: return file.GetNextString(parameter.p_text);
+    case EPT_CONSTANT:
+        return file.GetNextString(parameter.p_text);
     }
     file.SkipNextArray(); // a type of a newer version: its value is passed over
     return true;

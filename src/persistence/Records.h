@@ -1,5 +1,5 @@
-// The records that several files share: projects, prefabs and compiled worlds. All numbers are little-endian, records are
-// packed, bytes without a meaning are zero.
+// The records that several files share: projects, prefabs and compiled worlds. All numbers are little-endian, records
+// are packed, bytes without a meaning are zero.
 #pragma once
 
 #include <algorithm>
@@ -99,6 +99,6 @@ bool UnpackRelation(const std::vector<uint8_t>& record, SGroupRelation& relation
 
 // The arrays of an entity behind its template name: type word, position, name, links, parameters, is_hidden.
 void WriteEntityArrays(UChunkFile& file, const Entity& entity);
-// Reads parameters into an entity made from its template: value by value where name and type fit, converting older names.
-// False when the records are damaged.
+// Reads parameters into an entity made from its template: value by value where name and type fit, converting older
+// names. False when the records are damaged.
 bool LoadEntityParameters(UChunkFile& file, Entity& entity);

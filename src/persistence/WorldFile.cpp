@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr size_t BRUSH_HEADER = 73, SURFACE_HEADER = 20, DUMMY_DATA = 108, PORTAL_RECORD = 136, PORTAL_LEAF = 16, CELL_RECORD = 45,
-                 OCCLUDER_RECORD = 68, LEAF_RECORD = 88;
+constexpr size_t BRUSH_HEADER = 73, SURFACE_HEADER = 20, DUMMY_DATA = 108, PORTAL_RECORD = 136, PORTAL_LEAF = 16,
+                 CELL_RECORD = 45, OCCLUDER_RECORD = 68, LEAF_RECORD = 88;
 constexpr size_t PAGE_BYTES = static_cast<size_t>(LIGHTMAP_PAGE_SIDE) * LIGHTMAP_PAGE_SIDE * 3;
 
 class WorldFileReader {
@@ -18,14 +18,16 @@ public:
     WorldFileReader(UChunkFile& chunk_file, WorldFile& target) : file(chunk_file), world(target) {}
 
     bool Read() {
-        return ReadID() && Each("BrushInfo", &WorldFileReader::ReadBrushInfo) && Each("BrushInitialCount", &WorldFileReader::ReadCounts) &&
-               Each("BrushData", &WorldFileReader::ReadBrushData) && Each("LightmapData", &WorldFileReader::ReadLightmap) &&
-               Each("MaterialData", &WorldFileReader::ReadMaterial) && Each("EntityData", &WorldFileReader::ReadEntity) &&
-               Each("PortalData", &WorldFileReader::ReadPortal) && Each("CellData", &WorldFileReader::ReadCell) &&
-               Each("RenderGroup", &WorldFileReader::ReadRenderGroup) && Each("OccluderData", &WorldFileReader::ReadOccluder) &&
-               Each("OctalTree", &WorldFileReader::ReadTree) && Each("SoundTraceData", &WorldFileReader::ReadSound) &&
-               Each("MPGames", &WorldFileReader::ReadGames) && Each("Decals", &WorldFileReader::ReadDecals) &&
-               Each("AIGroups", &WorldFileReader::ReadActorGroups);
+        return ReadID() && Each("BrushInfo", &WorldFileReader::ReadBrushInfo) &&
+               Each("BrushInitialCount", &WorldFileReader::ReadCounts) &&
+               Each("BrushData", &WorldFileReader::ReadBrushData) &&
+               Each("LightmapData", &WorldFileReader::ReadLightmap) &&
+               Each("MaterialData", &WorldFileReader::ReadMaterial) &&
+               Each("EntityData", &WorldFileReader::ReadEntity) && Each("PortalData", &WorldFileReader::ReadPortal) &&
+               Each("CellData", &WorldFileReader::ReadCell) && Each("RenderGroup", &WorldFileReader::ReadRenderGroup) &&
+               Each("OccluderData", &WorldFileReader::ReadOccluder) && Each("OctalTree", &WorldFileReader::ReadTree) &&
+               Each("SoundTraceData", &WorldFileReader::ReadSound) && Each("MPGames", &WorldFileReader::ReadGames) &&
+               Each("Decals", &WorldFileReader::ReadDecals) && Each("AIGroups", &WorldFileReader::ReadActorGroups);
     }
     const std::string& Error() const { return error; }
 
@@ -77,7 +79,12 @@ private:
         const std::vector<uint8_t> bytes = NextRecord();
         int32_t links = 0, name_len = 0, death_particle_len = 0;
         RecordReader record(bytes);
-        record.Get(brush.type).Get(brush.properties).Get(brush.color).Get(brush.color_vector).Get(brush.surface_count).Get(links);
+        record.Get(brush.type)
+            .Get(brush.properties)
+            .Get(brush.color)
+            .Get(brush.color_vector)
+            .Get(brush.surface_count)
+            .Get(links);
         record.Get(brush.id).Get(brush.energy).Get(brush.mass).Get(brush.collision_damage).Get(brush.touch_damage);
         record.Get(brush.terrain_vertex_size).Get(name_len).Get(death_particle_len).Get(brush.link_action);
         if (bytes.size() != BRUSH_HEADER || links < 0 || brush.surface_count < 0)
@@ -96,15 +103,21 @@ private:
 
     bool ReadSurfaceInfo(WorldSurface& surface) {
         const std::vector<uint8_t> bytes = NextRecord();
-        RecordReader(bytes).Get(surface.vertex_count).Get(surface.cp_count).Get(surface.triangle_count)
-            .Get(surface.dynamic_lightmap_count).Get(surface.type);
-        if (bytes.size() != SURFACE_HEADER || surface.vertex_count < 0 || surface.cp_count < 0 || surface.triangle_count < 0 ||
-            surface.dynamic_lightmap_count < 0)
+        RecordReader(bytes)
+            .Get(surface.vertex_count)
+            .Get(surface.cp_count)
+            .Get(surface.triangle_count)
+            .Get(surface.dynamic_lightmap_count)
+            .Get(surface.type);
+        if (bytes.size() != SURFACE_HEADER || surface.vertex_count < 0 || surface.cp_count < 0 ||
+            surface.triangle_count < 0 || surface.dynamic_lightmap_count < 0)
             return false;
         return surface.cp_count == 0 || file.GetNextValues(surface.cp, static_cast<size_t>(surface.cp_count));
     }
 
-    bool ReadCounts() { return file.GetNextValue(world.initial_surfaces) && file.GetNextValue(world.initial_control_points); }
+    bool ReadCounts() {
+        return file.GetNextValue(world.initial_surfaces) && file.GetNextValue(world.initial_control_points);
+    }
 
     bool ReadBrushData() {
         const uint32_t number = file.GetChunkID();
@@ -141,7 +154,10 @@ private:
     bool ReadPhysics(WorldPhysics& physics) {
         const std::vector<uint8_t> bytes = NextRecord();
         RecordReader record(bytes);
-        record.Get(physics.mass).Get(physics.center).Get(physics.static_friction_coef).Get(physics.dynamic_friction_coef);
+        record.Get(physics.mass)
+            .Get(physics.center)
+            .Get(physics.static_friction_coef)
+            .Get(physics.dynamic_friction_coef);
         record.Get(physics.elasticity).Get(physics.time_scale).Get(physics.I);
         record.Get(physics.point_count).Get(physics.edge_count).Get(physics.face_count);
         if (bytes.size() != DUMMY_DATA || physics.point_count < 0 || physics.edge_count < 0 || physics.face_count < 0)
@@ -167,8 +183,8 @@ private:
         WorldEntity& entity = world.entities.emplace_back();
         int32_t links = 0, parameters = 0;
         uint8_t hidden = 0;
-        if (!file.GetNextString(entity.type) || !file.GetNextValue(entity.position) || !file.GetNextString(entity.variable_name) ||
-            !file.GetNextValue(links) || links < 0)
+        if (!file.GetNextString(entity.type) || !file.GetNextValue(entity.position) ||
+            !file.GetNextString(entity.variable_name) || !file.GetNextValue(links) || links < 0)
             return false;
         if (links > 0 && !file.GetNextValues(entity.links, static_cast<size_t>(links)))
             return false;
@@ -184,7 +200,8 @@ private:
     }
 
     bool ReadParameter(WorldParameter& parameter) {
-        if (!file.GetNextString(parameter.name) || !file.GetNextValue(parameter.checksum) || !file.GetNextValue(parameter.type))
+        if (!file.GetNextString(parameter.name) || !file.GetNextValue(parameter.checksum) ||
+            !file.GetNextValue(parameter.type))
             return false;
         const std::vector<uint8_t> value = NextRecord();
         RecordReader record(value);
@@ -193,15 +210,31 @@ private:
         float f[3] = {};
         COLOR color;
         switch (parameter.type) {
-        case EPT_BOOL: record.Get(flag); parameter.value = flag ? "TRUE" : "FALSE"; break;
-        case EPT_INT: record.Get(number); parameter.value = Format("%d", number); break;
-        case EPT_FLOAT: record.Get(f[0]); parameter.value = Format("%g", static_cast<double>(f[0])); break;
-        case EPT_VECTOR2: record.Get(f[0]).Get(f[1]); parameter.value = Format("%g %g", static_cast<double>(f[0]), static_cast<double>(f[1])); break;
+        case EPT_BOOL:
+            record.Get(flag);
+            parameter.value = flag ? "TRUE" : "FALSE";
+            break;
+        case EPT_INT:
+            record.Get(number);
+            parameter.value = Format("%d", number);
+            break;
+        case EPT_FLOAT:
+            record.Get(f[0]);
+            parameter.value = Format("%g", static_cast<double>(f[0]));
+            break;
+        case EPT_VECTOR2:
+            record.Get(f[0]).Get(f[1]);
+            parameter.value = Format("%g %g", static_cast<double>(f[0]), static_cast<double>(f[1]));
+            break;
         case EPT_VECTOR3:
             record.Get(f[0]).Get(f[1]).Get(f[2]);
-            parameter.value = Format("%g %g %g", static_cast<double>(f[0]), static_cast<double>(f[1]), static_cast<double>(f[2]));
+            parameter.value =
+                Format("%g %g %g", static_cast<double>(f[0]), static_cast<double>(f[1]), static_cast<double>(f[2]));
             break;
-        case EPT_COLOR: record.Get(color); parameter.value = Format("#%08x", color.dw_color); break;
+        case EPT_COLOR:
+            record.Get(color);
+            parameter.value = Format("#%08x", color.dw_color);
+            break;
         case EPT_FILENAME:
         case EPT_STRING:
         case EPT_CONSTANT:
@@ -210,7 +243,8 @@ private:
                 return false;
             parameter.value.pop_back();
             break;
-        default: return false;
+        default:
+            return false;
         }
         return !record.Overrun();
     }
@@ -244,12 +278,14 @@ private:
         record.GetFlag(cell.can_see_outside).Get(groups);
         if (bytes.size() != CELL_RECORD)
             return false;
-        const std::pair<std::vector<int32_t>*, int32_t> lists[] = {{&cell.objects, objects}, {&cell.entities, entities}, {&cell.portals, portals},
-                                                                   {&cell.portalside, portals}, {&cell.occluders, occluders}, {&cell.render_groups, groups}};
+        const std::pair<std::vector<int32_t>*, int32_t> lists[] = {
+            {&cell.objects, objects},    {&cell.entities, entities},   {&cell.portals, portals},
+            {&cell.portalside, portals}, {&cell.occluders, occluders}, {&cell.render_groups, groups}};
         for (const auto& [list, count] : lists) {
             // A cell that sees both sides of a portal has one more side than portals.
             const bool sides = list == &cell.portalside;
-            if (count < 0 || !NextAll(*list) || (sides ? list->size() < static_cast<size_t>(count) : list->size() != static_cast<size_t>(count)))
+            if (count < 0 || !NextAll(*list) ||
+                (sides ? list->size() < static_cast<size_t>(count) : list->size() != static_cast<size_t>(count)))
                 return false;
         }
         return true;
@@ -257,7 +293,8 @@ private:
 
     bool ReadRenderGroup() {
         int32_t count = 0;
-        return file.GetNextValue(count) && count >= 0 && file.GetNextValues(world.render_groups.emplace_back(), static_cast<size_t>(count));
+        return file.GetNextValue(count) && count >= 0 &&
+               file.GetNextValues(world.render_groups.emplace_back(), static_cast<size_t>(count));
     }
 
     bool ReadOccluder() {
@@ -276,7 +313,14 @@ private:
             WorldLeaf& leaf = world.leaves.emplace_back();
             int32_t brushes = 0;
             RecordReader record(bytes);
-            record.Get(leaf.type).Get(leaf.min).Get(leaf.max).Get(leaf.half).Get(leaf.size).Get(leaf.parent).Get(leaf.child).Get(brushes);
+            record.Get(leaf.type)
+                .Get(leaf.min)
+                .Get(leaf.max)
+                .Get(leaf.half)
+                .Get(leaf.size)
+                .Get(leaf.parent)
+                .Get(leaf.child)
+                .Get(brushes);
             if (bytes.size() != LEAF_RECORD || brushes < 0)
                 return false;
             if (brushes > 0 && !file.GetNextValues(leaf.brushes, static_cast<size_t>(brushes)))

@@ -130,6 +130,6 @@ struct WorldFile {
     uint32_t total_size = 0;
 };
 
-// False with a sentence that names the file, the chunk and the reason. Lengths are checked against counts here; what the
-// numbers mean is not.
+// False with a sentence that names the file, the chunk and the reason. Lengths are checked against counts here; what
+// the numbers mean is not.
 bool ReadWorldFile(std::string_view path, WorldFile& world, std::string& error);

@@ -10,8 +10,20 @@
 #include "foundation/Vector.h"
 
 enum TrType : uint32_t {
-    CRM_USER1, CRM_USER2, CRM_USER3, CRM_USER4, // scratch, never sent to the device
-    CRM_WORLD, CRM_VIEW, CRM_PROJ, CRM_WORLD1, CRM_WORLD2, CRM_WORLD3, CRM_TEX0, CRM_TEX1, CRM_TEX2, CRM_TEX3,
+    CRM_USER1,
+    CRM_USER2,
+    CRM_USER3,
+    CRM_USER4, // scratch, never sent to the device
+    CRM_WORLD,
+    CRM_VIEW,
+    CRM_PROJ,
+    CRM_WORLD1,
+    CRM_WORLD2,
+    CRM_WORLD3,
+    CRM_TEX0,
+    CRM_TEX1,
+    CRM_TEX2,
+    CRM_TEX3,
     CRM_COUNT
 };
 
@@ -22,7 +34,7 @@ struct VECTOR4 {
 // Pure arithmetic
 D3DMATRIX crIdentity();
 D3DMATRIX crTranslation(const D3DVECTOR& v);
-void crMMultiply(const D3DMATRIX& a, const D3DMATRIX& b, D3DMATRIX& out); // a times b; out may be either
+void crMMultiply(const D3DMATRIX& a, const D3DMATRIX& b, D3DMATRIX& out);   // a times b; out may be either
 void crMTransform(const D3DMATRIX& m, const D3DVECTOR& v, D3DVECTOR& out);  // with translation, no divide
 void crMTransform3(const D3DMATRIX& m, const D3DVECTOR& v, D3DVECTOR& out); // without translation
 void crMTransform4(const D3DMATRIX& m, const VECTOR4& v, VECTOR4& out);
@@ -53,12 +65,12 @@ int crMInverse();
 int crMInverse3();
 void crMPush(); // at most 64 deep: beyond that it does nothing
 void crMPop();
-void crMFlush(); // sends the dirty matrices to the device
+void crMFlush();                                           // sends the dirty matrices to the device
 void crMProj(float fov, float aspect, float zn, float zf); // aspect below 0: the screen's
 void crZProjBias(float bias, D3DMATRIX* saved);
 int crMViewTo(const D3DVECTOR& from, const D3DVECTOR& to, const D3DVECTOR& up, float roll); // -1 leaves the matrix
 void crM3DS();
-void crMClip(); // from clip space to pixels of the viewport
+void crMClip();   // from clip space to pixels of the viewport
 void crMUpdate(); // after view and projection changed, before anything below
 void crGetViewVectors(D3DVECTOR& up, D3DVECTOR& right, D3DVECTOR& front);
 void crGetScreenVectors(D3DVECTOR& base, D3DVECTOR& u, D3DVECTOR& v);

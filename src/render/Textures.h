@@ -11,8 +11,8 @@
 
 inline constexpr uint32_t CR_NO_TEXTURE = 0xFFFFFFFF; // the failure value of a handle
 inline constexpr uint32_t CR_MAX_TEXTURES = 2048;
-inline constexpr uint32_t CRT_CUBE_MAP = 0x100;       // in a dtype
-inline constexpr uint32_t CRT_FACE = 0x10000;         // in the flags of crTFillTexture, with the face number
+inline constexpr uint32_t CRT_CUBE_MAP = 0x100; // in a dtype
+inline constexpr uint32_t CRT_FACE = 0x10000;   // in the flags of crTFillTexture, with the face number
 
 enum CRTextureType : uint32_t { TEX_NORMAL = 0, TEX_ALPHA = 1, TEX_ALPHA_NORMAL = 2, TEX_BUMP = 3, TEX_TARGET = 4 };
 
@@ -20,20 +20,20 @@ enum CRTextureType : uint32_t { TEX_NORMAL = 0, TEX_ALPHA = 1, TEX_ALPHA_NORMAL 
 enum CRTextureLevel : uint32_t { TL_ICON = 1, TL_MATERIAL = 4, TL_LIGHTMAP = 8, TL_DARKMAP = 16 };
 
 struct CRTFormat {
-    uint32_t pixelsize = 0;  // bytes a pixel
-    int32_t shift[4] = {};   // red, green, blue, alpha: position of the mask's highest bit plus 1, less 8
+    uint32_t pixelsize = 0; // bytes a pixel
+    int32_t shift[4] = {};  // red, green, blue, alpha: position of the mask's highest bit plus 1, less 8
     PixelFormat pf;
 };
 
 struct CRTexture {
     const CRTFormat* actformat = nullptr;
-    std::string path, name;  // as given to the file form
+    std::string path, name; // as given to the file form
     bool from_file = false;
     uint32_t width = 0, height = 0; // of level 0, of one face
-    uint32_t type = 0;       // CRTextureType, with CRT_CUBE_MAP
-    uint32_t level = 0;      // the caller's group mask
+    uint32_t type = 0;              // CRTextureType, with CRT_CUBE_MAP
+    uint32_t level = 0;             // the caller's group mask
     uint32_t tmu = 0;
-    uint32_t size = 0;       // bytes of all levels of all faces
+    uint32_t size = 0;               // bytes of all levels of all faces
     uint32_t avg_color = 0xFFFFFFFF; // mean colour 0xAARRGGBB
     std::unique_ptr<DeviceSurface> surface;
 };

@@ -23,7 +23,9 @@ protected:
     }
     ~EntityUpdateTest() override { SetDesktop(nullptr); }
 
-    EntityUpdateResult Update(bool visibility) { return CompileEntities(world, options, TARGET, visibility, progress, problems); }
+    EntityUpdateResult Update(bool visibility) {
+        return CompileEntities(world, options, TARGET, visibility, progress, problems);
+    }
     WorldFile Read() {
         WorldFile file;
         std::string error;
@@ -82,7 +84,8 @@ TEST_F(EntityUpdateTest, ADeletedBrushAsksForAFullCompile) {
     world.DeleteBrush(1);
     EXPECT_EQ(Update(false), EntityUpdateResult::BrushesDeleted);
     ASSERT_EQ(desktop.boxes.size(), 1u);
-    EXPECT_EQ(desktop.boxes[0].text, "Critical error! Some brushes which are in saved map were deleted.\nPlease, recompile whole project.");
+    EXPECT_EQ(desktop.boxes[0].text,
+              "Critical error! Some brushes which are in saved map were deleted.\nPlease, recompile whole project.");
     EXPECT_TRUE(ReadBytes("Maps/small.few") == before);
 }
 

@@ -55,13 +55,17 @@ TEST(ProblemSolver, TheTreeNamesEveryFinding) {
                                  "      Eye #11\n"
                                  "      Eye #12\n"
                                  "Wrong entities\n"
-                                 "  Entity #" + light_id + " (point light at 1.50,-2.00,3.13)\n"
-                                 "Wrong one cell entities\n"
-                                 "  Entity #" + sound_id + " (sound effector)\n"
-                                 "    Cell #2\n"
-                                 "      Eye #5\n"
-                                 "    Cell #3\n"
-                                 "      Eye #8\n");
+                                 "  Entity #" +
+                                     light_id +
+                                     " (point light at 1.50,-2.00,3.13)\n"
+                                     "Wrong one cell entities\n"
+                                     "  Entity #" +
+                                     sound_id +
+                                     " (sound effector)\n"
+                                     "    Cell #2\n"
+                                     "      Eye #5\n"
+                                     "    Cell #3\n"
+                                     "      Eye #8\n");
     const std::string json = solver.TreeJson(world);
     for (const char* part : {"\"verdict\": \"no cell\"", "\"type\": \"POINT_LIGHT\"", "\"cell\": 3"})
         EXPECT_NE(json.find(part), std::string::npos) << part;

@@ -42,7 +42,8 @@ static void ExpectPath(const SoundTraceData& path, int distance, int start, int 
 }
 
 TEST(SoundTrace, CountsFollowThePortals) {
-    const std::pair<int, int> counts[] = {{0, 0}, {1, 0}, {2, 1}, {3, 3}, {4, 6}, {255, 254 * 255 / 2}, {256, 255 * 256 / 2}, {1024, 255 * 256 / 2}};
+    const std::pair<int, int> counts[] = {
+        {0, 0}, {1, 0}, {2, 1}, {3, 3}, {4, 6}, {255, 254 * 255 / 2}, {256, 255 * 256 / 2}, {1024, 255 * 256 / 2}};
     for (const auto& [portals, count] : counts)
         EXPECT_EQ(SoundTraceCount(portals), count) << portals;
 }
@@ -96,8 +97,8 @@ TEST(SoundTrace, EqualsAllPairsOnRandomGraphs) {
         for (const CELL& cell : graph.ws.cell)
             for (int p : cell.portals)
                 for (int q : cell.portals)
-                    way[static_cast<size_t>(p)][static_cast<size_t>(q)] =
-                        static_cast<double>(Magnitude(graph.ws.portal[static_cast<size_t>(p)].pivot - graph.ws.portal[static_cast<size_t>(q)].pivot));
+                    way[static_cast<size_t>(p)][static_cast<size_t>(q)] = static_cast<double>(Magnitude(
+                        graph.ws.portal[static_cast<size_t>(p)].pivot - graph.ws.portal[static_cast<size_t>(q)].pivot));
         for (size_t k = 0; k < n; ++k)
             for (size_t i = 0; i < n; ++i)
                 for (size_t j = 0; j < n; ++j)

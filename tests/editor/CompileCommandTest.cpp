@@ -38,7 +38,8 @@ TEST_F(CompileCommandTest, WritesTheWorldAndTheSafetyCopy) {
     CProgressText progress;
     EXPECT_EQ(interface.Compile(progress), CompileOutcome::Written);
     EXPECT_TRUE(desktop.boxes.empty());
-    EXPECT_EQ(progress.GetText().find("Map compilation started...\r\n\r\nEntry data:\r\n2 Brushes\r\n6 Surfaces\r\n16 Curved Surfaces\r\n1 Portals\r\n"
+    EXPECT_EQ(progress.GetText().find("Map compilation started...\r\n\r\nEntry data:\r\n2 Brushes\r\n6 Surfaces\r\n16 "
+                                      "Curved Surfaces\r\n1 Portals\r\n"
                                       "0 Occluders\r\n1 Entities\r\n2 Materials\r\n\r\nBuilding Octal Tree...\r\n"),
               0u)
         << progress.GetText();
@@ -88,7 +89,8 @@ TEST_F(CompileCommandTest, DamagedWorldFilesAreRefusedInOneSentence) {
             bytes.resize(random.randomMT() % bytes.size());
         else
             for (int k = 0; k < 3; ++k)
-                bytes.replace(random.randomMT() % (bytes.size() - 4), 4, round % 3 == 1 ? "\xff\xff\xff\x7f" : "\xfe\xff\xff\xff");
+                bytes.replace(random.randomMT() % (bytes.size() - 4), 4,
+                              round % 3 == 1 ? "\xff\xff\xff\x7f" : "\xfe\xff\xff\xff");
         WriteBytes("Maps/damaged.few", bytes);
         WorldFile world;
         std::string error;

@@ -53,7 +53,8 @@ TEST_F(EditorSettingsTest, AssignmentsAreChecked) {
     EXPECT_TRUE(settings.create_render_groups);
     EXPECT_TRUE(ApplySetting(settings, "UpdateDir=a=b", error));
     EXPECT_EQ(settings.update_dir, "a=b");
-    for (const char* wrong : {"LightmapDetail", "LightmapDetail=", "LightmapDetail=3", "LightmapDetail=1x", "LightmapDetail=99999999999", "Nothing=1", "=1", ""}) {
+    for (const char* wrong : {"LightmapDetail", "LightmapDetail=", "LightmapDetail=3", "LightmapDetail=1x",
+                              "LightmapDetail=99999999999", "Nothing=1", "=1", ""}) {
         error.clear();
         EXPECT_FALSE(ApplySetting(settings, wrong, error)) << wrong;
         EXPECT_FALSE(error.empty()) << wrong;

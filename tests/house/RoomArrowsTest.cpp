@@ -9,8 +9,9 @@
 
 namespace fs = std::filesystem;
 
-static const std::map<std::string, int> floors = {{"foundation", 0}, {"files", 1}, {"render", 2}, {"scene", 3}, {"definitions", 4},
-                                                  {"persistence", 5}, {"drawing", 5}, {"compiler", 6}, {"editor", 7}, {"pages", 8}, {"desktop", 9}};
+static const std::map<std::string, int> floors = {
+    {"foundation", 0}, {"files", 1},    {"render", 2}, {"scene", 3}, {"definitions", 4}, {"persistence", 5},
+    {"drawing", 5},    {"compiler", 6}, {"editor", 7}, {"pages", 8}, {"desktop", 9}};
 
 TEST(RoomArrows, NoIncludeRunsUp) {
     const std::regex include("^\\s*#include \"([a-z]+)/[^\"]+\"");

@@ -63,7 +63,8 @@ static std::unique_ptr<World> FullWorld(ProjectData& data) {
     auto decal = std::make_unique<DecalTemplate>();
     decal->texture = crTGet("Textures\\wall", "brick", TL_MATERIAL);
     decal->color = MakeColor(9, 8, 7, 255);
-    decal->x_size = 24, decal->y_size = 12, decal->o_position = {1, 1, 1}, decal->o_normal = {0, 1, 0}, decal->o_rotation = 45, decal->id = 77;
+    decal->x_size = 24, decal->y_size = 12, decal->o_position = {1, 1, 1}, decal->o_normal = {0, 1, 0},
+    decal->o_rotation = 45, decal->id = 77;
     world->AddNewDecal(std::move(decal));
     return world;
 }
@@ -84,8 +85,9 @@ static void ExpectSameBrush(const Brush& a, const Brush& b) {
     EXPECT_EQ(a.death_particle, b.death_particle);
     EXPECT_EQ(a.energy, b.energy);
     EXPECT_EQ(a.properties, b.properties);
-    for (float Brush::*field : {&Brush::elasticity, &Brush::static_friction, &Brush::dynamic_friction, &Brush::time_scale, &Brush::rotation_factor,
-                                &Brush::mass, &Brush::coll_dmg, &Brush::touch_dmg})
+    for (float Brush::*field :
+         {&Brush::elasticity, &Brush::static_friction, &Brush::dynamic_friction, &Brush::time_scale,
+          &Brush::rotation_factor, &Brush::mass, &Brush::coll_dmg, &Brush::touch_dmg})
         EXPECT_EQ(a.*field, b.*field);
     EXPECT_EQ(a.link_action, b.link_action);
     EXPECT_EQ(a.color_vector, b.color_vector);
@@ -151,7 +153,8 @@ TEST(Project, KeepsEveryField) {
     EXPECT_EQ(loaded->material[1].material_name, "brick");
     EXPECT_EQ(loaded->material[2].material_name, "stone");
     ASSERT_EQ(loaded->GetGroupCount(), 1);
-    EXPECT_EQ(std::vector<int>(loaded->group[0].brushes.begin(), loaded->group[0].brushes.end()), (std::vector<int>{2, 0}));
+    EXPECT_EQ(std::vector<int>(loaded->group[0].brushes.begin(), loaded->group[0].brushes.end()),
+              (std::vector<int>{2, 0}));
     EXPECT_EQ(loaded->group[0].entities.GetItem(0), 1);
     EXPECT_EQ(loaded->map_file, "night");
     EXPECT_EQ(loaded->map_name, "The Long Night");
@@ -211,7 +214,8 @@ TEST(Project, BytesStandWhereTheFormatHasThem) {
     // 1 record, 1 links, 6 counts, 6 times 7 surface arrays, 17 scalars (both names are there)
     EXPECT_EQ(file.GetArraysCountInChunk(), 1u + 1 + 6 + 42 + 17);
     const std::vector<uint8_t> counts = file.GetArrayAlloc(2);
-    EXPECT_EQ((std::vector<int32_t>{At<int32_t>(counts, 0), At<int32_t>(counts, 4), At<int32_t>(counts, 8), At<int32_t>(counts, 12)}),
+    EXPECT_EQ((std::vector<int32_t>{At<int32_t>(counts, 0), At<int32_t>(counts, 4), At<int32_t>(counts, 8),
+                                    At<int32_t>(counts, 12)}),
               (std::vector<int32_t>{4, 2, 4, 0}));
     const std::vector<uint8_t> mapping = file.GetArrayAlloc(8 + 2 * 7 + 6); // of surface 2
     ASSERT_EQ(mapping.size(), 36u);
@@ -228,7 +232,8 @@ TEST(Project, BytesStandWhereTheFormatHasThem) {
     EXPECT_EQ(file.GetArrayLength(1 + 16 + 4 * 2), 9u * 12);
 
     ASSERT_TRUE(file.OpenChunk("EntityData", 1));
-    EXPECT_EQ(file.GetArrayLength(file.GetArraysCountInChunk() - 1), 0u) << "the second link list is there though empty";
+    EXPECT_EQ(file.GetArrayLength(file.GetArraysCountInChunk() - 1), 0u)
+        << "the second link list is there though empty";
     EXPECT_EQ(file.GetChunkTypeCount("EntityData"), 2);
     ASSERT_TRUE(file.OpenChunk("MaterialData", 2));
     EXPECT_EQ(file.GetArrayLength(1), 64u);
@@ -381,7 +386,8 @@ TEST(Project, UnusableGeometryIsRepairedAndShown) {
     ASSERT_TRUE(loaded) << data.error;
     EXPECT_EQ(loaded->brush[0]->surfaces[0].tri_indices[0].i[1], 0);
     EXPECT_EQ(loaded->brush[1]->surfaces[5].vertices[2].y, 0.0f);
-    EXPECT_EQ(std::vector<int>(loaded->brush_selection.begin(), loaded->brush_selection.end()), (std::vector<int>{0, 1}));
+    EXPECT_EQ(std::vector<int>(loaded->brush_selection.begin(), loaded->brush_selection.end()),
+              (std::vector<int>{0, 1}));
 }
 
 TEST(Project, BackupHoldsTheLastVersion) {

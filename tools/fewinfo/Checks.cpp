@@ -56,10 +56,13 @@ private:
             for (const WorldSurface& surface : brush.surfaces)
                 control_points += surface.cp_count;
         }
-        Expect(surfaces == world.initial_surfaces, "BrushInitialCount tells %d surfaces, the brushes have %lld", world.initial_surfaces, static_cast<long long>(surfaces));
-        Expect(control_points == world.initial_control_points, "BrushInitialCount tells %d control points, the brushes have %lld",
-               world.initial_control_points, static_cast<long long>(control_points));
-        Expect(world.lightmap_pages.size() <= MAX_LIGHTMAP_PAGES, "there are %zu lightmap pages", world.lightmap_pages.size());
+        Expect(surfaces == world.initial_surfaces, "BrushInitialCount tells %d surfaces, the brushes have %lld",
+               world.initial_surfaces, static_cast<long long>(surfaces));
+        Expect(control_points == world.initial_control_points,
+               "BrushInitialCount tells %d control points, the brushes have %lld", world.initial_control_points,
+               static_cast<long long>(control_points));
+        Expect(world.lightmap_pages.size() <= MAX_LIGHTMAP_PAGES, "there are %zu lightmap pages",
+               world.lightmap_pages.size());
         Expect(!world.cells.empty(), "there is no cell%s", "");
         Expect(!world.leaves.empty(), "there is no octal tree%s", "");
     }
@@ -67,49 +70,61 @@ private:
     void CheckBrush(const WorldBrush& brush, int b) {
         Expect(brush.chunk_id == static_cast<uint32_t>(b), "BrushInfo %d has the id %u", b, brush.chunk_id);
         Expect(brush.type <= BT_TERRAIN, "brush %d has the type %u", b, brush.type);
-        Expect(PackColor(brush.color_vector) == brush.color, "brush %d has the colour word %08x, which is not that of its floats", b, brush.color);
+        Expect(PackColor(brush.color_vector) == brush.color,
+               "brush %d has the colour word %08x, which is not that of its floats", b, brush.color);
         for (size_t s = 0; s < brush.surfaces.size(); ++s)
             CheckSurface(brush, brush.surfaces[s], b, static_cast<int>(s));
         CheckPhysics(brush, b);
     }
 
     void CheckSurface(const WorldBrush& brush, const WorldSurface& surface, int b, int s) {
-        static const std::pair<int32_t, int32_t> control_points[] = {{WS_FAN, 4}, {WS_STRIP, 6}, {WS_PATCH, 9}, {WS_MESH, 0}, {WS_TERRAIN, 0}};
+        static const std::pair<int32_t, int32_t> control_points[] = {
+            {WS_FAN, 4}, {WS_STRIP, 6}, {WS_PATCH, 9}, {WS_MESH, 0}, {WS_TERRAIN, 0}};
         bool kind_fits = surface.type == 0; // a kind that the format has no word for
         for (const auto& [type, count] : control_points)
             kind_fits = kind_fits || (surface.type == type && surface.cp_count == count);
-        Expect(kind_fits, "surface %d of brush %d has the type %d with %d control points", s, b, surface.type, surface.cp_count);
-        Expect((surface.type == WS_TERRAIN) == (brush.type == BT_TERRAIN) || surface.cp_count > 0, "surface %d of brush %d is terrain in one place only", s, b);
+        Expect(kind_fits, "surface %d of brush %d has the type %d with %d control points", s, b, surface.type,
+               surface.cp_count);
+        Expect((surface.type == WS_TERRAIN) == (brush.type == BT_TERRAIN) || surface.cp_count > 0,
+               "surface %d of brush %d is terrain in one place only", s, b);
         for (const TRIANGLE& triangle : surface.triangles)
             for (uint16_t index : triangle.i)
-                Expect(index < surface.vertices.size(), "a triangle of surface %d of brush %d names vertex %d of %zu", s, b, index, surface.vertices.size());
+                Expect(index < surface.vertices.size(), "a triangle of surface %d of brush %d names vertex %d of %zu",
+                       s, b, index, surface.vertices.size());
         for (const D3DVECTOR& v : surface.vertices)
-            Expect(std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z), "surface %d of brush %d has a vertex that is no number", s, b);
+            Expect(std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z),
+                   "surface %d of brush %d has a vertex that is no number", s, b);
         for (const UVVector& uv : surface.lightmap_uv)
-            Expect(std::isfinite(uv.u) && std::isfinite(uv.v), "surface %d of brush %d has a lightmap coordinate that is no number", s, b);
-        Expect(surface.texture.index >= 0 && surface.texture.index <= static_cast<int>(world.materials.size()), "surface %d of brush %d has the material %d of %zu", s, b,
-               surface.texture.index, world.materials.size());
+            Expect(std::isfinite(uv.u) && std::isfinite(uv.v),
+                   "surface %d of brush %d has a lightmap coordinate that is no number", s, b);
+        Expect(surface.texture.index >= 0 && surface.texture.index <= static_cast<int>(world.materials.size()),
+               "surface %d of brush %d has the material %d of %zu", s, b, surface.texture.index,
+               world.materials.size());
         if (brush.type == BT_PORTAL || brush.type == BT_OCCLUDER || brush.type == BT_CUSTOM)
             return;
-        Expect(surface.lightmap.light_index == -1, "the lightmap of surface %d of brush %d names the light %d", s, b, surface.lightmap.light_index);
+        Expect(surface.lightmap.light_index == -1, "the lightmap of surface %d of brush %d names the light %d", s, b,
+               surface.lightmap.light_index);
         CheckRectangle(surface.lightmap, surface.texture.index != 0, b, s);
         for (const LIGHTMAP_INFO& info : surface.dynamic_lightmaps) {
             // A light that bakes apart and yet is not dynamic has no place on the pages.
             CheckRectangle(info, info.u_size <= 1, b, s);
-            Expect(Below(info.light_index, world.entities.size()) && EqualNoCase(world.entities[static_cast<size_t>(info.light_index)].type, "POINT_LIGHT"),
-                   "a dynamic lightmap of surface %d of brush %d names the entity %d, which is no light", s, b, info.light_index);
+            Expect(Below(info.light_index, world.entities.size()) &&
+                       EqualNoCase(world.entities[static_cast<size_t>(info.light_index)].type, "POINT_LIGHT"),
+                   "a dynamic lightmap of surface %d of brush %d names the entity %d, which is no light", s, b,
+                   info.light_index);
         }
     }
 
     void CheckRectangle(const LIGHTMAP_INFO& info, bool lit, int b, int s) {
-        Expect(info.lightmap == 0 || Below(info.lightmap, world.lightmap_pages.size()), "surface %d of brush %d lies on page %d of %zu", s, b, info.lightmap,
-               world.lightmap_pages.size());
+        Expect(info.lightmap == 0 || Below(info.lightmap, world.lightmap_pages.size()),
+               "surface %d of brush %d lies on page %d of %zu", s, b, info.lightmap, world.lightmap_pages.size());
         if (!lit) {
-            Expect(info.u_start == 0 && info.v_start == 0, "surface %d of brush %d has no texture and yet a place on a page", s, b);
+            Expect(info.u_start == 0 && info.v_start == 0,
+                   "surface %d of brush %d has no texture and yet a place on a page", s, b);
             return;
         }
-        const bool inside = info.u_start >= 0 && info.v_start >= 0 && info.u_size > 0 && info.v_size > 0 && info.u_start + info.u_size <= ON_PAGE &&
-                            info.v_start + info.v_size <= ON_PAGE;
+        const bool inside = info.u_start >= 0 && info.v_start >= 0 && info.u_size > 0 && info.v_size > 0 &&
+                            info.u_start + info.u_size <= ON_PAGE && info.v_start + info.v_size <= ON_PAGE;
         Expect(inside, "the lightmap of surface %d of brush %d leaves its page", s, b);
         if (inside && Below(info.lightmap, world.lightmap_pages.size()))
             rectangles.push_back({info, b, s});
@@ -126,7 +141,8 @@ private:
                 const LIGHTMAP_INFO& b = rectangles[n].info;
                 if (b.lightmap != a.lightmap || b.v_start >= a.v_start + a.v_size)
                     break;
-                Expect(b.u_start >= a.u_start + a.u_size || a.u_start >= b.u_start + b.u_size, "the lightmaps of surface %d of brush %d and surface %d of brush %d overlap",
+                Expect(b.u_start >= a.u_start + a.u_size || a.u_start >= b.u_start + b.u_size,
+                       "the lightmaps of surface %d of brush %d and surface %d of brush %d overlap",
                        rectangles[k].surface, rectangles[k].brush, rectangles[n].surface, rectangles[n].brush);
             }
         }
@@ -136,23 +152,28 @@ private:
         const WorldPhysics& physics = brush.physics;
         uint32_t bits = 0;
         std::memcpy(&bits, &physics.mass, sizeof bits);
-        Expect((brush.properties & BP_DYNAMIC) || bits == STATIC_MASS_BITS, "brush %d does not move and yet has the mass %g", b, static_cast<double>(physics.mass));
+        Expect((brush.properties & BP_DYNAMIC) || bits == STATIC_MASS_BITS,
+               "brush %d does not move and yet has the mass %g", b, static_cast<double>(physics.mass));
         std::vector<int> faces_of_edge(physics.edges.size(), 0);
         for (const WorldPhysics::Edge& edge : physics.edges)
-            Expect(Below(edge.beg, physics.points.size()) && Below(edge.end, physics.points.size()) && edge.beg != edge.end,
+            Expect(Below(edge.beg, physics.points.size()) && Below(edge.end, physics.points.size()) &&
+                       edge.beg != edge.end,
                    "an edge of the physics of brush %d joins points %d and %d", b, edge.beg, edge.end);
         for (const WorldPhysics::Face& face : physics.faces)
             for (int k = 0; k < 3; ++k) {
                 if (!Below(face.e[k], physics.edges.size()) || !Below(face.p[k], physics.points.size())) {
-                    Expect(false, "a face of the physics of brush %d names edge %d and point %d", b, face.e[k], face.p[k]);
+                    Expect(false, "a face of the physics of brush %d names edge %d and point %d", b, face.e[k],
+                           face.p[k]);
                     continue;
                 }
                 const WorldPhysics::Edge& edge = physics.edges[static_cast<size_t>(face.e[k])];
                 const std::set<int32_t> ends{edge.beg, edge.end}, corners{face.p[(k + 1) % 3], face.p[(k + 2) % 3]};
                 Expect(ends == corners, "edge %d of a face of the physics of brush %d does not join its corners", k, b);
-                Expect(++faces_of_edge[static_cast<size_t>(face.e[k])] <= 2, "an edge of the physics of brush %d has more than two faces", b);
+                Expect(++faces_of_edge[static_cast<size_t>(face.e[k])] <= 2,
+                       "an edge of the physics of brush %d has more than two faces", b);
             }
-        bool numbers = std::isfinite(physics.center.x) && std::isfinite(physics.center.y) && std::isfinite(physics.center.z);
+        bool numbers =
+            std::isfinite(physics.center.x) && std::isfinite(physics.center.y) && std::isfinite(physics.center.z);
         for (const auto& row : physics.I.m)
             for (float value : row)
                 numbers = numbers && std::isfinite(value);
@@ -161,33 +182,39 @@ private:
 
     void CheckEntities() {
         std::set<uint32_t> ids;
-        const auto take = [&](uint32_t id, const char* kind, size_t n) { Expect(ids.insert(id).second, "the id %u of %s %zu is taken already", id, kind, n); };
+        const auto take = [&](uint32_t id, const char* kind, size_t n) {
+            Expect(ids.insert(id).second, "the id %u of %s %zu is taken already", id, kind, n);
+        };
         for (size_t b = 0; b < world.brushes.size(); ++b)
             take(world.brushes[b].id, "brush", b);
         for (size_t e = 0; e < world.entities.size(); ++e) {
             const WorldEntity& entity = world.entities[e];
             take(entity.id, "entity", e);
             for (const WorldParameter& parameter : entity.parameters)
-                Expect(parameter.checksum == EntityParameter::NameChecksum(parameter.name), "the parameter \"%s\" of entity %zu has a wrong checksum",
-                       parameter.name.c_str(), e);
+                Expect(parameter.checksum == EntityParameter::NameChecksum(parameter.name),
+                       "the parameter \"%s\" of entity %zu has a wrong checksum", parameter.name.c_str(), e);
         }
     }
 
     void CheckPortals() {
         for (size_t p = 0; p < world.portals.size(); ++p) {
             const WorldPortal& portal = world.portals[p];
-            Expect(Below(portal.portalowner, world.brushes.size()) && world.brushes[static_cast<size_t>(portal.portalowner)].type == BT_PORTAL,
+            Expect(Below(portal.portalowner, world.brushes.size()) &&
+                       world.brushes[static_cast<size_t>(portal.portalowner)].type == BT_PORTAL,
                    "portal %zu belongs to brush %d, which is no portal", p, portal.portalowner);
             for (int side = 0; side < 2; ++side) {
-                Expect(Below(portal.cell[side], world.cells.size()), "side %d of portal %zu opens to cell %d of %zu", side, p, portal.cell[side], world.cells.size());
-                Expect(AllBelow(portal.reachable[side], world.portals.size()), "side %d of portal %zu reaches a portal that is not there", side, p);
+                Expect(Below(portal.cell[side], world.cells.size()), "side %d of portal %zu opens to cell %d of %zu",
+                       side, p, portal.cell[side], world.cells.size());
+                Expect(AllBelow(portal.reachable[side], world.portals.size()),
+                       "side %d of portal %zu reaches a portal that is not there", side, p);
                 for (const auto& indices : portal.partindices[side])
                     Expect(indices < 4, "portal %zu has a triangle outside its four corners", p);
                 CheckReachable(static_cast<int32_t>(p), side);
             }
         }
         for (size_t o = 0; o < world.occluders.size(); ++o)
-            Expect(Below(world.occluders[o].owner, world.brushes.size()) && world.brushes[static_cast<size_t>(world.occluders[o].owner)].type == BT_OCCLUDER,
+            Expect(Below(world.occluders[o].owner, world.brushes.size()) &&
+                       world.brushes[static_cast<size_t>(world.occluders[o].owner)].type == BT_OCCLUDER,
                    "occluder %zu belongs to brush %d, which is none", o, world.occluders[o].owner);
     }
 
@@ -196,9 +223,11 @@ private:
         const WorldPortal& portal = world.portals[static_cast<size_t>(p)];
         std::vector<int32_t> expected;
         for (size_t q = 0; q < world.portals.size(); ++q)
-            if (static_cast<int32_t>(q) != p && (world.portals[q].cell[0] == portal.cell[side] || world.portals[q].cell[1] == portal.cell[side]))
+            if (static_cast<int32_t>(q) != p &&
+                (world.portals[q].cell[0] == portal.cell[side] || world.portals[q].cell[1] == portal.cell[side]))
                 expected.push_back(static_cast<int32_t>(q));
-        Expect(portal.reachable[side] == expected, "side %d of portal %d does not reach the portals of its cell", side, p);
+        Expect(portal.reachable[side] == expected, "side %d of portal %d does not reach the portals of its cell", side,
+               p);
     }
 
     void CheckCells() {
@@ -209,7 +238,8 @@ private:
             Expect(AllBelow(cell.portals, world.portals.size()), "cell %zu lists a portal that is not there", c);
             Expect(AllBelow(cell.portalside, 2), "cell %zu has a portal side other than 0 and 1", c);
             Expect(AllBelow(cell.occluders, world.occluders.size()), "cell %zu lists an occluder that is not there", c);
-            Expect(AllBelow(cell.render_groups, world.render_groups.size()), "cell %zu lists a render group that is not there", c);
+            Expect(AllBelow(cell.render_groups, world.render_groups.size()),
+                   "cell %zu lists a render group that is not there", c);
             CheckCellGroups(cell, c);
         }
     }
@@ -230,7 +260,8 @@ private:
                 if (!Below(brush, world.brushes.size()))
                     Expect(false, "render group %zu lists brush %d of %zu", g, brush, world.brushes.size());
                 else
-                    Expect(++groups_of_brush[static_cast<size_t>(brush)] == 1, "brush %d is in more than one render group", brush);
+                    Expect(++groups_of_brush[static_cast<size_t>(brush)] == 1,
+                           "brush %d is in more than one render group", brush);
             }
     }
 
@@ -238,10 +269,12 @@ private:
         for (size_t n = 0; n < world.leaves.size(); ++n) {
             const WorldLeaf& leaf = world.leaves[n];
             Expect(leaf.type <= 2, "leaf %zu has the type %u", n, leaf.type);
-            Expect((leaf.type == 2) == !leaf.brushes.empty(), "leaf %zu of type %u lists %zu brushes", n, leaf.type, leaf.brushes.size());
+            Expect((leaf.type == 2) == !leaf.brushes.empty(), "leaf %zu of type %u lists %zu brushes", n, leaf.type,
+                   leaf.brushes.size());
             Expect(AllBelow(leaf.brushes, world.brushes.size()), "leaf %zu lists a brush that is not there", n);
             Expect(n == 0 ? leaf.parent == -1 : Below(leaf.parent, n), "leaf %zu has the parent %d", n, leaf.parent);
-            Expect(leaf.size == std::fabs(leaf.max.x - leaf.min.x), "leaf %zu has the size %g", n, static_cast<double>(leaf.size));
+            Expect(leaf.size == std::fabs(leaf.max.x - leaf.min.x), "leaf %zu has the size %g", n,
+                   static_cast<double>(leaf.size));
             if (leaf.type == 0)
                 CheckChildren(leaf, n);
         }
@@ -249,7 +282,8 @@ private:
 
     void CheckChildren(const WorldLeaf& node, size_t n) {
         // Which half of x, y and z child k takes.
-        static constexpr int upper[8][3] = {{0, 1, 1}, {1, 1, 1}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {1, 0, 0}, {0, 0, 0}};
+        static constexpr int upper[8][3] = {{0, 1, 1}, {1, 1, 1}, {1, 1, 0}, {0, 1, 0},
+                                            {0, 0, 1}, {1, 0, 1}, {1, 0, 0}, {0, 0, 0}};
         const float h = node.size * 0.5f;
         for (int k = 0; k < 8; ++k) {
             if (!Below(node.child[k], world.leaves.size()) || static_cast<size_t>(node.child[k]) <= n) {
@@ -257,11 +291,13 @@ private:
                 continue;
             }
             const WorldLeaf& child = world.leaves[static_cast<size_t>(node.child[k])];
-            Expect(child.parent == static_cast<int32_t>(n), "child %d of leaf %zu has the parent %d", k, n, child.parent);
+            Expect(child.parent == static_cast<int32_t>(n), "child %d of leaf %zu has the parent %d", k, n,
+                   child.parent);
             for (int axis = 0; axis < 3; ++axis) {
                 const float expected = Component(node.min, axis) + (upper[k][axis] ? h : 0);
                 const float slack = node.size * 1.0e-5f;
-                Expect(std::fabs(Component(child.min, axis) - expected) <= slack && std::fabs(Component(child.max, axis) - expected - h) <= slack,
+                Expect(std::fabs(Component(child.min, axis) - expected) <= slack &&
+                           std::fabs(Component(child.max, axis) - expected - h) <= slack,
                        "child %d of leaf %zu does not take its eighth of the cube", k, n);
             }
         }
@@ -270,12 +306,14 @@ private:
     void CheckRest() {
         for (size_t s = 0; s < world.sounds.size(); ++s)
             if (world.sounds[s].distance != 65535)
-                Expect(Below(world.sounds[s].portal_start, world.portals.size()) && Below(world.sounds[s].portal_end, world.portals.size()),
+                Expect(Below(world.sounds[s].portal_start, world.portals.size()) &&
+                           Below(world.sounds[s].portal_end, world.portals.size()),
                        "sound path %zu begins or ends at a portal that is not there", s);
         Expect(world.mp_games.size() <= MAX_MP_GAMES, "there are %zu game types", world.mp_games.size());
         for (const WorldActorGroup& group : world.actor_groups)
             for (int32_t relation : group.relation)
-                Expect(relation >= 0 && relation <= 2, "the AI group \"%s\" has the stance %d", group.name.c_str(), relation);
+                Expect(relation >= 0 && relation <= 2, "the AI group \"%s\" has the stance %d", group.name.c_str(),
+                       relation);
     }
 
     struct Rectangle {

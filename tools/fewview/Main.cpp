@@ -47,7 +47,8 @@ int main(int argc, char** argv) {
     if (!data_folder.empty())
         std::filesystem::current_path(data_folder, failure);
     if (failure) {
-        std::fprintf(stderr, "the data folder \"%s\" cannot be opened: %s\n", data_folder.c_str(), failure.message().c_str());
+        std::fprintf(stderr, "the data folder \"%s\" cannot be opened: %s\n", data_folder.c_str(),
+                     failure.message().c_str());
         return EXIT_BAD_FILE;
     }
     WorldFile world;
@@ -57,7 +58,8 @@ int main(int argc, char** argv) {
         return EXIT_BAD_FILE;
     }
     CMarrowstead2App::MountLibraries();
-    Picture3D picture(size[0], size[1], {{camera_values[0], camera_values[1], camera_values[2]}, camera_values[3], camera_values[4]});
+    Picture3D picture(size[0], size[1],
+                      {{camera_values[0], camera_values[1], camera_values[2]}, camera_values[3], camera_values[4]});
     picture.Draw(world, LoadTextures(world));
     if (!WritePng(picture_file, size[0], size[1], picture.Rgb())) {
         std::fprintf(stderr, "\"%s\" cannot be written\n", picture_file.c_str());

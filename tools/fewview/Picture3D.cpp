@@ -46,7 +46,8 @@ static WorldSurface Tessellated(const WorldSurface& surface) {
     curved.texture = surface.texture;
     // On the quartered pages a texel is half of 1/256.
     const float texels = 2.0f * LIGHTMAP_PAGE_SIDE;
-    curved.lightmap_size = {std::max(4, static_cast<int>(surface.lightmap.u_size * texels + 0.5f)), std::max(4, static_cast<int>(surface.lightmap.v_size * texels + 0.5f))};
+    curved.lightmap_size = {std::max(4, static_cast<int>(surface.lightmap.u_size * texels + 0.5f)),
+                            std::max(4, static_cast<int>(surface.lightmap.v_size * texels + 0.5f))};
     brush.GenerateTextureSpaces();
     brush.TesselateCurves();
     brush.ComputeNormals();
@@ -59,12 +60,14 @@ static WorldSurface Tessellated(const WorldSurface& surface) {
     return mesh;
 }
 
-void Picture3D::DrawSurface(const WorldBrush& brush, const WorldSurface& surface, const WorldFile& world, const std::vector<Texels>& textures, bool transparent) {
+void Picture3D::DrawSurface(const WorldBrush& brush, const WorldSurface& surface, const WorldFile& world,
+                            const std::vector<Texels>& textures, bool transparent) {
     const int material = surface.texture.index;
     if (material < 1 || static_cast<size_t>(material) > textures.size())
         return;
     const Texels& texture = textures[static_cast<size_t>(material) - 1];
-    const bool has_alpha = std::any_of(texture.argb.begin(), texture.argb.end(), [](uint32_t t) { return t >> 24 != 255; });
+    const bool has_alpha =
+        std::any_of(texture.argb.begin(), texture.argb.end(), [](uint32_t t) { return t >> 24 != 255; });
     if (has_alpha != transparent)
         return;
     const WorldSurface mesh = Tessellated(surface);
@@ -76,9 +79,12 @@ void Picture3D::DrawSurface(const WorldBrush& brush, const WorldSurface& surface
         Vertex& vertex = vertices.emplace_back(ToView(mesh.vertices[v]));
         vertex.uv = v < mesh.uv.size() ? mesh.uv[v] : UVVector{};
         if (v < mesh.lightmap_uv.size())
-            vertex.light = {surface.lightmap.u_start + mesh.lightmap_uv[v].u * surface.lightmap.u_size, surface.lightmap.v_start + mesh.lightmap_uv[v].v * surface.lightmap.v_size};
+            vertex.light = {surface.lightmap.u_start + mesh.lightmap_uv[v].u * surface.lightmap.u_size,
+                            surface.lightmap.v_start + mesh.lightmap_uv[v].v * surface.lightmap.v_size};
         if (v < mesh.colors.size())
-            vertex.tint = {static_cast<float>(mesh.colors[v] >> 16 & 255) / 255, static_cast<float>(mesh.colors[v] >> 8 & 255) / 255, static_cast<float>(mesh.colors[v] & 255) / 255};
+            vertex.tint = {static_cast<float>(mesh.colors[v] >> 16 & 255) / 255,
+                           static_cast<float>(mesh.colors[v] >> 8 & 255) / 255,
+                           static_cast<float>(mesh.colors[v] & 255) / 255};
     }
     for (const TRIANGLE& triangle : mesh.triangles) {
         const Vertex corners[3] = {vertices[triangle.i[0]], vertices[triangle.i[1]], vertices[triangle.i[2]]};
@@ -111,7 +117,9 @@ void Picture3D::DrawTriangle(const Vertex* corners, const Paint& paint) {
 static float Fraction(float value) { return value - std::floor(value); }
 
 static D3DVECTOR Rgb24(uint32_t word) {
-    return D3DVECTOR{static_cast<float>(word >> 16 & 255), static_cast<float>(word >> 8 & 255), static_cast<float>(word & 255)} / 255.0f;
+    return D3DVECTOR{static_cast<float>(word >> 16 & 255), static_cast<float>(word >> 8 & 255),
+                     static_cast<float>(word & 255)} /
+           255.0f;
 }
 
 static uint32_t Texel(const Texels& texture, const UVVector& uv) {
@@ -127,10 +135,15 @@ static D3DVECTOR PageColor(const std::vector<uint8_t>& page, const UVVector& uv)
     const int x0 = static_cast<int>(std::floor(x)), y0 = static_cast<int>(std::floor(y));
     const float fx = x - static_cast<float>(x0), fy = y - static_cast<float>(y0);
     const auto at = [&page](int px, int py) {
-        const size_t k = (static_cast<size_t>(std::clamp(py, 0, side - 1)) * side + static_cast<size_t>(std::clamp(px, 0, side - 1))) * 3;
-        return D3DVECTOR{static_cast<float>(page[k + 2]), static_cast<float>(page[k + 1]), static_cast<float>(page[k])} / 255.0f;
+        const size_t k = (static_cast<size_t>(std::clamp(py, 0, side - 1)) * side +
+                          static_cast<size_t>(std::clamp(px, 0, side - 1))) *
+                         3;
+        return D3DVECTOR{static_cast<float>(page[k + 2]), static_cast<float>(page[k + 1]),
+                         static_cast<float>(page[k])} /
+               255.0f;
     };
-    return (at(x0, y0) * (1 - fx) + at(x0 + 1, y0) * fx) * (1 - fy) + (at(x0, y0 + 1) * (1 - fx) + at(x0 + 1, y0 + 1) * fx) * fy;
+    return (at(x0, y0) * (1 - fx) + at(x0 + 1, y0) * fx) * (1 - fy) +
+           (at(x0, y0 + 1) * (1 - fx) + at(x0 + 1, y0 + 1) * fx) * fy;
 }
 
 void Picture3D::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, const Paint& paint) {
@@ -144,9 +157,13 @@ void Picture3D::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, con
     const float area = (x[1] - x[0]) * (y[2] - y[0]) - (x[2] - x[0]) * (y[1] - y[0]);
     if (!(std::fabs(area) > 1.0e-6f))
         return;
-    const auto bound = [](float value, int most) { return static_cast<int>(std::clamp(value, 0.0f, static_cast<float>(most))); };
-    const int x_first = bound(std::min({x[0], x[1], x[2]}), width), x_last = bound(std::max({x[0], x[1], x[2]}) + 1, width);
-    const int y_first = bound(std::min({y[0], y[1], y[2]}), height), y_last = bound(std::max({y[0], y[1], y[2]}) + 1, height);
+    const auto bound = [](float value, int most) {
+        return static_cast<int>(std::clamp(value, 0.0f, static_cast<float>(most)));
+    };
+    const int x_first = bound(std::min({x[0], x[1], x[2]}), width),
+              x_last = bound(std::max({x[0], x[1], x[2]}) + 1, width);
+    const int y_first = bound(std::min({y[0], y[1], y[2]}), height),
+              y_last = bound(std::max({y[0], y[1], y[2]}) + 1, height);
     for (int py = y_first; py < y_last; ++py)
         for (int px = x_first; px < x_last; ++px) {
             const float cx = static_cast<float>(px) + 0.5f, cy = static_cast<float>(py) + 0.5f;
@@ -163,7 +180,8 @@ void Picture3D::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, con
             const UVVector uv{a.uv.u * p0 + b.uv.u * p1 + c.uv.u * p2, a.uv.v * p0 + b.uv.v * p1 + c.uv.v * p2};
             D3DVECTOR light = a.tint * p0 + b.tint * p1 + c.tint * p2;
             if (paint.page)
-                light = PageColor(*paint.page, {a.light.u * p0 + b.light.u * p1 + c.light.u * p2, a.light.v * p0 + b.light.v * p1 + c.light.v * p2});
+                light = PageColor(*paint.page, {a.light.u * p0 + b.light.u * p1 + c.light.u * p2,
+                                                a.light.v * p0 + b.light.v * p1 + c.light.v * p2});
             const bool textured = paint.texture->width > 0;
             const uint32_t texel = textured ? Texel(*paint.texture, uv) : 0xFF000000;
             const D3DVECTOR base = textured ? Rgb24(texel) : GREY;

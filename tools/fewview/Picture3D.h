@@ -1,4 +1,5 @@
-// A picture of a compiled world from one camera: textures times lightmaps, drawn by a small rasteriser with a depth buffer.
+// A picture of a compiled world from one camera: textures times lightmaps, drawn by a small rasteriser with a depth
+// buffer.
 #pragma once
 
 #include <cstdint>
@@ -40,7 +41,8 @@ private:
         bool transparent;
     };
 
-    void DrawSurface(const WorldBrush& brush, const WorldSurface& surface, const WorldFile& world, const std::vector<Texels>& textures, bool transparent);
+    void DrawSurface(const WorldBrush& brush, const WorldSurface& surface, const WorldFile& world,
+                     const std::vector<Texels>& textures, bool transparent);
     void DrawTriangle(const Vertex* corners, const Paint& paint);
     void Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, const Paint& paint);
     Vertex ToView(const D3DVECTOR& p) const;
