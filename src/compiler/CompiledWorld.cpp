@@ -3,9 +3,9 @@
 #include "compiler/LightmapPages.h"
 #include "compiler/WorldRecords.h"
 #include "files/ChunkFile.h"
-#include "foundation/Desktop.h"
 #include "persistence/Records.h"
 #include "persistence/WorldFile.h"
+#include "persistence/WriteError.h"
 
 namespace {
 
@@ -290,6 +290,7 @@ SaveResult SaveFinalMap(WorldSubdivide& ws, const std::string& target, CompilePr
     UChunkFile file(target, CFM_Create);
     if (!file.IsValid()) {
         error = file.GetError();
+        ShowWriteError(error);
         return SaveResult::Failed;
     }
     StopPoll poll(progress);
@@ -303,7 +304,6 @@ SaveResult SaveFinalMap(WorldSubdivide& ws, const std::string& target, CompilePr
         return SaveResult::Written;
     error = file.GetError();
     file.HardCloseFile();
-    GetDesktop().MessageBox("There was an error writing the file, please\ncheck if you have enough disk space.",
-                            "Error");
+    ShowWriteError(error);
     return SaveResult::Failed;
 }

@@ -7,7 +7,7 @@
 #include "compiler/WorldSubdivide.h"
 #include "foundation/Desktop.h"
 #include "foundation/Paths.h"
-#include "foundation/Strings.h"
+#include "persistence/WriteError.h"
 
 namespace {
 
@@ -167,8 +167,7 @@ EntityUpdateResult SaveFinalMapEntitiesUpdate(const WorldSubdivide& ws, const st
             "Critical error! Some brushes which are in saved map were deleted.\nPlease, recompile whole project.",
             "Error");
     if (result == EntityUpdateResult::WriteFailed)
-        GetDesktop().MessageBox("There was an error writing the file, please\ncheck if you have enough disk space.",
-                                "Error");
+        ShowWriteError(new_file.GetError());
     return result;
 }
 

@@ -10,6 +10,7 @@
 #include "foundation/Log.h"
 #include "foundation/Paths.h"
 #include "foundation/Strings.h"
+#include "persistence/WriteError.h"
 
 static constexpr const char* ENTITY_DEFINITIONS = "Marrowstead\\entities.def";
 static constexpr const char* WEAPON_FOLDER = "Scripts\\Weapons";
@@ -73,8 +74,7 @@ bool CInterface::SaveProject(std::string_view filepath, std::string_view filenam
     }
     project_file_need_save = false;
     if (!saved)
-        GetDesktop().MessageBox(
-            "There was an error writing the file, please\ncheck if you have enough disk space.\n" + error, "Error");
+        ShowWriteError(error);
     return saved;
 }
 
@@ -136,7 +136,7 @@ CompileOutcome CInterface::Compile(CProgressText& progress) {
     progress.AddText((reached_light ? "Map compilation finished\r\n" : "") + TotalTime(start, "%02dh %02dm %02ds"));
     log.Finish(progress.GetText());
     compilation_active = false;
-    if (!message.empty())
+    if (!message.empty() && result != CompileResult::WriteFailed) // the writer has told its own failure
         GetDesktop().MessageBox(message, "Error");
     switch (result) {
     case CompileResult::Written:
