@@ -20,7 +20,7 @@ void ConsoleProgress::AddText(const std::string& text) {
     std::fputs(shown.c_str(), text_file);
     std::fflush(text_file);
     const size_t dots = text.find("...");
-    if (dots != std::string::npos)
+    if (dots != std::string::npos && dots > 0) // lines that begin with dots tell details of a stage
         stage = text.substr(0, dots);
 }
 

@@ -1,11 +1,8 @@
 // The world's table of materials.
-#include <cstdio>
-
 #include "files/FileObject.h"
 #include "files/Picture.h"
 #include "foundation/Desktop.h"
 #include "foundation/Log.h"
-#include "foundation/Paths.h"
 #include "foundation/Strings.h"
 #include "render/Textures.h"
 #include "scene/World.h"
@@ -13,14 +10,6 @@
 namespace {
 
 constexpr uint8_t MASK_BITS = 8; // an image of this depth is a mask, no material
-
-void AppendToTextureLog(const std::string& line) {
-    std::FILE* log = std::fopen(RealPath(TEXTURE_LOG).c_str(), "ab");
-    if (!log)
-        return;
-    std::fprintf(log, "%s\n", line.c_str());
-    std::fclose(log);
-}
 
 std::string RowKey(std::string_view first, std::string_view second) { return ToLower(first) + '\\' + ToLower(second); }
 
@@ -86,7 +75,7 @@ void World::LoadTexture(MaterialRow& row) {
     row.texture_index = crTGet(TextureFolder(row), row.texture_name, TL_MATERIAL);
     if (crTRecord(row.texture_index))
         return;
-    AppendToTextureLog(Format("Missing texture: %s\\%s", row.texture_class.c_str(), row.texture_name.c_str()));
+    AppendToLog(TEXTURE_LOG, Format("Missing texture: %s\\%s\n", row.texture_class.c_str(), row.texture_name.c_str()));
     NoticeOnce(Format("missing texture \"%s\\%s\"", TextureFolder(row).c_str(), row.texture_name.c_str()));
 }
 
@@ -95,7 +84,7 @@ int World::GetNewMaterial(const char* mc, std::string_view mn) {
     if (material_source->FindMaterial(mc, mn, found))
         return AddMaterial(mc ? mc : found.material_class, mn, found.texture_class, found.texture_name);
     const std::string name = Format("%s\\%.*s", mc ? mc : "", static_cast<int>(mn.size()), mn.data());
-    AppendToTextureLog("Missing material: " + name);
+    AppendToLog(TEXTURE_LOG, "Missing material: " + name + "\n");
     NoticeOnce("missing material \"" + name + "\"");
     return -1;
 }

@@ -218,14 +218,14 @@ private:
                    "occluder %zu belongs to brush %d, which is none", o, world.occluders[o].owner);
     }
 
-    // A side reaches all other portals of the cell that it opens to, in their order.
+    // A side reaches all other portals that its cell lists, in their order.
     void CheckReachable(int32_t p, int side) {
         const WorldPortal& portal = world.portals[static_cast<size_t>(p)];
         std::vector<int32_t> expected;
-        for (size_t q = 0; q < world.portals.size(); ++q)
-            if (static_cast<int32_t>(q) != p &&
-                (world.portals[q].cell[0] == portal.cell[side] || world.portals[q].cell[1] == portal.cell[side]))
-                expected.push_back(static_cast<int32_t>(q));
+        if (Below(portal.cell[side], world.cells.size()))
+            expected = world.cells[static_cast<size_t>(portal.cell[side])].portals;
+        std::erase(expected, p);
+        std::sort(expected.begin(), expected.end());
         Expect(portal.reachable[side] == expected, "side %d of portal %d does not reach the portals of its cell", side,
                p);
     }
