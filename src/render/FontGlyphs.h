@@ -1,4 +1,4 @@
-// The letters of the built-in fonts. For the sources of this room only.
+// The letters of the built-in fonts.
 #pragma once
 
 #include <cstdint>

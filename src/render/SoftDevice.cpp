@@ -28,6 +28,8 @@ SoftSurface::SoftSurface(const TextureDescription& d)
         shift[c] = format.mask[c] == 0 ? 0 : std::countr_zero(format.mask[c]);
         largest[c] = format.mask[c] >> shift[c];
     }
+    whole_bytes = format.bits == 32 && format.mask[0] == 0xFF0000 && format.mask[1] == 0xFF00 &&
+                  format.mask[2] == 0xFF && (format.mask[3] == 0 || format.mask[3] == 0xFF000000);
 }
 
 uint8_t* SoftSurface::Lock(uint32_t level, uint32_t face, uint32_t& pitch) {
@@ -37,7 +39,7 @@ uint8_t* SoftSurface::Lock(uint32_t level, uint32_t face, uint32_t& pitch) {
     return pixels.data() + offsets[face * levels + level];
 }
 
-void SoftSurface::ReadTexel(uint32_t x, uint32_t y, int (&rgba)[4]) const {
+void SoftSurface::ReadNarrowTexel(uint32_t x, uint32_t y, int (&rgba)[4]) const {
     const uint32_t pixel =
         ReadPixel(pixels.data() + static_cast<size_t>(y) * Pitch(0) + static_cast<size_t>(x) * pixel_size, pixel_size);
     for (int c = 0; c < 4; ++c) {
@@ -46,6 +48,10 @@ void SoftSurface::ReadTexel(uint32_t x, uint32_t y, int (&rgba)[4]) const {
         rgba[c] = largest[c] == 0 ? 255 : static_cast<int>(whole ? value : (value * 255 + largest[c] / 2) / largest[c]);
     }
 }
+
+SoftDevice::SoftDevice() : scratch(std::make_unique<SoftScratch>()) {}
+
+SoftDevice::~SoftDevice() = default;
 
 SoftState::SoftState() {
     states[RS_ZENABLE] = 1;
@@ -116,6 +122,7 @@ bool SoftDevice::CreateDepthBuffer(const DepthFormat& format) {
     if (!back || format.stencil_bits != 0)
         return false;
     depth_buffer.assign(static_cast<size_t>(back->Width()) * back->Height(), 1.0f);
+    coarse_depth.Resize(static_cast<int>(back->Width()), static_cast<int>(back->Height()));
     return true;
 }
 
@@ -147,6 +154,7 @@ SoftTarget SoftDevice::Target(const PixelRectangle& part) {
     uint32_t pitch;
     target.pixels = reinterpret_cast<uint32_t*>(back->Lock(0, 0, pitch));
     target.depth = depth_buffer.data();
+    target.coarse = &coarse_depth;
     return target;
 }
 
@@ -154,6 +162,8 @@ bool SoftDevice::Clear(uint32_t clear_flags, uint32_t color, float depth, uint32
     if (!opened || (clear_flags & CLEAR_STENCIL) != 0)
         return false;
     const SoftTarget target = Target(state.viewport);
+    if ((clear_flags & CLEAR_ZBUFFER) != 0)
+        coarse_depth.Forget();
     for (int y = target.top; y < target.bottom; ++y) {
         const size_t first = target.At(target.left, y), end = target.At(target.right, y);
         if ((clear_flags & CLEAR_TARGET) != 0)
@@ -226,7 +236,7 @@ bool SoftDevice::Draw(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint
                       const uint16_t* indices, uint32_t index_count) {
     if (!opened || !in_scene)
         return false;
-    SoftVertices drawing(state, Target(state.viewport));
+    SoftVertices drawing(state, Target(state.viewport), *scratch);
     return drawing.Read(fvf, vertices, vertex_count) && drawing.Draw(prim, indices, index_count);
 }
 

@@ -11,8 +11,13 @@
 #include "render/Device.h"
 #include "render/SoftState.h"
 
+struct SoftScratch;
+
 class SoftDevice : public Device {
 public:
+    SoftDevice();
+    ~SoftDevice() override;
+
     std::string DriverName() const override { return "Software"; }
     std::string Name() const override { return "Direct3D T&L HAL"; } // what is looked for first
     std::string Description() const override { return "Drawing by the processor"; }
@@ -59,5 +64,7 @@ private:
     SoftState state;
     std::unique_ptr<SoftSurface> back, front;
     std::vector<float> depth_buffer;
+    CoarseDepth coarse_depth;
+    std::unique_ptr<SoftScratch> scratch; // of one call of Draw
     bool opened = false, in_scene = false;
 };

@@ -1,13 +1,13 @@
 #include "render/SoftPixel.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "render/SoftRaster.h"
 
 namespace {
 
 constexpr int WHOLE = 255, ALPHA = 3;
+constexpr int ARGB_SHIFT[4] = {16, 8, 0, 24}; // of red, green, blue, alpha
 
 template <class Value>
 bool Passes(uint32_t func, Value value, Value reference) {
@@ -80,6 +80,8 @@ int BlendFactor(uint32_t mode, int channel, const int (&src)[4], const int (&dst
 // A texel's place as the address mode has it.
 uint32_t Addressed(int64_t at, uint32_t side, uint32_t address) {
     const auto size = static_cast<int64_t>(side);
+    if (address == TA_WRAP && (size & (size - 1)) == 0)
+        return static_cast<uint32_t>(at & (size - 1));
     if (address == TA_CLAMP)
         return static_cast<uint32_t>(std::clamp<int64_t>(at, 0, size - 1));
     const int64_t period = address == TA_MIRROR ? 2 * size : size;
@@ -91,8 +93,8 @@ uint32_t Addressed(int64_t at, uint32_t side, uint32_t address) {
 // A coordinate in 1/256 texels; one too large for that counts as 0.
 int64_t ToSubtexels(float coordinate, uint32_t side) {
     constexpr double FARTHEST = 1e12;
-    const double at = std::floor(static_cast<double>(coordinate) * side * 256.0);
-    return at > -FARTHEST && at < FARTHEST ? static_cast<int64_t>(at) : 0;
+    const double at = static_cast<double>(coordinate) * side * 256.0;
+    return at > -FARTHEST && at < FARTHEST ? FloorToInteger(at) : 0;
 }
 
 } // namespace
@@ -104,7 +106,6 @@ SoftPixel::SoftPixel(const SoftState& device_state, const SoftTarget& picture)
       depth_func(device_state.states[RS_ZFUNC]), alpha_func(device_state.states[RS_ALPHAFUNC]),
       src_blend(device_state.states[RS_SRCBLEND]), dst_blend(device_state.states[RS_DESTBLEND]),
       alpha_ref(static_cast<int>(device_state.states[RS_ALPHAREF] & 255)) {
-    constexpr int ARGB_SHIFT[4] = {16, 8, 0, 24};
     for (int c = 0; c < 4; ++c)
         factor_color[c] = static_cast<int>(device_state.states[RS_TEXTUREFACTOR] >> ARGB_SHIFT[c] & 255);
     for (; stage_count < TEXTURE_STAGES; ++stage_count) {
@@ -122,6 +123,9 @@ SoftPixel::SoftPixel(const SoftState& device_state, const SoftTarget& picture)
         stage.color_arg[0] = values[TSS_COLORARG1], stage.color_arg[1] = values[TSS_COLORARG2];
         stage.alpha_op = values[TSS_ALPHAOP];
         stage.alpha_arg[0] = values[TSS_ALPHAARG1], stage.alpha_arg[1] = values[TSS_ALPHAARG2];
+        stage.modulates =
+            stage.color_op == OP_MODULATE && stage.color_arg[0] == ARG_TEXTURE &&
+            (stage.color_arg[1] == ARG_DIFFUSE || (stage_count == 0 && stage.color_arg[1] == ARG_CURRENT));
         if (stage.texture)
             coordinate_sets = std::max(coordinate_sets, set + 1);
     }
@@ -172,34 +176,44 @@ void SoftPixel::RunStages(const Input& input, int (&rgba)[4]) const {
             return (arg & ARG_COMPLEMENT) != 0 ? WHOLE - value : value;
         };
         for (int c = 0; c < 3; ++c)
-            rgba[c] = Operate(stage.color_op, argument(stage.color_arg[0], c), argument(stage.color_arg[1], c));
+            rgba[c] = stage.modulates
+                          ? Times(texel[c], input.color[c])
+                          : Operate(stage.color_op, argument(stage.color_arg[0], c), argument(stage.color_arg[1], c));
         if (stage.alpha_op != OP_DISABLE)
             rgba[ALPHA] =
                 Operate(stage.alpha_op, argument(stage.alpha_arg[0], ALPHA), argument(stage.alpha_arg[1], ALPHA));
     }
 }
 
-void SoftPixel::Blend(uint32_t under, int (&rgba)[4]) const {
+uint32_t SoftPixel::Blended(uint32_t under, const int (&src)[4]) const {
     const int dst[4] = {static_cast<int>(under >> 16 & 255), static_cast<int>(under >> 8 & 255),
                         static_cast<int>(under & 255), WHOLE};
-    const int src[4] = {rgba[0], rgba[1], rgba[2], rgba[3]};
+    int rgb[3];
     for (int c = 0; c < 3; ++c) {
         const int sum = src[c] * BlendFactor(src_blend, c, src, dst) + dst[c] * BlendFactor(dst_blend, c, src, dst);
-        rgba[c] = std::min((sum + WHOLE / 2) / WHOLE, WHOLE);
+        rgb[c] = std::min((sum + WHOLE / 2) / WHOLE, WHOLE);
     }
+    return static_cast<uint32_t>(rgb[0] << 16 | rgb[1] << 8 | rgb[2]);
 }
 
-void SoftPixel::Put(const Input& input) {
-    const size_t at = target.At(input.x, input.y);
-    if (depth_test && !Passes(depth_func, input.depth, target.depth[at]))
+bool SoftPixel::CompareDepth(float depth, float there) const { return Passes(depth_func, depth, there); }
+
+SoftPixel::FlatColor SoftPixel::Flat(uint32_t argb) const {
+    FlatColor flat;
+    Input input;
+    for (int c = 0; c < 4; ++c)
+        input.color[c] = static_cast<int>(argb >> ARGB_SHIFT[c] & 255);
+    RunStages(input, flat.rgba);
+    flat.drawn = !alpha_test || Passes(alpha_func, flat.rgba[ALPHA], alpha_ref);
+    flat.word = static_cast<uint32_t>(flat.rgba[0] << 16 | flat.rgba[1] << 8 | flat.rgba[2]);
+    return flat;
+}
+
+void SoftPixel::Put(size_t at, float depth, const Input& input) {
+    FlatColor color;
+    RunStages(input, color.rgba);
+    if (alpha_test && !Passes(alpha_func, color.rgba[ALPHA], alpha_ref))
         return;
-    int rgba[4];
-    RunStages(input, rgba);
-    if (alpha_test && !Passes(alpha_func, rgba[ALPHA], alpha_ref))
-        return;
-    if (depth_write)
-        target.depth[at] = input.depth;
-    if (blend)
-        Blend(target.pixels[at], rgba);
-    target.pixels[at] = static_cast<uint32_t>(rgba[0] << 16 | rgba[1] << 8 | rgba[2]);
+    color.word = static_cast<uint32_t>(color.rgba[0] << 16 | color.rgba[1] << 8 | color.rgba[2]);
+    PutFlat(at, depth, color);
 }

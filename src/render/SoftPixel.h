@@ -9,16 +9,39 @@
 class SoftPixel {
 public:
     struct Input {
-        int x, y; // within the target
-        float depth;
         int color[4];     // red, green, blue, alpha, 0 to 255
         float uv[6] = {}; // the coordinate sets
+    };
+    struct FlatColor {      // what the stages make of one colour
+        bool drawn = false; // the alpha test lets it through
+        int rgba[4] = {};
+        uint32_t word = 0; // of the picture
     };
 
     SoftPixel(const SoftState& device_state, const SoftTarget& picture);
 
     uint32_t CoordinateSets() const { return coordinate_sets; } // that an input needs
-    void Put(const Input& input);
+    bool IsFlat() const { return coordinate_sets == 0; }        // no texture: equal colours give equal pixels
+    FlatColor Flat(uint32_t argb) const;                        // without a texture
+    // Nearer or equal wins, is kept and covers what is there.
+    bool IsPlain() const { return depth_test && depth_func == CMP_LESSEQUAL && depth_write && !blend; }
+
+    // Only pixels no farther than what is there are drawn.
+    bool HidesBehind() const {
+        return depth_test && (depth_func == CMP_LESS || depth_func == CMP_EQUAL || depth_func == CMP_LESSEQUAL);
+    }
+    bool WritesDepth() const { return depth_write; }
+    // at: the pixel's place in the target
+    bool DepthPasses(size_t at, float depth) const {
+        return !depth_test ||
+               (depth_func == CMP_LESSEQUAL ? depth <= target.depth[at] : CompareDepth(depth, target.depth[at]));
+    }
+    void Put(size_t at, float depth, const Input& input); // the depth has passed
+    void PutFlat(size_t at, float depth, const FlatColor& flat) {
+        if (depth_write)
+            target.depth[at] = depth;
+        target.pixels[at] = blend ? Blended(target.pixels[at], flat.rgba) : flat.word;
+    }
 
 private:
     struct Stage {
@@ -26,12 +49,14 @@ private:
         uint32_t coordinates = 0; // of uv
         uint32_t address[2] = {};
         bool smooth = false;
+        bool modulates = false; // colour: the texture times the vertex colour
         uint32_t color_op = 0, color_arg[2] = {}, alpha_op = 0, alpha_arg[2] = {};
     };
 
     static void Sample(const Stage& stage, const float* uv, int (&rgba)[4]);
     void RunStages(const Input& input, int (&rgba)[4]) const;
-    void Blend(uint32_t under, int (&rgba)[4]) const;
+    uint32_t Blended(uint32_t under, const int (&src)[4]) const;
+    bool CompareDepth(float depth, float there) const;
 
     SoftTarget target;
     Stage stages[TEXTURE_STAGES];

@@ -1,113 +1,260 @@
 #include "render/SoftRaster.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstdlib>
+#include <cstring>
 
 namespace {
 
 constexpr int64_t SUBPIXELS = 256, CENTRE = SUBPIXELS / 2; // of a pixel
-constexpr int MOST_VALUES = SoftVertex::CUT - SoftVertex::Z;
 // Places among the values of a pixel
 enum : int { V_DEPTH, V_RHW, V_COLOR, V_UV = V_COLOR + 4 };
 
-int64_t ToSubpixels(float pixels) {
-    return static_cast<int64_t>(std::floor(static_cast<double>(pixels) * SUBPIXELS + 0.5)); // halves up
+int32_t ToSubpixels(float pixels) {
+    return static_cast<int32_t>(FloorToInteger(static_cast<double>(pixels) * SUBPIXELS + 0.5)); // halves up
 }
 
 int64_t FloorDivide(int64_t dividend, int64_t divisor) { // divisor above 0
     return dividend / divisor - (dividend % divisor < 0 ? 1 : 0);
 }
 
-int64_t CeilDivide(int64_t dividend, int64_t divisor) { return -FloorDivide(-dividend, divisor); }
-
 // The first pixel whose centre is at or beyond a position.
-int64_t FirstCentre(int64_t position) { return CeilDivide(position - CENTRE, SUBPIXELS); }
+int64_t FirstCentre(int64_t position) { return -((CENTRE - position) >> 8); }
 
-// The first pixel of a row whose centre is on the edge from upper to lower, or to its right.
-template <class Corner>
-int64_t FirstPixel(const Corner& upper, const Corner& lower, int64_t row_centre) {
-    const int64_t dy = lower.y - upper.y;
-    return CeilDivide((upper.x - CENTRE) * dy + (row_centre - upper.y) * (lower.x - upper.x), SUBPIXELS * dy);
-}
+float ToDepth(double value) { return static_cast<float>(std::clamp(value, 0.0, 1.0)); }
 
 } // namespace
 
-SoftRaster::SoftRaster(const SoftState& device_state, const SoftTarget& picture)
-    : target(picture), pixel(device_state, picture), cull(device_state.states[RS_CULLMODE]), first_value(SoftVertex::Z),
-      value_count(V_UV + 2 * static_cast<int>(pixel.CoordinateSets())) {}
+// Row by row the first pixel whose centre is on an edge or to its right, by whole numbers.
+class SoftRaster::EdgeRows {
+public:
+    EdgeRows(const Corner& upper, const Corner& lower, int64_t row) {
+        const int64_t dx = lower.x - upper.x, dy = lower.y - upper.y;
+        divisor = SUBPIXELS * dy;
+        const int64_t dividend =
+            (upper.x - CENTRE) * dy + (row * SUBPIXELS + CENTRE - upper.y) * dx + (divisor - 1); // rounds up
+        pixel = FloorDivide(dividend, divisor);
+        rest = dividend - pixel * divisor;
+        step = FloorDivide(dx, dy);
+        step_rest = SUBPIXELS * (dx - step * dy);
+    }
+    int64_t Pixel() const { return pixel; }
+    void NextRow() {
+        pixel += step;
+        rest += step_rest;
+        if (rest >= divisor) {
+            rest -= divisor;
+            ++pixel;
+        }
+    }
 
-SoftRaster::Corner SoftRaster::ToCorner(const SoftVertex& vertex) {
-    return {ToSubpixels(vertex.v[SoftVertex::X]), ToSubpixels(vertex.v[SoftVertex::Y]), &vertex};
+private:
+    int64_t pixel, rest, divisor, step, step_rest;
+};
+
+SoftRaster::SoftRaster(const SoftState& device_state, const SoftTarget& picture)
+    : target(picture), pixel(device_state, picture), cull(device_state.states[RS_CULLMODE]),
+      value_count(V_UV + 2 * static_cast<int>(pixel.CoordinateSets())) {
+    if (pixel.WritesDepth() && !pixel.HidesBehind())
+        target.coarse->Forget();
 }
 
-void SoftRaster::Polygon(const SoftVertex* corners, int count) {
+void SoftRaster::Round(SoftVertex& vertex) {
+    vertex.subpixel_x = ToSubpixels(vertex.v[SoftVertex::X]);
+    vertex.subpixel_y = ToSubpixels(vertex.v[SoftVertex::Y]);
+}
+
+bool SoftRaster::StartFill(Fill& fill, bool one_color, uint32_t argb) {
+    fill.one_color = one_color;
+    fill.flat = one_color && pixel.IsFlat();
+    if (fill.flat) {
+        if (!flat_known || flat_argb != argb) {
+            flat_color = pixel.Flat(argb);
+            flat_argb = argb;
+            flat_known = true;
+        }
+        return flat_color.drawn;
+    }
+    constexpr int ARGB_SHIFT[4] = {16, 8, 0, 24};
+    for (int c = 0; one_color && c < 4; ++c)
+        fill.input.color[c] = static_cast<int>(argb >> ARGB_SHIFT[c] & 255);
+    return true;
+}
+
+bool SoftRaster::IsHidden(const Corner* corners, int count) {
+    constexpr float ROUNDING = 1e-6f; // more than what the depth of a pixel may be off
+    int64_t left = corners[0].x, right = left, top = corners[0].y, bottom = top;
+    float nearest = corners[0].vertex->v[SoftVertex::Z];
+    for (int k = 1; k < count; ++k) {
+        left = std::min(left, corners[k].x), right = std::max(right, corners[k].x);
+        top = std::min(top, corners[k].y), bottom = std::max(bottom, corners[k].y);
+        nearest = std::min(nearest, corners[k].vertex->v[SoftVertex::Z]);
+    }
+    const auto column = [this](int64_t x) {
+        return static_cast<int>(std::clamp<int64_t>(FirstCentre(x), target.left, target.right));
+    };
+    const auto row = [this](int64_t y) {
+        return static_cast<int>(std::clamp<int64_t>(FirstCentre(y), target.top, target.bottom));
+    };
+    const int first_column = column(left), end_column = column(right), first_row = row(top), end_row = row(bottom);
+    if (first_column >= end_column || first_row >= end_row)
+        return true;
+    if (pixel.HidesBehind() && target.coarse->IsNearer(target.depth, first_column, first_row, end_column, end_row,
+                                                       std::min(nearest, 1.0f) - ROUNDING))
+        return true;
+    if (pixel.WritesDepth())
+        target.coarse->Touch(first_column, first_row, end_column, end_row);
+    return false;
+}
+
+void SoftRaster::Polygon(const SoftVertex* const* vertices, int count) {
     const auto area_of = [](const Corner& a, const Corner& b, const Corner& c) {
         return (b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y);
     };
-    const Corner first = ToCorner(corners[0]);
+    Corner corners[MOST_CORNERS];
+    bool one_color = true;
+    for (int k = 0; k < count; ++k) {
+        corners[k] = ToCorner(*vertices[k]);
+        one_color = one_color && !vertices[k]->mixed && vertices[k]->argb == vertices[0]->argb;
+    }
     int64_t whole = 0; // above 0: the corners turn clockwise on the screen
     for (int k = 1; k + 1 < count; ++k)
-        whole += area_of(first, ToCorner(corners[k]), ToCorner(corners[k + 1]));
+        whole += area_of(corners[0], corners[k], corners[k + 1]);
     if (whole == 0 || (whole > 0 && cull == CULL_CW) || (whole < 0 && cull == CULL_CCW))
         return;
+    if (IsHidden(corners, count))
+        return;
     for (int k = 1; k + 1 < count; ++k) {
-        const Corner b = ToCorner(corners[k]), c = ToCorner(corners[k + 1]);
-        const int64_t area = area_of(first, b, c);
+        const int64_t area = area_of(corners[0], corners[k], corners[k + 1]);
         if (area != 0 && (area > 0) == (whole > 0)) // rounding may turn a sliver over
-            Triangle({first, b, c}, area);
+            Triangle(corners[0], corners[k], corners[k + 1], area, one_color);
     }
 }
 
-void SoftRaster::Triangle(const Corner (&corners)[3], int64_t area) {
-    const Corner &a = corners[0], &b = corners[1], &c = corners[2];
-    Plane planes[MOST_VALUES];
-    const auto bx = static_cast<double>(b.x - a.x), by = static_cast<double>(b.y - a.y);
-    const auto cx = static_cast<double>(c.x - a.x), cy = static_cast<double>(c.y - a.y);
-    for (int k = 0; k < value_count; ++k) {
-        const double value = a.vertex->v[first_value + k];
-        const double to_b = b.vertex->v[first_value + k] - value, to_c = c.vertex->v[first_value + k] - value;
-        planes[k] = {value, (to_b * cy - to_c * by) / static_cast<double>(area),
-                     (to_c * bx - to_b * cx) / static_cast<double>(area)};
-    }
+void SoftRaster::Triangle(const Corner& a, const Corner& b, const Corner& c, int64_t area, bool one_color) {
     const Corner* upper[3] = {&a, &b, &c};
     std::sort(upper, upper + 3, [](const Corner* p, const Corner* q) { return p->y < q->y; });
     const Corner &top = *upper[0], &middle = *upper[1], &bottom = *upper[2];
     const int64_t first_row = std::max<int64_t>(FirstCentre(top.y), target.top);
     const int64_t end_row = std::min<int64_t>(FirstCentre(bottom.y), target.bottom);
-    for (int64_t row = first_row; row < end_row; ++row) {
-        const int64_t centre = row * SUBPIXELS + CENTRE;
-        const int64_t on_long_edge = FirstPixel(top, bottom, centre);
-        const int64_t on_short_edge =
-            centre < middle.y ? FirstPixel(top, middle, centre) : FirstPixel(middle, bottom, centre);
-        Span(static_cast<int>(row), std::min(on_long_edge, on_short_edge), std::max(on_long_edge, on_short_edge), a,
-             planes);
+    Fill fill;
+    if (first_row >= end_row || !StartFill(fill, one_color, a.vertex->argb))
+        return;
+    const auto bx = static_cast<double>(b.x - a.x), by = static_cast<double>(b.y - a.y);
+    const auto cx = static_cast<double>(c.x - a.x), cy = static_cast<double>(c.y - a.y);
+    for (int k = 0; k < (fill.flat ? V_RHW : value_count); ++k) {
+        const double value = a.vertex->v[SoftVertex::Z + k];
+        const double to_b = b.vertex->v[SoftVertex::Z + k] - value, to_c = c.vertex->v[SoftVertex::Z + k] - value;
+        fill.planes[k] = {value, (to_b * cy - to_c * by) / static_cast<double>(area),
+                          (to_c * bx - to_b * cx) / static_cast<double>(area)};
     }
+    EdgeRows long_edge(top, bottom, first_row);
+    const auto rows = [&](const Corner& from, const Corner& to, int64_t row, int64_t end) {
+        if (row >= end)
+            return;
+        for (EdgeRows short_edge(from, to, row); row < end; ++row, long_edge.NextRow(), short_edge.NextRow())
+            Span(static_cast<int>(row), std::min(long_edge.Pixel(), short_edge.Pixel()),
+                 std::max(long_edge.Pixel(), short_edge.Pixel()), a, fill);
+    };
+    const int64_t turn = std::clamp(FirstCentre(middle.y), first_row, end_row);
+    rows(top, middle, first_row, turn);
+    rows(middle, bottom, turn, end_row);
 }
 
-void SoftRaster::Span(int row, int64_t first, int64_t end, const Corner& origin, const Plane* planes) {
+void SoftRaster::Span(int row, int64_t first, int64_t end, const Corner& origin, Fill& fill) {
     const int left = static_cast<int>(std::max<int64_t>(first, target.left));
     const int right = static_cast<int>(std::min<int64_t>(end, target.right));
+    if (left >= right)
+        return;
     const auto down = static_cast<double>(row * SUBPIXELS + CENTRE - origin.y);
-    for (int x = left; x < right; ++x) {
-        const auto across = static_cast<double>(x * SUBPIXELS + CENTRE - origin.x);
+    auto across = static_cast<double>(left * SUBPIXELS + CENTRE - origin.x);
+    if (fill.flat) {
+        FlatSpan(target.At(left, row), target.At(right, row), across, down, fill.planes[V_DEPTH]);
+        return;
+    }
+    size_t at = target.At(left, row);
+    const int first_color = fill.one_color ? V_UV : V_COLOR;
+    for (int x = left; x < right; ++x, ++at, across += SUBPIXELS) {
+        const auto value = [&](int k) {
+            const Plane& plane = fill.planes[k];
+            return plane.start + plane.right * across + plane.down * down;
+        };
+        const float depth = ToDepth(value(V_DEPTH));
+        if (!pixel.DepthPasses(at, depth))
+            continue;
         double values[MOST_VALUES];
-        for (int k = 0; k < value_count; ++k)
-            values[k] = planes[k].start + planes[k].right * across + planes[k].down * down;
-        Pixel(x, row, values);
+        values[V_RHW] = value(V_RHW);
+        for (int k = first_color; k < value_count; ++k)
+            values[k] = value(k);
+        Pixel(at, depth, values, fill);
     }
 }
 
-void SoftRaster::Pixel(int x, int y, const double* values) {
-    SoftPixel::Input input;
-    input.x = x;
-    input.y = y;
-    input.depth = static_cast<float>(std::clamp(values[V_DEPTH], 0.0, 1.0));
+void SoftRaster::FlatSpan(size_t at, size_t end, double across, double down, const Plane& plane) {
+    const double start = plane.start, growth = plane.right, row_part = plane.down * down;
+    const auto depth_at = [&](double place) { return start + growth * place + row_part; };
+    const auto unclamped = [&] { // the ends, and so all between
+        const double first = depth_at(across), last = depth_at(across + static_cast<double>(end - at - 1) * SUBPIXELS);
+        return std::min(first, last) >= 0 && std::max(first, last) <= 1;
+    };
+    constexpr size_t BLOCK = 4, WORTHWHILE = 2 * BLOCK;
+    if (end - at >= WORTHWHILE && pixel.IsPlain() && unclamped()) {
+        using Doubles = double __attribute__((vector_size(16)));
+        using Floats = float __attribute__((vector_size(16)));
+        using Words = uint32_t __attribute__((vector_size(16)));
+        using Halves = uint64_t __attribute__((vector_size(16)));
+        const Words word = Words{} + flat_color.word;
+        Doubles place = {across, across + SUBPIXELS};
+        for (; at + BLOCK <= end; at += BLOCK, place += static_cast<double>(BLOCK * SUBPIXELS)) {
+            const Doubles left = start + growth * place + row_part;
+            const Doubles right = start + growth * (place + 2.0 * SUBPIXELS) + row_part;
+            const Floats depth = {static_cast<float>(left[0]), static_cast<float>(left[1]),
+                                  static_cast<float>(right[0]), static_cast<float>(right[1])};
+            Floats there;
+            std::memcpy(&there, target.depth + at, sizeof(there));
+            const auto wins = reinterpret_cast<Words>(depth <= there);
+            const auto halves = reinterpret_cast<Halves>(wins);
+            if ((halves[0] | halves[1]) == 0)
+                continue;
+            Words pixels;
+            std::memcpy(&pixels, target.pixels + at, sizeof(pixels));
+            pixels = (wins & word) | (~wins & pixels);
+            const auto kept = (wins & reinterpret_cast<Words>(depth)) | (~wins & reinterpret_cast<Words>(there));
+            std::memcpy(target.pixels + at, &pixels, sizeof(pixels));
+            std::memcpy(target.depth + at, &kept, sizeof(kept));
+        }
+        across = place[0];
+    }
+    for (; at < end; ++at, across += SUBPIXELS)
+        if (const float depth = ToDepth(depth_at(across)); pixel.DepthPasses(at, depth))
+            pixel.PutFlat(at, depth, flat_color);
+}
+
+// Pixels of one depth, stride places apart.
+void SoftRaster::FlatRun(size_t at, size_t stride, int64_t count, float depth) {
+    if (!pixel.IsPlain()) {
+        for (; count > 0; --count, at += stride)
+            if (pixel.DepthPasses(at, depth))
+                pixel.PutFlat(at, depth, flat_color);
+        return;
+    }
+    const uint32_t word = flat_color.word;
+    float* const there = target.depth;
+    uint32_t* const pixels = target.pixels;
+    for (; count > 0; --count, at += stride)
+        if (depth <= there[at]) {
+            there[at] = depth;
+            pixels[at] = word;
+        }
+}
+
+void SoftRaster::Pixel(size_t at, float depth, const double* values, Fill& fill) {
     const double w = 1.0 / values[V_RHW];
-    for (int c = 0; c < 4; ++c)
-        input.color[c] = static_cast<int>(std::clamp(values[V_COLOR + c] * w, 0.0, 255.0) + 0.5);
+    for (int c = 0; !fill.one_color && c < 4; ++c)
+        fill.input.color[c] = static_cast<int>(std::clamp(values[V_COLOR + c] * w, 0.0, 255.0) + 0.5);
     for (int k = 0; k < value_count - V_UV; ++k)
-        input.uv[k] = static_cast<float>(values[V_UV + k] * w);
-    pixel.Put(input);
+        fill.input.uv[k] = static_cast<float>(values[V_UV + k] * w);
+    pixel.Put(at, depth, fill.input);
 }
 
 void SoftRaster::Line(const SoftVertex& from, const SoftVertex& to) {
@@ -118,32 +265,80 @@ void SoftRaster::Line(const SoftVertex& from, const SoftVertex& to) {
         return;
     const int64_t side_start = across ? a.y : a.x, side_growth = (across ? b.y : b.x) - side_start;
     const int64_t length = end - start, step = length > 0 ? 1 : -1;
-    // The first point belongs to the line, the last does not.
-    int64_t place = step > 0 ? FirstCentre(start) : FloorDivide(start - CENTRE, SUBPIXELS);
-    const int64_t stop = step > 0 ? FirstCentre(end) : FloorDivide(end - CENTRE, SUBPIXELS);
-    for (; place != stop; place += step) {
-        const int64_t gone = place * SUBPIXELS + CENTRE - start;
-        const int64_t side =
-            FloorDivide(side_start * step * length + side_growth * step * gone, SUBPIXELS * step * length);
-        const int64_t x = across ? place : side, y = across ? side : place;
-        if (x < target.left || x >= target.right || y < target.top || y >= target.bottom)
-            continue;
-        const double t = static_cast<double>(gone) / static_cast<double>(length);
-        double values[MOST_VALUES];
-        for (int k = 0; k < value_count; ++k) {
-            const double value = from.v[first_value + k];
-            values[k] = value + (to.v[first_value + k] - value) * t;
+    const int64_t low = across ? target.left : target.top, high = across ? target.right : target.bottom;
+    const int64_t side_low = across ? target.top : target.left, side_high = across ? target.bottom : target.right;
+    // The first point belongs to the line, the last does not. Backwards, pixels are entered from their far side.
+    const auto first_pixel = [step](int64_t position) {
+        return step > 0 ? FirstCentre(position) : (position - CENTRE) >> 8;
+    };
+    int64_t place = first_pixel(start), stop = first_pixel(end);
+    if (step > 0)
+        place = std::max(place, low), stop = std::min(stop, high);
+    else
+        place = std::min(place, high - 1), stop = std::max(stop, low - 1);
+    Fill fill;
+    if ((stop - place) * step <= 0 || !StartFill(fill, !from.mixed && !to.mixed && from.argb == to.argb, from.argb))
+        return;
+
+    const bool level = from.v[SoftVertex::Z] == to.v[SoftVertex::Z];
+    float depth = ToDepth(from.v[SoftVertex::Z]);
+    if (side_growth == 0 && level && fill.flat) { // the same pixels in either direction
+        const int64_t side = side_start >> 8, first = step > 0 ? place : stop + 1;
+        if (side >= side_low && side < side_high)
+            FlatRun(across ? target.At(static_cast<int>(first), static_cast<int>(side))
+                           : target.At(static_cast<int>(side), static_cast<int>(first)),
+                    across ? 1 : static_cast<size_t>(target.width), (stop - place) * step, depth);
+        return;
+    }
+    const int64_t divisor = SUBPIXELS * step * length;
+    int64_t gone = place * SUBPIXELS + CENTRE - start;
+    const int64_t dividend = side_start * step * length + side_growth * step * gone;
+    int64_t side = FloorDivide(dividend, divisor), rest = dividend - side * divisor;
+    const auto value_at = [&](int k, double t) {
+        const double value = from.v[SoftVertex::Z + k];
+        return value + (to.v[SoftVertex::Z + k] - value) * t;
+    };
+    for (; place != stop; place += step, gone += SUBPIXELS * step) {
+        if (side >= side_low && side < side_high) {
+            const size_t at = across ? target.At(static_cast<int>(place), static_cast<int>(side))
+                                     : target.At(static_cast<int>(side), static_cast<int>(place));
+            const double t = fill.flat && level ? 0 : static_cast<double>(gone) / static_cast<double>(length);
+            if (!level)
+                depth = ToDepth(value_at(V_DEPTH, t));
+            if (pixel.DepthPasses(at, depth)) {
+                if (fill.flat) {
+                    pixel.PutFlat(at, depth, flat_color);
+                } else {
+                    double values[MOST_VALUES];
+                    for (int k = V_RHW; k < value_count; ++k)
+                        values[k] = value_at(k, t);
+                    Pixel(at, depth, values, fill);
+                }
+            }
         }
-        Pixel(static_cast<int>(x), static_cast<int>(y), values);
+        rest += side_growth * SUBPIXELS; // no more than one pixel aside
+        if (rest >= divisor)
+            rest -= divisor, ++side;
+        else if (rest < 0)
+            rest += divisor, --side;
     }
 }
 
-void SoftRaster::Point(const SoftVertex& at) {
-    const Corner corner = ToCorner(at);
-    const int64_t x = FloorDivide(corner.x, SUBPIXELS), y = FloorDivide(corner.y, SUBPIXELS);
+void SoftRaster::Point(const SoftVertex& vertex) {
+    const Corner corner = ToCorner(vertex);
+    const int64_t x = corner.x >> 8, y = corner.y >> 8;
     if (x < target.left || x >= target.right || y < target.top || y >= target.bottom)
         return;
-    double values[MOST_VALUES];
-    std::copy_n(at.v + first_value, value_count, values);
-    Pixel(static_cast<int>(x), static_cast<int>(y), values);
+    const size_t at = target.At(static_cast<int>(x), static_cast<int>(y));
+    const float depth = ToDepth(vertex.v[SoftVertex::Z]);
+    Fill fill;
+    if (!pixel.DepthPasses(at, depth) || !StartFill(fill, !vertex.mixed, vertex.argb))
+        return;
+    if (fill.flat) {
+        pixel.PutFlat(at, depth, flat_color);
+        return;
+    }
+    double values[MOST_VALUES] = {};
+    std::copy_n(vertex.v + SoftVertex::Z, value_count, values);
+    Pixel(at, depth, values, fill);
 }

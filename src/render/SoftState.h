@@ -21,13 +21,23 @@ public:
 
     // A pixel of level 0 with every channel widened to 0 to 255: red, green, blue, alpha. A channel that the format
     // lacks is 255.
-    void ReadTexel(uint32_t x, uint32_t y, int (&rgba)[4]) const;
+    void ReadTexel(uint32_t x, uint32_t y, int (&rgba)[4]) const {
+        if (!whole_bytes) {
+            ReadNarrowTexel(x, y, rgba);
+            return;
+        }
+        const uint8_t* const bgra = pixels.data() + (static_cast<size_t>(y) * width + x) * 4;
+        rgba[0] = bgra[2], rgba[1] = bgra[1], rgba[2] = bgra[0];
+        rgba[3] = largest[3] != 0 ? bgra[3] : 255;
+    }
 
 private:
+    void ReadNarrowTexel(uint32_t x, uint32_t y, int (&rgba)[4]) const;
     uint32_t Pitch(uint32_t level) const { return LevelSide(width, level) * pixel_size; }
 
     uint32_t width, height, levels, faces, pixel_size;
     PixelFormat format;
+    bool whole_bytes;            // 0xAARRGGBB, with or without alpha
     int shift[4];                // to the lowest bit of a channel
     uint32_t largest[4];         // value of a channel, 0 without one
     std::vector<size_t> offsets; // of each level of each face
@@ -45,12 +55,36 @@ struct SoftState {
     PixelRectangle viewport;
 };
 
+// For each square of pixels a depth behind which none of them lies, so that what is hidden is found in a few looks.
+class CoarseDepth {
+public:
+    void Resize(int picture_width, int picture_height);
+    void Forget(); // depths may have grown
+    // Depths in this area may have become smaller. Right and bottom are outside.
+    void Touch(int left, int top, int right, int bottom);
+    // True if every pixel of the area is nearer than this depth.
+    bool IsNearer(const float* depths, int left, int top, int right, int bottom, float depth);
+
+private:
+    static constexpr int SIDE = 16; // of a square
+    struct Square {
+        float farthest; // at least the largest depth
+        bool touched;
+    };
+    void Look(const float* depths, int column, int row);
+    Square& At(int column, int row) { return squares[static_cast<size_t>(row * columns + column)]; }
+
+    int width = 0, height = 0, columns = 0;
+    std::vector<Square> squares;
+};
+
 // The picture that is drawn to, and the part of it that may be touched. Pixels are 0x00RRGGBB.
 struct SoftTarget {
     int width = 0, height = 0;
     int left = 0, top = 0, right = 0, bottom = 0; // right and bottom are outside
     uint32_t* pixels = nullptr;
     float* depth = nullptr; // 0 near to 1 far
+    CoarseDepth* coarse = nullptr;
 
     size_t At(int x, int y) const {
         return static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x);

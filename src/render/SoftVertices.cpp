@@ -19,27 +19,35 @@ Value ReadField(const uint8_t* at) {
 
 } // namespace
 
-SoftVertices::SoftVertices(const SoftState& device_state, const SoftTarget& target)
-    : state(device_state), raster(device_state, target) {
+SoftVertices::SoftVertices(const SoftState& device_state, const SoftTarget& target, SoftScratch& memory)
+    : state(device_state), scratch(memory), raster(device_state, target) {
     const D3DMATRIX* const m = state.transforms;
     crMMultiply(m[CRM_WORLD], m[CRM_VIEW], to_clip_space);
     crMMultiply(to_clip_space, m[CRM_PROJ], to_clip_space);
 }
 
-bool SoftVertices::Read(uint32_t fvf, const uint8_t* data, uint32_t vertex_count) {
+bool SoftVertices::Read(uint32_t fvf, const uint8_t* data, uint32_t count) {
     if ((fvf & (VT_XYZ | VT_XYZRHW)) == 0 || !data)
         return false;
     transformed = (fvf & VT_XYZ) == 0;
+    plane_mask = transformed ? 0 : state.states[RS_CLIPPLANEENABLE];
     MakeCuts();
     const FvfLayout layout = MakeFvfLayout(fvf);
-    vertices.resize(vertex_count);
-    usable.resize(vertex_count);
-    for (uint32_t i = 0; i < vertex_count; ++i) {
-        ReadVertex(layout, fvf, data + static_cast<size_t>(i) * layout.size, vertices[i]);
-        bool finite = true;
-        for (const float value : vertices[i].v)
-            finite = finite && std::isfinite(value);
-        usable[i] = finite;
+    vertex_count = count;
+    uv_end = SoftVertex::UV + 2 * static_cast<int>(std::max(layout.coordinate_sets, raster.CoordinateSets()));
+    uv_end = std::min<int>(uv_end, SoftVertex::CUT);
+    if (scratch.outside.size() < count) {
+        scratch.in_clip_space.resize(count);
+        scratch.on_screen.resize(count);
+        scratch.outside.resize(count);
+    }
+    for (uint32_t i = 0; i < count; ++i) {
+        SoftVertex& vertex = scratch.in_clip_space[i];
+        ReadVertex(layout, fvf, data + static_cast<size_t>(i) * layout.size, vertex);
+        const uint32_t outside = IsFinite(vertex) ? Outside(vertex) : NOT_USABLE;
+        scratch.outside[i] = outside;
+        if (outside == 0)
+            ToScreen(vertex, scratch.on_screen[i]);
     }
     return true;
 }
@@ -47,29 +55,28 @@ bool SoftVertices::Read(uint32_t fvf, const uint8_t* data, uint32_t vertex_count
 void SoftVertices::ReadVertex(const FvfLayout& layout, uint32_t fvf, const uint8_t* at, SoftVertex& vertex) const {
     float* const v = vertex.v;
     const auto position = ReadField<D3DVECTOR>(at + layout.offsets[CRO_XYZ]);
-    const VECTOR4 point{position.x, position.y, position.z, 1};
-    VECTOR4 placed = point;
     if (transformed) {
         const auto rhw = ReadField<float>(at + layout.offsets[CRO_RHW]);
-        placed.w = rhw > 0 ? rhw : 1.0f;
+        v[SoftVertex::X] = position.x, v[SoftVertex::Y] = position.y, v[SoftVertex::Z] = position.z;
+        v[SoftVertex::W] = rhw > 0 ? rhw : 1.0f;
     } else {
-        crMTransform4(to_clip_space, point, placed);
+        const auto& m = to_clip_space.m;
+        for (int k = 0; k < 4; ++k)
+            v[SoftVertex::X + k] = position.x * m[0][k] + position.y * m[1][k] + position.z * m[2][k] + m[3][k];
     }
-    v[SoftVertex::X] = placed.x, v[SoftVertex::Y] = placed.y, v[SoftVertex::Z] = placed.z, v[SoftVertex::W] = placed.w;
-
-    const uint32_t diffuse = (fvf & VT_DIFFUSE) != 0 ? ReadField<uint32_t>(at + layout.offsets[CRO_DIFF]) : 0xFFFFFFFF;
+    vertex.argb = (fvf & VT_DIFFUSE) != 0 ? ReadField<uint32_t>(at + layout.offsets[CRO_DIFF]) : 0xFFFFFFFF;
+    vertex.mixed = false;
     constexpr int ARGB_SHIFT[4] = {16, 8, 0, 24};
     for (int c = 0; c < 4; ++c)
-        v[SoftVertex::RED + c] = static_cast<float>(diffuse >> ARGB_SHIFT[c] & 255);
-    for (uint32_t set = 0; set < SoftVertex::COORDINATE_SETS; ++set) {
+        v[SoftVertex::RED + c] = static_cast<float>(vertex.argb >> ARGB_SHIFT[c] & 255);
+    for (uint32_t set = 0; SoftVertex::UV + 2 * static_cast<int>(set) < uv_end; ++set) {
         UVVector uv;
         if (set < layout.coordinate_sets)
             uv = ReadField<UVVector>(at + layout.offsets[CRO_TEX1 + set]);
         v[SoftVertex::UV + 2 * set] = uv.u;
         v[SoftVertex::UV + 2 * set + 1] = uv.v;
     }
-    const uint32_t plane_mask = transformed ? 0 : state.states[RS_CLIPPLANEENABLE];
-    for (uint32_t i = 0; i < CLIP_PLANES; ++i) {
+    for (uint32_t i = 0; plane_mask != 0 && i < CLIP_PLANES; ++i) {
         v[SoftVertex::CUT + i] = 0;
         if ((plane_mask >> i & 1) == 0)
             continue;
@@ -78,8 +85,38 @@ void SoftVertices::ReadVertex(const FvfLayout& layout, uint32_t fvf, const uint8
         v[SoftVertex::CUT + i] = state.planes[i].get_cos(in_world);
     }
     if (transformed) // what follows the picture linearly, as ToScreen makes it
-        for (int k = SoftVertex::RED; k < SoftVertex::CUT; ++k)
-            v[k] *= placed.w;
+        for (int k = SoftVertex::RED; k < uv_end; ++k)
+            v[k] *= v[SoftVertex::W];
+}
+
+bool SoftVertices::IsFinite(const SoftVertex& vertex) const {
+    const auto zero = [&vertex](int begin, int end) { // or not a number, unless all values are finite
+        float sum = 0;
+        for (int k = begin; k < end; ++k)
+            sum += vertex.v[k] * 0.0f;
+        return sum;
+    };
+    if (transformed) // the colours have been multiplied
+        return zero(SoftVertex::X, uv_end) == 0;
+    const int cut_end = plane_mask != 0 ? SoftVertex::COUNT : SoftVertex::CUT;
+    return zero(SoftVertex::X, SoftVertex::RED) + zero(SoftVertex::UV, uv_end) + zero(SoftVertex::CUT, cut_end) == 0;
+}
+
+// As Distance, of all cuts.
+uint32_t SoftVertices::Outside(const SoftVertex& vertex) const {
+    const float* const v = vertex.v;
+    const float x = v[SoftVertex::X], y = v[SoftVertex::Y], z = v[SoftVertex::Z], w = v[SoftVertex::W];
+    const auto bit = [](bool is_outside, int i) { return static_cast<uint32_t>(is_outside) << i; };
+    if (transformed)
+        return bit(x < -SCREEN_GUARD, 0) | bit(x > SCREEN_GUARD, 1) | bit(y < -SCREEN_GUARD, 2) |
+               bit(y > SCREEN_GUARD, 3);
+    const float guard = VIEW_GUARD * w;
+    uint32_t outside = bit(w < SMALLEST_W, 0) | bit(z < 0, 1) | bit(z > w, 2) | bit(x < -guard, 3) | bit(x > guard, 4) |
+                       bit(y < -guard, 5) | bit(y > guard, 6);
+    for (uint32_t i = 0, place = 7; plane_mask != 0 && i < CLIP_PLANES; ++i)
+        if ((plane_mask >> i & 1) != 0)
+            outside |= bit(v[SoftVertex::CUT + i] < 0, static_cast<int>(place++));
+    return outside;
 }
 
 void SoftVertices::MakeCuts() {
@@ -93,7 +130,7 @@ void SoftVertices::MakeCuts() {
     cuts = {{0, 0, 0, 1, -SMALLEST_W}, {0, 0, 1, 0, 0},          {0, 0, -1, 1, 0},         {1, 0, 0, VIEW_GUARD, 0},
             {-1, 0, 0, VIEW_GUARD, 0}, {0, 1, 0, VIEW_GUARD, 0}, {0, -1, 0, VIEW_GUARD, 0}};
     for (uint32_t i = 0; i < CLIP_PLANES; ++i)
-        if ((state.states[RS_CLIPPLANEENABLE] >> i & 1) != 0)
+        if ((plane_mask >> i & 1) != 0)
             cuts.push_back({0, 0, 0, 0, 0, static_cast<int>(i)});
 }
 
@@ -112,11 +149,13 @@ SoftVertex SoftVertices::Between(const SoftVertex& in, const SoftVertex& out, do
     SoftVertex between;
     for (int k = 0; k < SoftVertex::COUNT; ++k)
         between.v[k] = static_cast<float>(in.v[k] + (double{out.v[k]} - in.v[k]) * t);
+    between.argb = in.argb;
+    between.mixed = in.mixed || out.mixed || in.argb != out.argb;
     return between;
 }
 
 void SoftVertices::CutPolygon(Polygon& polygon, const Cut& cut) {
-    double from[MOST_CORNERS];
+    double from[SoftRaster::MOST_CORNERS];
     bool any_outside = false;
     for (int k = 0; k < polygon.count; ++k) {
         from[k] = Distance(cut, polygon.corners[k]);
@@ -127,9 +166,9 @@ void SoftVertices::CutPolygon(Polygon& polygon, const Cut& cut) {
     Polygon kept;
     for (int k = 0; k < polygon.count; ++k) {
         const int next = k + 1 < polygon.count ? k + 1 : 0;
-        if (from[k] >= 0 && kept.count < MOST_CORNERS)
+        if (from[k] >= 0 && kept.count < SoftRaster::MOST_CORNERS)
             kept.corners[kept.count++] = polygon.corners[k];
-        if ((from[k] < 0) != (from[next] < 0) && kept.count < MOST_CORNERS) {
+        if ((from[k] < 0) != (from[next] < 0) && kept.count < SoftRaster::MOST_CORNERS) {
             const int in = from[k] < 0 ? next : k, out = from[k] < 0 ? k : next;
             kept.corners[kept.count++] = Between(polygon.corners[in], polygon.corners[out], from[in], from[out]);
         }
@@ -137,49 +176,85 @@ void SoftVertices::CutPolygon(Polygon& polygon, const Cut& cut) {
     polygon = kept;
 }
 
-SoftVertex SoftVertices::ToScreen(const SoftVertex& vertex) const {
-    if (transformed)
-        return vertex;
-    SoftVertex placed = vertex;
+void SoftVertices::ToScreen(const SoftVertex& vertex, SoftVertex& placed) const {
+    placed.argb = vertex.argb;
+    placed.mixed = vertex.mixed;
+    const float* const from = vertex.v;
     float* const v = placed.v;
-    const float w = std::max(v[SoftVertex::W], SMALLEST_W); // a cut may round below it
+    const int end = raster.ValuesEnd();
+    if (transformed) {
+        std::copy_n(from, end, v);
+        SoftRaster::Round(placed);
+        return;
+    }
+    const float w = std::max(from[SoftVertex::W], SMALLEST_W); // a cut may round below it
     const float half_width = static_cast<float>(state.viewport.w) * 0.5f;
     const float half_height = static_cast<float>(state.viewport.h) * 0.5f;
-    v[SoftVertex::X] = static_cast<float>(state.viewport.x) + half_width + v[SoftVertex::X] / w * half_width;
-    v[SoftVertex::Y] = static_cast<float>(state.viewport.y) + half_height - v[SoftVertex::Y] / w * half_height;
-    v[SoftVertex::Z] = v[SoftVertex::Z] / w;
-    const float rhw = 1.0f / w;
+    const bool divided = w == 1; // an orthographic view
+    const float x = divided ? from[SoftVertex::X] : from[SoftVertex::X] / w;
+    const float y = divided ? from[SoftVertex::Y] : from[SoftVertex::Y] / w;
+    v[SoftVertex::X] = static_cast<float>(state.viewport.x) + half_width + x * half_width;
+    v[SoftVertex::Y] = static_cast<float>(state.viewport.y) + half_height - y * half_height;
+    SoftRaster::Round(placed);
+    v[SoftVertex::Z] = divided ? from[SoftVertex::Z] : from[SoftVertex::Z] / w;
+    const float rhw = divided ? 1.0f : 1.0f / w;
     v[SoftVertex::W] = rhw;
-    for (int k = SoftVertex::RED; k < SoftVertex::CUT; ++k)
-        v[k] *= rhw;
-    return placed;
+    for (int k = SoftVertex::RED; k < end; ++k)
+        v[k] = from[k] * rhw;
 }
 
 void SoftVertices::DrawTriangle(uint32_t a, uint32_t b, uint32_t c) {
-    if (!IsUsable(a) || !IsUsable(b) || !IsUsable(c))
+    if (a >= vertex_count || b >= vertex_count || c >= vertex_count)
         return;
+    const uint32_t outside[3] = {scratch.outside[a], scratch.outside[b], scratch.outside[c]};
+    const uint32_t any = outside[0] | outside[1] | outside[2];
+    if ((any & NOT_USABLE) != 0 || (outside[0] & outside[1] & outside[2]) != 0)
+        return;
+    if (any == 0 && state.states[RS_SHADEMODE] != SHADE_FLAT) {
+        const SoftVertex* const corners[3] = {&scratch.on_screen[a], &scratch.on_screen[b], &scratch.on_screen[c]};
+        raster.Polygon(corners, 3);
+        return;
+    }
+    DrawCutTriangle(scratch.in_clip_space[a], scratch.in_clip_space[b], scratch.in_clip_space[c]);
+}
+
+void SoftVertices::DrawCutTriangle(const SoftVertex& a, const SoftVertex& b, const SoftVertex& c) {
     Polygon polygon;
-    polygon.corners[0] = vertices[a], polygon.corners[1] = vertices[b], polygon.corners[2] = vertices[c];
+    polygon.corners[0] = a, polygon.corners[1] = b, polygon.corners[2] = c;
     polygon.count = 3;
     if (state.states[RS_SHADEMODE] == SHADE_FLAT)
         for (int k = 1; k < 3; ++k) {
-            const float scale = transformed ? polygon.corners[k].v[SoftVertex::W] / vertices[a].v[SoftVertex::W] : 1;
+            SoftVertex& corner = polygon.corners[k];
+            const float scale = transformed ? corner.v[SoftVertex::W] / a.v[SoftVertex::W] : 1;
             for (int channel = SoftVertex::RED; channel < SoftVertex::UV; ++channel)
-                polygon.corners[k].v[channel] = vertices[a].v[channel] * scale;
+                corner.v[channel] = a.v[channel] * scale;
+            corner.argb = a.argb;
         }
     for (const Cut& cut : cuts)
         CutPolygon(polygon, cut);
     if (polygon.count < 3)
         return;
-    for (int k = 0; k < polygon.count; ++k)
-        polygon.corners[k] = ToScreen(polygon.corners[k]);
-    raster.Polygon(polygon.corners, polygon.count);
+    SoftVertex placed[SoftRaster::MOST_CORNERS];
+    const SoftVertex* corners[SoftRaster::MOST_CORNERS];
+    for (int k = 0; k < polygon.count; ++k) {
+        ToScreen(polygon.corners[k], placed[k]);
+        corners[k] = &placed[k];
+    }
+    raster.Polygon(corners, polygon.count);
 }
 
 void SoftVertices::DrawLine(uint32_t a, uint32_t b) {
-    if (!IsUsable(a) || !IsUsable(b))
+    if (a >= vertex_count || b >= vertex_count)
         return;
-    SoftVertex ends[2] = {vertices[a], vertices[b]};
+    const uint32_t outside[2] = {scratch.outside[a], scratch.outside[b]};
+    if (outside[0] == 0 && outside[1] == 0)
+        raster.Line(scratch.on_screen[a], scratch.on_screen[b]);
+    else if (((outside[0] | outside[1]) & NOT_USABLE) == 0 && (outside[0] & outside[1]) == 0)
+        DrawCutLine(scratch.in_clip_space[a], scratch.in_clip_space[b]);
+}
+
+void SoftVertices::DrawCutLine(const SoftVertex& a, const SoftVertex& b) {
+    SoftVertex ends[2] = {a, b};
     for (const Cut& cut : cuts) {
         const double from[2] = {Distance(cut, ends[0]), Distance(cut, ends[1])};
         if (from[0] < 0 && from[1] < 0)
@@ -188,16 +263,15 @@ void SoftVertices::DrawLine(uint32_t a, uint32_t b) {
             if (from[k] < 0)
                 ends[k] = Between(ends[1 - k], ends[k], from[1 - k], from[k]);
     }
-    raster.Line(ToScreen(ends[0]), ToScreen(ends[1]));
+    SoftVertex placed[2];
+    ToScreen(ends[0], placed[0]);
+    ToScreen(ends[1], placed[1]);
+    raster.Line(placed[0], placed[1]);
 }
 
 void SoftVertices::DrawPoint(uint32_t a) {
-    if (!IsUsable(a))
-        return;
-    for (const Cut& cut : cuts)
-        if (Distance(cut, vertices[a]) < 0)
-            return;
-    raster.Point(ToScreen(vertices[a]));
+    if (a < vertex_count && scratch.outside[a] == 0)
+        raster.Point(scratch.on_screen[a]);
 }
 
 bool SoftVertices::Draw(PrimType prim, const uint16_t* indices, uint32_t n) {

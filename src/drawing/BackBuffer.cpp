@@ -1,0 +1,113 @@
+#include <bit>
+#include <cstring>
+
+#include "drawing/ViewDrawing.h"
+#include "render/FontGlyphs.h"
+#include "render/Frame.h"
+
+namespace {
+
+// The back buffer, locked to be written. Pixels outside it are dropped, as are all without a buffer.
+class BackBufferPixels {
+public:
+    BackBufferPixels() : surface(criGetBackBuffer()) {
+        if (!surface)
+            return;
+        pixels = surface->Lock(0, 0, pitch);
+        pixel_size = surface->Format().bits / 8;
+        if (pixel_size > sizeof(uint32_t))
+            pixel_size = 0;
+    }
+    ~BackBufferPixels() {
+        if (pixels)
+            surface->Unlock(0, 0);
+    }
+    BackBufferPixels(const BackBufferPixels&) = delete;
+    BackBufferPixels& operator=(const BackBufferPixels&) = delete;
+
+    void Set(int x, int y, uint32_t rgb) {
+        if (!pixels || x < 0 || y < 0 || x >= static_cast<int>(surface->Width()) ||
+            y >= static_cast<int>(surface->Height()))
+            return;
+        const uint32_t word = ToFormat(rgb); // little-endian, as the formats are
+        std::memcpy(pixels + static_cast<size_t>(y) * pitch + static_cast<size_t>(x) * pixel_size, &word, pixel_size);
+    }
+
+private:
+    uint32_t ToFormat(uint32_t rgb) const {
+        uint32_t word = 0;
+        for (int c = 0; c < 3; ++c) {
+            const uint32_t value = rgb >> (16 - 8 * c) & 255, mask = surface->Format().mask[c];
+            const int shift = static_cast<int>(std::bit_width(mask)) - 8;
+            word |= (shift >= 0 ? value << shift : value >> -shift) & mask;
+        }
+        return word;
+    }
+
+    DeviceSurface* surface;
+    uint8_t* pixels = nullptr;
+    uint32_t pitch = 0, pixel_size = 0;
+};
+
+constexpr uint32_t CAPTION_COLOR = 0xFFFFFF;
+
+void DrawGlyph(BackBufferPixels& picture, int left, int top, char c) {
+    const int glyph = c - FIRST_GLYPH;
+    if (glyph < 0 || glyph >= GLYPH_COUNT)
+        return;
+    for (int x = 0; x < GLYPH_COLUMNS; ++x)
+        for (int y = 0; y < GLYPH_ROWS; ++y)
+            if ((GLYPHS[glyph][x] >> y & 1) != 0)
+                picture.Set(left + x, top + y, CAPTION_COLOR);
+}
+
+} // namespace
+
+void DrawCaption(const RECT& window_rect, const std::string& text) {
+    constexpr int LEFT = 3, TOP = 2; // of the text in the view
+    constexpr int CELL_WIDTH = 8, GLYPH_LEFT = 1, GLYPH_TOP = 2;
+    BackBufferPixels picture;
+    int left = window_rect.left + LEFT + GLYPH_LEFT;
+    for (const char c : text) {
+        DrawGlyph(picture, left, window_rect.top + TOP + GLYPH_TOP, c);
+        left += CELL_WIDTH;
+    }
+}
+
+void DrawViewFrame(const RECT& window_rect, uint32_t color) {
+    constexpr int THICKNESS = 2;
+    BackBufferPixels picture;
+    for (int inset = 0; inset < THICKNESS; ++inset) {
+        const int left = window_rect.left + inset, right = window_rect.right - inset - 1;
+        const int top = window_rect.top + inset, bottom = window_rect.bottom - inset - 1;
+        if (left > right || top > bottom)
+            return;
+        for (int x = left; x <= right; ++x) {
+            picture.Set(x, top, color);
+            picture.Set(x, bottom, color);
+        }
+        for (int y = top; y <= bottom; ++y) {
+            picture.Set(left, y, color);
+            picture.Set(right, y, color);
+        }
+    }
+}
+
+std::vector<uint8_t> ReadBackBuffer(const RECT& rect) {
+    std::vector<uint8_t> rgb;
+    if (rect.Width() <= 0 || rect.Height() <= 0 || crLockBuffer(BT_BACK) != 0)
+        return rgb;
+    rgb.reserve(static_cast<size_t>(rect.Width()) * static_cast<size_t>(rect.Height()) * 3);
+    for (int32_t y = rect.top; y < rect.bottom; ++y)
+        for (int32_t x = rect.left; x < rect.right; ++x) {
+            const bool inside =
+                x >= 0 && y >= 0 && x < static_cast<int64_t>(crvScrWidth) && y < static_cast<int64_t>(crvScrHeight);
+            uint32_t r = 0, g = 0, b = 0;
+            if (inside)
+                crGetBuffer(static_cast<uint32_t>(x), static_cast<uint32_t>(y), r, g, b);
+            for (const uint32_t channel : {r, g, b})
+                rgb.push_back(static_cast<uint8_t>(channel));
+        }
+    crUnlockBuffer();
+    return rgb;
+}

@@ -1,0 +1,101 @@
+#include <string>
+#include <unordered_map>
+
+#include "drawing/DrawContext.h"
+#include "drawing/GeometryBatch.h"
+#include "foundation/Strings.h"
+#include "scene/World.h"
+
+namespace {
+
+constexpr uint32_t LINK_COLOR = 0xFFFFD200, TARGET_LINK_COLOR = 0xFFEA2CB9, TRIGGER_COLOR = 0xFF88B32E;
+
+bool IsTrigger(const Entity& e) {
+    return e.IsType("BOX_TRIGGER") || e.IsType("RADIAL_TRIGGER") || e.IsType("KEY_TRIGGER");
+}
+
+// Words are parted by white space; one in double quotes is taken whole.
+template <class Use>
+void ForEachWord(const std::string& text, const Use& use) {
+    constexpr const char* SPACE = " \t\r\n\v\f";
+    for (size_t at = text.find_first_not_of(SPACE); at < text.size(); at = text.find_first_not_of(SPACE, at)) {
+        const bool quoted = text[at] == '"';
+        at += quoted ? 1 : 0;
+        const size_t end = std::min(quoted ? text.find('"', at) : text.find_first_of(SPACE, at), text.size());
+        use(text.substr(at, end - at));
+        at = quoted ? end + 1 : end;
+    }
+}
+
+class ConnectionPass {
+public:
+    ConnectionPass(const World& scene, const DrawContext& draw_context) : world(scene), context(draw_context) {}
+
+    void DrawLinks() {
+        for (const auto& b : world.brush)
+            if (!b->is_hidden && context.filters.ShowsBrush(*b))
+                DrawLinksOf(*b, b->pivot);
+        for (const auto& e : world.entity)
+            if (context.filters.show_entities && !e->IsHidden())
+                DrawLinksOf(*e, e->position);
+    }
+
+    // From each selected trigger to what its commands name.
+    void DrawCommands() {
+        std::unordered_multimap<std::string, const Entity*> named;
+        for (const int i : world.entity_selection) {
+            const Entity& e = *world.entity[static_cast<size_t>(i)];
+            const EntityParameter* const commands = IsTrigger(e) ? e.GetParameterStr("commands") : nullptr;
+            if (!commands)
+                continue;
+            ForEachWord(commands->p_text, [&](const std::string& word) {
+                const std::string lower = ToLower(word);
+                if (!lower.empty() && lower != "on" && lower != "off")
+                    named.emplace(lower, &e);
+            });
+        }
+        if (named.empty())
+            return;
+        const auto draw = [&](const std::string& name, const D3DVECTOR& place) {
+            const auto [first, end] = named.equal_range(ToLower(name));
+            for (auto trigger = first; trigger != end; ++trigger)
+                lines.Arrow(place, trigger->second->position, TRIGGER_COLOR);
+        };
+        for (const auto& b : world.brush)
+            draw(b->name, b->pivot);
+        for (const auto& e : world.entity)
+            draw(e->variable_name, e->position);
+    }
+
+private:
+    void DrawLinksOf(const BaseObject& object, const D3DVECTOR& place) {
+        for (const uint32_t id : object.linked_objects) {
+            if (id == NO_OBJECT_ID)
+                continue;
+            if (const Entity* const e = world.GetEntityFromID(id)) {
+                if (!e->IsHidden() && context.filters.ShowsEntityType(*e))
+                    lines.Arrow(e->position, place,
+                                e->IsType("TARGET_POSITION") ? TARGET_LINK_COLOR
+                                : IsTrigger(*e)              ? TRIGGER_COLOR
+                                                             : LINK_COLOR);
+            } else if (const Brush* const b = world.GetBrushFromID(id)) {
+                if (!b->is_hidden)
+                    lines.Arrow(b->pivot, place, LINK_COLOR);
+            }
+        }
+    }
+
+    const World& world;
+    const DrawContext& context;
+    LineBatch lines;
+};
+
+} // namespace
+
+void World::RenderConnectionLines(const DrawContext& context) {
+    if (!context.show_links)
+        return;
+    ConnectionPass pass(*this, context);
+    pass.DrawLinks();
+    pass.DrawCommands();
+}

@@ -1,0 +1,11 @@
+// The wire of brushes, many in one batch.
+#pragma once
+
+#include "drawing/GeometryBatch.h"
+
+class Brush;
+
+inline constexpr uint32_t SELECTED_WIRE = 0xFFFF0000; // of brushes and entities
+
+void AddWire(LineBatch& lines, const Brush& brush, uint32_t color);
+uint32_t WireColor(const Brush& brush);
