@@ -23,7 +23,9 @@ uint32_t Desktop::GetTickCount() const {
 
 MessageAnswer HeadlessDesktop::MessageBox(const std::string& text, const std::string& title, MessageButtons buttons) {
     const std::lock_guard lock(mutex);
-    MessageAnswer answer = buttons == MessageButtons::Ok ? MessageAnswer::Ok : MessageAnswer::Yes;
+    MessageAnswer answer = buttons == MessageButtons::Ok || buttons == MessageButtons::OkCancel ? MessageAnswer::Ok
+                           : buttons == MessageButtons::RetryCancel                             ? MessageAnswer::Retry
+                                                                                                : MessageAnswer::Yes;
     if (!answers.empty()) {
         answer = answers.front();
         answers.pop_front();

@@ -30,6 +30,15 @@ public:
         world.GenerateIDs();
         return ReadMapInfo() && ReadGroups() && ReadBoxes() && ReadGames() && ReadActorGroups() && ReadDecals();
     }
+    // Only the decals, in place of the world's.
+    bool ReadOnlyDecals() {
+        std::vector<std::unique_ptr<DecalTemplate>> old = std::move(world.decal_template);
+        world.ClearAllDecals();
+        if (ReadDecals())
+            return true;
+        world.decal_template = std::move(old);
+        return false;
+    }
     const std::string& Error() const { return error; }
 
 private:
@@ -331,6 +340,21 @@ bool LoadProject(std::string_view full_name, World& world, ProjectViews& views, 
     }
     ProjectReader reader(file, world, views, materials, parser);
     if (reader.Read())
+        return true;
+    error = Format("\"%s\" cannot be read: %s", file.GetFilename().c_str(), reader.Error().c_str());
+    return false;
+}
+
+bool LoadDecals(std::string_view full_name, World& world, MaterialLibrary& materials, EntityParser& parser,
+                std::string& error) {
+    UChunkFile file(full_name, CFM_Open);
+    if (!file.IsValid()) {
+        error = file.GetError();
+        return false;
+    }
+    ProjectViews unused;
+    ProjectReader reader(file, world, unused, materials, parser);
+    if (reader.ReadOnlyDecals())
         return true;
     error = Format("\"%s\" cannot be read: %s", file.GetFilename().c_str(), reader.Error().c_str());
     return false;

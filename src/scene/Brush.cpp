@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "scene/BrushParts.h"
 #include "scene/World.h"
 
 namespace {
@@ -50,6 +51,32 @@ Box MakeBox(const D3DVECTOR& min, const D3DVECTOR& max) {
 
 bool BoxesOverlap(const Box& a, const Box& b) {
     return s_math.BoxBoxIntersect(BoxMin(a), BoxMax(a), BoxMin(b), BoxMax(b));
+}
+
+Surface CopyFlatSurface(const Surface& s) {
+    Surface copy;
+    copy.vertices = s.vertices;
+    copy.uv = s.uv;
+    copy.lightmap_uv.resize(s.vertices.size());
+    copy.diffuse = s.diffuse;
+    copy.normal.resize(s.vertices.size());
+    copy.tri_indices = s.tri_indices;
+    copy.edge_indices = s.edge_indices;
+    copy.texture = s.texture;
+    return copy;
+}
+
+Surface CopyCurvedSurface(const Surface& s, bool custom) {
+    Surface copy;
+    if (custom) {
+        copy = CopyFlatSurface(s);
+        copy.normal = s.normal;
+        copy.extra_diffuse = s.extra_diffuse;
+    }
+    copy.cp = s.cp;
+    copy.cp_count = s.cp_count;
+    copy.texture = s.texture;
+    return copy;
 }
 
 Brush::Brush() { group_id = OBJECT_BRUSH; }
@@ -128,41 +155,36 @@ Brush& Brush::operator=(const Brush& src) {
         return *this;
     CopyProperties(src);
     surfaces.clear();
-    for (const Surface& s : src.surfaces) {
-        Surface& copy = surfaces.emplace_back();
-        copy.vertices = s.vertices;
-        copy.uv = s.uv;
-        copy.lightmap_uv.resize(s.vertices.size());
-        copy.diffuse = s.diffuse;
-        copy.normal.resize(s.vertices.size());
-        copy.tri_indices = s.tri_indices;
-        copy.edge_indices = s.edge_indices;
-        copy.texture = s.texture;
-    }
+    for (const Surface& s : src.surfaces)
+        surfaces.push_back(CopyFlatSurface(s));
     curved_surfaces.clear();
-    for (const Surface& s : src.curved_surfaces) {
-        Surface& copy = curved_surfaces.emplace_back();
-        copy.cp = s.cp;
-        copy.cp_count = s.cp_count;
-        copy.texture = s.texture;
-        if (!IsCustom())
-            continue;
-        copy.vertices = s.vertices;
-        copy.normal = s.normal;
-        copy.uv = s.uv;
-        copy.lightmap_uv.resize(s.vertices.size());
-        copy.diffuse = s.diffuse;
-        copy.extra_diffuse = s.extra_diffuse;
-        copy.tri_indices = s.tri_indices;
-        copy.edge_indices = s.edge_indices;
-    }
+    for (const Surface& s : src.curved_surfaces)
+        curved_surfaces.push_back(CopyCurvedSurface(s, IsCustom()));
     TesselateCurves();
     RecalcBBox();
     ComputeNormals();
     SurfaceLight();
     GenerateTextureSpaces();
+    MapFans();
     is_selected = src.is_selected; // last: broken geometry selects the copy
     return *this;
+}
+
+void Brush::CopyExactly(const Brush& src) {
+    if (this == &src)
+        return;
+    CopyBase(src);
+    CopyProperties(src);
+    color = src.color;
+    for (const bool curved : {false, true}) {
+        std::vector<Surface>& copies = curved ? curved_surfaces : surfaces;
+        const std::vector<Surface>& sources = curved ? src.curved_surfaces : src.surfaces;
+        copies.clear();
+        copies.resize(sources.size());
+        for (size_t s = 0; s < sources.size(); ++s)
+            copies[s].CopyShape(sources[s]);
+    }
+    is_selected = src.is_selected;
 }
 
 void Brush::CopyProperties(const Brush& src) {

@@ -18,6 +18,7 @@
 
 class World;
 class Lighting;
+struct DrawContext;
 
 inline constexpr uint32_t MAX_SEGMENTS = 256; // of a primitive; more are cut
 inline constexpr size_t MAX_EX_POINTS = 256;  // of an extrudable's outline; more are refused
@@ -93,6 +94,7 @@ public:
     explicit Brush(const BrushShape& shape);
     Brush(const Brush& src);            // the copy has no id
     Brush& operator=(const Brush& src); // the object id stays; lightmaps, lights, decals are not copied
+    void CopyExactly(const Brush& src); // likewise, but with links, and what it derives anew is taken as it stands
     ~Brush() override = default;
 
     Brush* GetBrush() override { return this; }
@@ -196,6 +198,22 @@ public:
     TEX_INFO* GetSelectedSurfaceTexInfo(); // null if none
     // The normal by which a surface is mapped: its first, straight up on terrain.
     D3DVECTOR MappingNormal(int surface, bool curved) const;
+
+    // Transforms (scene/BrushTransform.cpp). texture_lock: every surface keeps its texels, not only the locked ones.
+    void Move(const D3DVECTOR& move, bool texture_lock);
+    void Scale(const Box& new_box, const Box& old_box);
+    void Rotate(float angle, int view, const D3DVECTOR& center, bool texture_lock); // radians
+    void Transform(const D3DMATRIX& matrix, bool remap);
+    void FlipNormals();
+    void AlignVertices(); // coordinates are cut to whole numbers; nothing derived is rebuilt
+
+    // Picking by the wire: true if an edge passes the pixel under the current matrices and viewport.
+    bool TestWireSelection(POINT mouse) const;
+
+    // Drawing (defined in drawing/)
+    void RenderWire() const;
+    void RenderSolid(const World& world, const DrawContext& context) const;
+    float DistanceFromCamera() const; // depth of the pivot along the current view
 
     // The compile (defined in compiler/)
     void ComputePhysicsData(bool build_mesh);

@@ -1,4 +1,6 @@
-// Rays, boxes and clip planes against a brush.
+// Rays, boxes, clip planes and the pixels of a view against a brush.
+#include "render/Device.h"
+#include "render/Matrix.h"
 #include "scene/Brush.h"
 
 namespace {
@@ -44,6 +46,56 @@ bool BeyondOneSide(const D3DVECTOR& min, const D3DVECTOR& max, const D3DVECTOR& 
            (a.z < min.z && b.z < min.z && c.z < min.z) || (a.z > max.z && b.z > max.z && c.z > max.z);
 }
 
+// From world to client pixels of the current view.
+class PixelProjection {
+public:
+    PixelProjection() {
+        crMMultiply(crvMatrices[CRM_VIEW], crvMatrices[CRM_PROJ], m);
+        half_width = static_cast<float>(crvViewportW) * 0.5f;
+        half_height = static_cast<float>(crvViewportH) * 0.5f;
+    }
+
+    // False for a point that is not in front of the eye.
+    bool Project(const D3DVECTOR& p, float& x, float& y) const {
+        const float w = p.x * m.m[0][3] + p.y * m.m[1][3] + p.z * m.m[2][3] + m.m[3][3];
+        if (!(w > 0))
+            return false;
+        x = ((p.x * m.m[0][0] + p.y * m.m[1][0] + p.z * m.m[2][0] + m.m[3][0]) / w + 1) * half_width;
+        y = (1 - (p.x * m.m[0][1] + p.y * m.m[1][1] + p.z * m.m[2][1] + m.m[3][1]) / w) * half_height;
+        return true;
+    }
+
+    // True if a box, given by its centre and half extents, shows nothing within reach of a pixel. Only a parallel
+    // projection is asked; any other gives false.
+    bool IsFarFrom(const D3DVECTOR& center, const D3DVECTOR& half, float px, float py, float reach) const {
+        float x, y;
+        if (m.m[0][3] != 0 || m.m[1][3] != 0 || m.m[2][3] != 0 || m.m[3][3] != 1 || !Project(center, x, y))
+            return false;
+        return std::fabs(px - x) > Extent(half, 0) * half_width + reach ||
+               std::fabs(py - y) > Extent(half, 1) * half_height + reach;
+    }
+
+private:
+    float Extent(const D3DVECTOR& half, int column) const {
+        return half.x * std::fabs(m.m[0][column]) + half.y * std::fabs(m.m[1][column]) +
+               half.z * std::fabs(m.m[2][column]);
+    }
+
+    D3DMATRIX m;
+    float half_width, half_height;
+};
+
+// True if a pixel lies beside the segment and within reach of its line.
+bool PassesPixel(float ax, float ay, float bx, float by, float px, float py, float reach) {
+    constexpr float SHORTEST = 0.00001f; // squared pixels
+    const float dx = bx - ax, dy = by - ay, ex = px - ax, ey = py - ay;
+    const float square = dx * dx + dy * dy;
+    if (!(square >= SHORTEST))
+        return false;
+    const float along = (ex * dx + ey * dy) / square;
+    return along >= 0 && along <= 1 && std::fabs(ex * dy - ey * dx) / std::sqrt(square) < reach;
+}
+
 } // namespace
 
 bool Brush::Visible(const PLANE* planes) const {
@@ -83,6 +135,26 @@ int Brush::TestSurfaceSelection(const D3DVECTOR& position, const D3DVECTOR& dire
         return -1;
     is_curved = hit.curved;
     return hit.surface;
+}
+
+bool Brush::TestWireSelection(POINT mouse) const {
+    constexpr float REACH = 3.0f;    // pixels
+    constexpr float ROUNDING = 1.0f; // vertices cut to whole numbers can leave the box by less than this
+    const PixelProjection projection;
+    const auto px = static_cast<float>(mouse.x), py = static_cast<float>(mouse.y);
+    const D3DVECTOR min = BoxMin(bbox), max = BoxMax(bbox), margin{ROUNDING, ROUNDING, ROUNDING};
+    if (projection.IsFarFrom((min + max) * 0.5f, (max - min) * 0.5f + margin, px, py, REACH))
+        return false;
+    for (const std::vector<Surface>* list : {&surfaces, &curved_surfaces})
+        for (const Surface& s : *list)
+            for (const EDGE& e : s.edge_indices) {
+                float ax, ay, bx, by;
+                if (e.i[0] < s.vertices.size() && e.i[1] < s.vertices.size() &&
+                    projection.Project(s.vertices[e.i[0]], ax, ay) && projection.Project(s.vertices[e.i[1]], bx, by) &&
+                    PassesPixel(ax, ay, bx, by, px, py, REACH))
+                    return true;
+            }
+    return false;
 }
 
 bool Brush::IsInVoxel(const D3DVECTOR& min, const D3DVECTOR& max) const {

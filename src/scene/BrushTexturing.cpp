@@ -2,17 +2,12 @@
 #include <algorithm>
 
 #include "render/Matrix.h"
-#include "scene/Brush.h"
+#include "scene/BrushParts.h"
 #include "scene/PlaneMapping.h"
 
 namespace {
 
 constexpr D3DVECTOR UP = {0, 1, 0};
-
-// Texel coordinates of a world point.
-UVVector TexelAt(const TEXTURE_SPACE& ts, const D3DVECTOR& p) {
-    return {DotProduct(p, ts.ts_x) + ts.ts_s.x, -DotProduct(p, ts.ts_y) + ts.ts_s.y};
-}
 
 void MapVertices(Surface& s) {
     const UVVector size = s.texture.MappingSize();

@@ -10,3 +10,18 @@ void Surface::Allocate(int n, int t, int e) {
     tri_indices.assign(static_cast<size_t>(t), {});
     edge_indices.assign(static_cast<size_t>(e), {});
 }
+
+void Surface::CopyShape(const Surface& src) {
+    vertices = src.vertices;
+    normal = src.normal;
+    uv = src.uv;
+    lightmap_uv.resize(src.vertices.size());
+    diffuse = src.diffuse;
+    extra_diffuse = src.extra_diffuse;
+    tri_indices = src.tri_indices;
+    edge_indices = src.edge_indices;
+    cp = src.cp;
+    cp_count = src.cp_count;
+    texture = src.texture;
+    texture_space = src.texture_space;
+}

@@ -95,6 +95,7 @@ struct Surface {
     bool HasCorners(const TRIANGLE& t) const {
         return t.i[0] < vertices.size() && t.i[1] < vertices.size() && t.i[2] < vertices.size();
     }
+    void CopyShape(const Surface& src); // and the mapping; the lightmap stays out
     // Arrays of n vertices, t triangles, e edges, zeroed.
     void Allocate(int n, int t, int e);
 };

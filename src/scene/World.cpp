@@ -6,6 +6,7 @@
 #include "foundation/Strings.h"
 #include "render/Textures.h"
 #include "scene/FrontEnd.h"
+#include "scene/Undo.h"
 
 namespace {
 
@@ -18,12 +19,6 @@ std::string LimitSentence(const char* what, int limit) {
 
 // For what the user does: each refusal is told.
 void RefuseWithBox(const char* what, int limit) { GetDesktop().MessageBox(LimitSentence(what, limit), "Warning"); }
-
-template <class T>
-int IndexOf(const std::vector<std::unique_ptr<T>>& list, const T* object) {
-    const auto found = std::find_if(list.begin(), list.end(), [object](const auto& p) { return p.get() == object; });
-    return found == list.end() ? -1 : static_cast<int>(found - list.begin());
-}
 
 } // namespace
 
@@ -42,9 +37,34 @@ World::~World() {
     crTDestroyAll(TL_MATERIAL | TL_LIGHTMAP);
 }
 
-int World::GetBrushIndex(const Brush* b) const { return IndexOf(brush, b); }
+// The places are learned together, but for a newcomer at the end.
+template <class T>
+int World::PlaceOf(const std::vector<std::unique_ptr<T>>& list, const T* object) const {
+    const auto stands_at = [&](int place) {
+        return static_cast<size_t>(place) < list.size() && list[static_cast<size_t>(place)].get() == object;
+    };
+    if (!object || list.empty())
+        return -1;
+    const auto known = places.find(object);
+    if (known != places.end() && stands_at(known->second))
+        return known->second;
+    const int last = static_cast<int>(list.size()) - 1;
+    if (stands_at(last))
+        return places[object] = last;
+    const auto found = std::find_if(list.begin(), list.end(), [object](const auto& p) { return p.get() == object; });
+    if (found == list.end())
+        return -1;
+    places.clear();
+    for (size_t b = 0; b < brush.size(); ++b)
+        places[brush[b].get()] = static_cast<int>(b);
+    for (size_t e = 0; e < entity.size(); ++e)
+        places[entity[e].get()] = static_cast<int>(e);
+    return static_cast<int>(found - list.begin());
+}
 
-int World::GetEntityIndex(const Entity* e) const { return IndexOf(entity, e); }
+int World::GetBrushIndex(const Brush* b) const { return PlaceOf(brush, b); }
+
+int World::GetEntityIndex(const Entity* e) const { return PlaceOf(entity, e); }
 
 Brush* World::GetBrushFromID(uint32_t id) const {
     BaseObject* object = BaseObject::GetObjectFromID(id);
@@ -81,6 +101,10 @@ Brush* World::CreateBrush(const BrushShape& shape) {
     brush_selection.AddItem(b->index);
     b->GenerateNewObjectID();
     first_selected_id = b->GetObjectID();
+    auto creation = std::make_unique<CUndoActionCreate>();
+    creation->AddObject(*b, *this);
+    AddUndoAction(std::move(creation));
+    GetFrontEnd().CountsChanged();
     GetFrontEnd().SelectionChanged();
     return b;
 }
@@ -112,6 +136,8 @@ Entity* World::NewEntityCreated(std::unique_ptr<Entity> e, uint32_t flags) {
     }
     Entity* created = AddEntity(std::move(e));
     created->GenerateNewObjectID();
+    GetFrontEnd().EntityTypesChanged();
+    GetFrontEnd().CountsChanged();
     if (flags & SELECT_ALONE) {
         entity_selection.ClearList();
         entity_selection.AddItem(GetEntityCount() - 1);
@@ -153,6 +179,23 @@ bool World::ValidateIDs() {
     return shared;
 }
 
+// What is deleted gets a fresh id too, so that no step can reach an object that has taken over its old one.
+void World::RenameIDsOfUndo(const UHashTable<1023, uint32_t>& new_ids) {
+    constexpr uint32_t NO_OBJECT = 0x80000000; // as are all from here on
+    std::unordered_map<uint32_t, uint32_t> fresh;
+    const IdRenaming renamed = [&](uint32_t old) {
+        uint32_t id = old;
+        if (old >= NO_OBJECT || new_ids.Get(old, id))
+            return id;
+        uint32_t& given = fresh[old];
+        if (given == 0)
+            given = BaseObject::FindFreeObjectID();
+        return given;
+    };
+    undo_buffer.RenameIDs(renamed);
+    redo_buffer.RenameIDs(renamed);
+}
+
 void World::ReindexObjectIDs() {
     std::vector<BaseObject*> objects;
     for (const auto& e : entity)
@@ -177,6 +220,8 @@ void World::ReindexObjectIDs() {
             if (new_ids.Get(object->GetLinkedObjectID(i), id))
                 object->SetLinkedObjectID(i, id);
         }
+    new_ids.Get(first_selected_id, first_selected_id);
+    RenameIDsOfUndo(new_ids);
     GetDesktop().MessageBox("Reindexing done succesfully. Some external references (e.g. movies) may not function "
                             "properly after reindexing.",
                             "Marrowstead 2000");

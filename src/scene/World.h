@@ -16,7 +16,10 @@
 #include "scene/DecalTemplate.h"
 #include "scene/Entity.h"
 #include "scene/MaterialSource.h"
+#include "scene/Picking.h"
 #include "scene/Selection.h"
+#include "scene/UndoBuffer.h"
+#include "scene/VertexNet.h"
 
 inline constexpr int MAX_BRUSHES = 32768;
 inline constexpr int MAX_ENTITIES = 16384;
@@ -38,11 +41,17 @@ struct MaterialRow {
     bool transparent = false, doublesided = false, volumetric_fog = false;
 };
 
+inline constexpr int MIN_GROUP = 2; // objects
+
 struct ObjectGroupLists {
     Selection brushes, entities; // indices
+    int MemberCount() const { return brushes.GetItemCount() + entities.GetItemCount(); }
 };
 
+class ActorDefGroups;
 class CompileProgress;
+class CScriptSyntax;
+struct DrawContext;
 
 class World {
 public:
@@ -74,6 +83,9 @@ public:
     COLOR decal_color;
     Selection decal_selection;
     uint32_t darkmap = 0xFFFFFFFF; // handle of a black 4 by 4 texture
+    CUndoBuffer undo_buffer, redo_buffer;
+    std::vector<SO_VERTEX> so_vertex; // of vertex mode, or of the selection shown in wire
+    std::vector<SO_EDGE> so_edge;
 
     int GetBrushCount() const { return static_cast<int>(brush.size()); }
     int GetEntityCount() const { return static_cast<int>(entity.size()); }
@@ -95,10 +107,11 @@ public:
     Entity* NewEntityCreated(std::unique_ptr<Entity> e, uint32_t flags); // new id; bit 0: it alone is selected
     bool AddGroup(Selection brushes, Selection entities);
 
-    // Deletion
-    void DeleteBrush(int i); // links to it go; selections and groups are the caller's
+    // Deletion. Links to what goes, its place in selections and groups, and groups left with one member go too.
+    void DeleteBrush(int i);
     void DeleteEntity(int i);
     void DeleteEntityByID(uint32_t id);
+    void DeleteObjects(const std::unordered_set<uint32_t>& ids);
     void DeleteSelection(); // a selected surface loses its material instead
 
     // Selection
@@ -107,17 +120,58 @@ public:
     bool InvertSelection();
     void SetBrushSelection(int i, bool state);
     bool IsEntitySelected(uint32_t id) const;
+    bool IsObjectSelected(uint32_t id) const; // a brush or an entity
+    void RefreshFirstSelected();              // first_selected_id passes on when its object is not selected any more
     bool IsSomethingSelected() const { return brush_selection.GetItemCount() + entity_selection.GetItemCount() > 0; }
-    void ComputeSelectionBox(Box& box) const;
+    void ComputeSelectionBox(Box& box) const; // left as it is when nothing is selected
     void HideSelected();
     void HideUnselected();
     void UnhideAll();
-    void ChangeRenderMode(); // 1, 2, 0, 1 ...
+    void BoxHide(const Box& box); // all outside the box is hidden, entities by their clip-box flag; nothing is selected
+    void ChangeRenderMode();      // 1, 2, 0, 1 ...
+
+    // Picking (scene/WorldPicking.cpp, scene/WorldEntityPicking.cpp). Each makes its undo steps. True if a brush, or an
+    // entity, is selected afterwards.
+    bool PointSelection(const PickRequest& request);
+    bool DragBoxSelection(const Box& box, const PickRequest& request);
+    bool EntityPointSelection(const PickRequest& request);
+    // Without all_entities only those that are shown, and only of the type of the first selected one.
+    bool EntityDragBoxSelection(const Box& box, const PickRequest& request, bool all_entities);
+
+    // Undo
+    void AddUndoAction(std::unique_ptr<CUndoAction> action); // an empty one is dropped; a step empties the redo list
+    void AddSelectionToUndo(CUndoAction& action);
+
+    // Transforms of the selection (scene/WorldTransform.cpp)
+    void MoveBrush(const D3DVECTOR& move);
+    void ScaleBrush(const Box& new_box, const Box& old_box);
+    // About the front end's selection pivot; radians. A single entity also turns its orientation or changes its range.
+    void RotateBrush(float angle, int view);
+    void ShearBrush(const Box& new_box, const Box& old_box, int view, int active_shear_point);
+    void FlipHorizontally(int view); // about the front end's selection pivot, as the next
+    void FlipVertically(int view);
+    void FlipNormals();
+    void AlignVertices();
+
+    // Vertex mode (scene/WorldVertices.cpp)
+    void InitSOVertices(); // frees an old net first
+    void DestroySOVertices();
+    void SOVertexMove(const D3DVECTOR& move); // the marked vertices and edges
+
+    // Many from few, one from many (scene/WorldClone.cpp)
+    void Clone(bool ignore_groups); // the copies stand on the originals and are selected
+    void Collapse();                // the selected brushes into one
+
+    // Links inside the selection (scene/WorldLinks.cpp)
+    void Link(bool link_first, bool link_method_2);
+    void Unlink();
+    void Changelink();
 
     // Groups
     void CreateGroup();                                       // of the selection, from two objects on
     void DestroyGroup();                                      // those named in group_selection
     int CheckGroups(int brush_index, int entity_index) const; // the newest group that holds it, -1 if none
+    std::vector<int> NewestGroups(bool brushes) const;        // the same for all brushes, or all entities
     void CorrectGroup(int group_id);
     void OptimizeGroups(); // at most the three newest groups an object; empty groups go
 
@@ -130,6 +184,11 @@ public:
     void MoveEntity(const D3DVECTOR& v);
     void ConvertSelectedEntities(const Entity& new_kind);
     void ChangeEntityParameter(const EntityParameter& value, const char* entity_type, bool update_views);
+    void ChangeEntityVariableName(std::string_view variable_name); // of the selected entities
+    const std::string* GetEntityVariableName() const;              // of the first selected entity, null if none
+    // Scripts and models (defined in definitions/)
+    void ConvertOldScripts(const CScriptSyntax& commands, const CScriptSyntax& conditions);
+    void RandomizeBotModels(ActorDefGroups& actor_def_groups);
 
     // Materials. Rows start at 1.
     int AddMaterial(std::string_view mc, std::string_view mn, std::string_view tc,
@@ -157,6 +216,13 @@ public:
     void ReplaceTextureOnSurface(std::string_view mc, std::string_view mn, std::string_view tc, std::string_view tn,
                                  bool only_selected);
     void FitTextureOnSurface(float u, float v);
+    // By a ray from the camera through a pixel of the perspective view, whose matrices are set
+    // (scene/WorldSurfaceRay.cpp)
+    void SurfaceSelection(POINT point, const D3DVECTOR& camera_position);
+    void PickTexture(POINT point, const D3DVECTOR& camera_position);
+    void CopySurfaceTexture(POINT point, const D3DVECTOR& camera_position);
+    // The nearest hit of any surface along a ray, false if there is none.
+    bool NearestHit(const D3DVECTOR& position, const D3DVECTOR& direction, D3DVECTOR& hit) const;
 
     // Decals
     DecalTemplate* AddNewDecal(std::unique_ptr<DecalTemplate> decal);
@@ -173,13 +239,32 @@ public:
     // Leaves every brush at the coarsest curve detail. False after a stop.
     bool CalculatePhysicsData(bool save_finalmap, int threads, CompileProgress& progress);
 
+    // Drawing (defined in drawing/)
+    void RenderBrushes(const DrawContext& context);
+    void RenderEntities(const DrawContext& context);
+    void RenderCameraPosition(const DrawContext& context);
+    void RenderCurveEdges(const DrawContext& context);
+    void RenderConnectionLines(const DrawContext& context);
+
 private:
     void UnlinkFromAll(const std::unordered_set<uint32_t>& ids);
-    void DeleteSelectedBrushes();
-    void DeleteSelectedEntities();
-    // Takes the marked objects out of the groups and moves the indices behind them down.
-    void RemoveFromGroups(const std::vector<bool>& gone, bool brushes);
+    static void UnlinkObjects(const std::vector<BaseObject*>& objects, const std::unordered_set<uint32_t>& ids);
+    // Marks by table index; an empty list marks none.
+    void EraseObjects(const std::vector<bool>& gone_brushes, const std::vector<bool>& gone_entities);
+    void RenumberBrushes(const std::vector<bool>& gone);
     void DestroySmallGroups();
+    void RenameIDsOfUndo(const UHashTable<1023, uint32_t>& new_ids);
+    void SelectPathOwners(const std::vector<uint32_t>& ids);
+    void DeselectForPick(bool additive);
+    void EndPick(const Selection& brushes_before, const Selection& entities_before);
+    bool EndEntityPick(const Selection& brushes_before, const Selection& entities_before);
+    void PickBrush(int i, int group_index, bool select);
+    void PickEntity(int i, int group_index, bool select);
+    void PickGroup(int group_index, bool select);
+    BaseObject* FirstSelected() const;                // as linking takes it, null if there is none
+    std::vector<BaseObject*> SelectedObjects() const; // brushes first
+    template <class T>
+    int PlaceOf(const std::vector<std::unique_ptr<T>>& list, const T* object) const;
     int FindMaterialRow(std::string_view mc, std::string_view mn); // -1 if absent
     void LoadTexture(MaterialRow& row);
     Surface* SelectedSurface(); // null if none
@@ -190,6 +275,7 @@ private:
     }
 
     const MaterialSource* material_source;
-    std::unordered_map<std::string, int> material_rows; // by lower-case class\name
-    size_t indexed_rows = 0;                            // how many rows stand in it
+    mutable std::unordered_map<const void*, int> places; // table index by object, checked at each use
+    std::unordered_map<std::string, int> material_rows;  // by lower-case class\name
+    size_t indexed_rows = 0;                             // how many rows stand in it
 };

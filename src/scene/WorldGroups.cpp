@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr int MIN_GROUP = 2;               // objects
 constexpr uint8_t GROUPS_OF_AN_OBJECT = 3; // the newest ones that it stays in
 
 // Keeps the items for which keep is true, in order.
@@ -25,8 +24,6 @@ void Filter(Selection& selection, Fn&& keep) {
 void RemoveBeyond(Selection& selection, int count) {
     Filter(selection, [count](int item) { return item >= 0 && item < count; });
 }
-
-int MemberCount(const ObjectGroupLists& g) { return g.brushes.GetItemCount() + g.entities.GetItemCount(); }
 
 std::string GroupLimit() { return Format("The level cannot hold more than %d groups", MAX_GROUPS); }
 
@@ -62,12 +59,26 @@ void World::DestroyGroup() {
     group_selection.ClearList();
 }
 
+// The selected groups that stay remain selected.
 void World::DestroySmallGroups() {
-    group_selection.ClearList();
-    for (int g = 0; g < GetGroupCount(); ++g)
-        if (MemberCount(group[static_cast<size_t>(g)]) < MIN_GROUP)
-            group_selection.AddItemMulti(g);
-    DestroyGroup();
+    std::vector<int> new_place(group.size(), -1);
+    size_t kept = 0;
+    for (size_t g = 0; g < group.size(); ++g) {
+        if (group[g].MemberCount() < MIN_GROUP)
+            continue;
+        new_place[g] = static_cast<int>(kept);
+        if (kept != g)
+            group[kept] = std::move(group[g]);
+        ++kept;
+    }
+    if (kept == group.size())
+        return;
+    group.resize(kept);
+    Selection selected;
+    for (const int g : group_selection)
+        if (g >= 0 && static_cast<size_t>(g) < new_place.size() && new_place[static_cast<size_t>(g)] != -1)
+            selected.AddItem(new_place[static_cast<size_t>(g)]);
+    group_selection = std::move(selected);
 }
 
 int World::CheckGroups(int brush_index, int entity_index) const {
@@ -80,6 +91,17 @@ int World::CheckGroups(int brush_index, int entity_index) const {
         }
     }
     return -1;
+}
+
+std::vector<int> World::NewestGroups(bool brushes) const {
+    std::vector<int> newest(brushes ? brush.size() : entity.size(), -1);
+    for (int g = 0; g < GetGroupCount(); ++g) {
+        const ObjectGroupLists& lists = group[static_cast<size_t>(g)];
+        for (const int i : brushes ? lists.brushes : lists.entities)
+            if (i >= 0 && static_cast<size_t>(i) < newest.size())
+                newest[static_cast<size_t>(i)] = g;
+    }
+    return newest;
 }
 
 void World::CorrectGroup(int group_id) {
@@ -102,21 +124,5 @@ void World::OptimizeGroups() {
         Filter(group[static_cast<size_t>(g)].brushes, take(groups_of_brush));
         Filter(group[static_cast<size_t>(g)].entities, take(groups_of_entity));
     }
-    std::erase_if(group, [](const ObjectGroupLists& g) { return MemberCount(g) == 0; });
-}
-
-void World::RemoveFromGroups(const std::vector<bool>& gone, bool brushes) {
-    std::vector<int> gone_before(gone.size() + 1);
-    for (size_t i = 0; i < gone.size(); ++i)
-        gone_before[i + 1] = gone_before[i] + gone[i];
-    for (ObjectGroupLists& lists : group) {
-        Selection& selection = brushes ? lists.brushes : lists.entities;
-        Selection kept;
-        for (const int item : selection) {
-            const size_t place = item < 0 ? 0 : std::min(static_cast<size_t>(item), gone.size());
-            if (place == gone.size() || !gone[place])
-                kept.AddItemMulti(item - gone_before[place]);
-        }
-        selection = std::move(kept);
-    }
+    std::erase_if(group, [](const ObjectGroupLists& g) { return g.MemberCount() == 0; });
 }

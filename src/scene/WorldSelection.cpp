@@ -46,6 +46,7 @@ bool World::InvertSelection() {
             entities.AddItemMulti(e);
     brush_selection = std::move(brushes);
     entity_selection = std::move(entities);
+    RefreshFirstSelected();
     GetFrontEnd().SelectionChanged();
     return brush_selection.GetItemCount() > 0;
 }
@@ -61,11 +62,29 @@ void World::SetBrushSelection(int i, bool state) {
 }
 
 bool World::IsEntitySelected(uint32_t id) const {
-    return std::any_of(entity_selection.begin(), entity_selection.end(),
-                       [&](int e) { return entity[static_cast<size_t>(e)]->GetObjectID() == id; });
+    const int e = id == NO_OBJECT_ID ? -1 : GetEntityIndex(GetEntityFromID(id));
+    return e != -1 && entity_selection.TestItem(e) != -1;
+}
+
+bool World::IsObjectSelected(uint32_t id) const {
+    const Brush* b = id == NO_OBJECT_ID ? nullptr : GetBrushFromID(id);
+    return b ? b->is_selected && brush_selection.TestItem(GetBrushIndex(b)) != -1 : IsEntitySelected(id);
+}
+
+void World::RefreshFirstSelected() {
+    if (IsObjectSelected(first_selected_id))
+        return;
+    const BaseObject* first = nullptr;
+    if (brush_selection.GetItemCount() > 0)
+        first = brush[static_cast<size_t>(brush_selection.GetItem(0))].get();
+    else if (entity_selection.GetItemCount() > 0)
+        first = entity[static_cast<size_t>(entity_selection.GetItem(0))].get();
+    first_selected_id = first ? first->GetObjectID() : NO_OBJECT_ID;
 }
 
 void World::ComputeSelectionBox(Box& box) const {
+    if (!IsSomethingSelected())
+        return;
     D3DVECTOR min{NO_BOX, NO_BOX, NO_BOX}, max{-NO_BOX, -NO_BOX, -NO_BOX};
     const auto include = [&](const D3DVECTOR& p) {
         min = {std::min(min.x, p.x), std::min(min.y, p.y), std::min(min.z, p.z)};
@@ -88,6 +107,7 @@ void World::HideSelected() {
         entity[static_cast<size_t>(e)]->is_hidden = true;
     brush_selection.ClearList();
     entity_selection.ClearList();
+    RefreshFirstSelected();
     GetFrontEnd().SelectionChanged();
 }
 
@@ -105,6 +125,17 @@ void World::UnhideAll() {
         b->is_hidden = false;
     for (const auto& e : entity)
         e->is_hidden = false;
+}
+
+void World::BoxHide(const Box& box) {
+    brush_selection.ClearList();
+    for (const auto& b : brush)
+        b->is_hidden = !BoxesOverlap(b->bbox, box);
+    entity_selection.ClearList();
+    for (const auto& e : entity)
+        e->is_hidden_by_clipbox = !s_math.PointInBox(BoxMin(box), BoxMax(box), e->position);
+    RefreshFirstSelected();
+    GetFrontEnd().SelectionChanged();
 }
 
 void World::ChangeRenderMode() {
