@@ -22,11 +22,14 @@ struct EditorSettings {
     bool use_metric_units = false;
     bool multiselection_as_default = false;
     int undo_states = 20;
+    bool full_undo = false;     // an undo step also for what has none of its own
+    int recovery_interval = 30; // seconds of changed work between recovery files; 0: none
     int bg_color_3D_view = 0, bg_color_vire_view = 0;
     bool show_sel_wire = false;
     bool show_links = false;
     int rotation_angle = 90; // degrees
     std::string update_dir;
+    std::string game_command = "Vanmur.exe"; // the game's program
 
     // Of the application
     bool reload_last_project = false;

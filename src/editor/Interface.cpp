@@ -1,6 +1,7 @@
 #include "editor/Interface.h"
 
 #include <algorithm>
+#include <cmath>
 #include <unistd.h>
 
 #include "compiler/EntityUpdate.h"
@@ -11,40 +12,95 @@
 #include "foundation/Paths.h"
 #include "foundation/Strings.h"
 #include "persistence/WriteError.h"
+#include "render/Textures.h"
 
 static constexpr const char* ENTITY_DEFINITIONS = "Marrowstead\\entities.def";
 static constexpr const char* WEAPON_FOLDER = "Scripts\\Weapons";
 static constexpr const char* PROJECT_FOLDER = "Marrowstead\\Projects";
+static constexpr const char* COMMAND_SYNTAX = "Scripts\\ScriptSyntax\\commands.def";
+static constexpr const char* CONDITION_SYNTAX = "Scripts\\ScriptSyntax\\conditions.def";
+static constexpr const char* EDITOR_TEXTURES = "Marrowstead\\";
+static constexpr const char* UNTITLED = "Marrowstead 2000 - Untitled";
+static constexpr D3DVECTOR FIRST_CAMERA_POSITION{0, 0, -500};
 static constexpr const char* AUTOSAVE_NAME = "__autosave__.msp";
 static constexpr size_t DEFINITION_ENDING = 4; // ".def"
 
-CInterface::CInterface() : settings(ReadSettings()), stored_settings(settings) {}
+CInterface::CInterface() : settings(ReadSettings()), stored_settings(settings) {
+    views.perspective.camera_position = FIRST_CAMERA_POSITION;
+    SetFrontEnd(this);
+}
 
 CInterface::~CInterface() {
-    if (!settings_overridden)
+    EndDragRecord();
+    world.reset();
+    SetFrontEnd(nullptr);
+    crTDestroy(brush_texture);
+    crTDestroy(border_texture);
+    if (store_settings)
         WriteSettings(settings, stored_settings);
 }
 
 bool CInterface::OverrideSetting(std::string_view assignment, std::string& error) {
-    settings_overridden = true;
+    store_settings = false;
     return ApplySetting(settings, assignment, error);
 }
 
 void CInterface::Init() {
+    brush_texture = crTGet(EDITOR_TEXTURES, "brush", 0);
+    border_texture = crTGet(EDITOR_TEXTURES, "border", 0);
+    LoadDefinitions();
+    multi_selection = settings.multiselection_as_default;
+    is_initialized = true;
+}
+
+void CInterface::LoadDefinitions() {
     entity_parser = std::make_unique<EntityParser>(ENTITY_DEFINITIONS);
+    command_syntax = std::make_unique<CScriptSyntax>(COMMAND_SYNTAX);
+    condition_syntax = std::make_unique<CScriptSyntax>(CONDITION_SYNTAX);
     actor_def_groups.ParseActorDefGroups();
     FileFindObject weapons(WEAPON_FOLDER, "*.def", FFO_FileFind, true);
     while (const FFOInfo* found = weapons.FindNext())
         weapon_defs.AddString(found->name.substr(0, found->name.size() - DEFINITION_ENDING));
     materials.ParseTextures();
-    is_initialized = true;
 }
 
 void CInterface::InitEditor() {
+    EndDragRecord();
     world.reset(); // frees its textures before the next one takes them
     world = std::make_unique<World>(&materials);
-    views = {};
+    selected_cross_vertex = -1;
+    for (int view = 0; view < VIEW_COUNT; ++view) {
+        VIEWINFO& vi = View(view);
+        const RECT client_rect = vi.client_rect, window_rect = vi.window_rect;
+        vi = {};
+        vi.client_rect = client_rect, vi.window_rect = window_rect;
+    }
+    views.perspective.camera_position = FIRST_CAMERA_POSITION;
+    full_view = false;
+    CenterWorld(true);
     project_file_has_name = false;
+    project_file_need_save = false;
+    saved_changes = changes;
+    title = UNTITLED;
+    SetInfoText();
+    SetCountText();
+    Tell(&EditorListener::TitleChanged);
+    Tell(&EditorListener::WorldReplaced);
+}
+
+static bool IsZoom(int32_t n) { return n >= 1 && n <= MOST_ZOOM && (n & (n - 1)) == 0; }
+
+static bool IsFinite(const D3DVECTOR& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); }
+
+// A view as a file stored it: its window is that of now, and what no view can have becomes the start values.
+static void RepairView(VIEWINFO& stored, const VIEWINFO& live) {
+    stored.client_rect = live.client_rect;
+    stored.window_rect = live.window_rect;
+    stored.ScrollTo(stored.view_position[0], stored.view_position[1]);
+    if (!IsZoom(stored.zoom_in) || !IsZoom(stored.zoom_out) || (stored.zoom_in != 1 && stored.zoom_out != 1))
+        stored.zoom_in = stored.zoom_out = 1;
+    if (!IsFinite(stored.camera_position) || !IsFinite(stored.camera_rotation))
+        stored.camera_position = FIRST_CAMERA_POSITION, stored.camera_rotation = {};
 }
 
 bool CInterface::LoadProject(const char* filepath, std::string_view filename, std::string& error) {
@@ -53,13 +109,19 @@ bool CInterface::LoadProject(const char* filepath, std::string_view filename, st
     ForgetNotices();
     const std::string full_name =
         filepath ? std::string(filepath) + "\\" + std::string(filename) : std::string(filename);
+    const ProjectViews live = views;
     if (!::LoadProject(full_name, *world, views, materials, *entity_parser, error)) {
         InitEditor();
         return false;
     }
+    for (int view = 0; view < VIEW_COUNT; ++view)
+        RepairView(View(view), live.View(view));
     project_file_has_name = filepath != nullptr;
     project_file_path = filepath ? filepath : PROJECT_FOLDER;
     project_file_name = filename;
+    title = "Marrowstead 2000 - " + project_file_name;
+    Tell(&EditorListener::TitleChanged);
+    saved_changes = changes;
     return true;
 }
 
@@ -72,7 +134,9 @@ bool CInterface::SaveProject(std::string_view filepath, std::string_view filenam
         project_file_path = filepath;
         project_file_name = filename;
     }
-    project_file_need_save = false;
+    MarkFileAsDirty(false);
+    if (saved && full_name == project_file_path + "\\" + project_file_name)
+        saved_changes = changes;
     if (!saved)
         ShowWriteError(error);
     return saved;

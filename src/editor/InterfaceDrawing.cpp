@@ -1,0 +1,91 @@
+// The drawing of one view, and who is told that one wants to be drawn.
+#include <algorithm>
+
+#include "drawing/ViewDrawing.h"
+#include "editor/Interface.h"
+#include "render/Frame.h"
+#include "render/StateCache.h"
+
+namespace {
+
+constexpr const char* CAPTIONS[VIEW_COUNT] = {"Top (X/Z)", "Front (X/Y)", "Left (Z/Y)", "Perspective"};
+constexpr uint32_t OUTLINE_COLOR = 0xFF0000;
+constexpr uint32_t SELECTION_BOX_COLOR = 0xFFFF0000, DRAG_BOX_COLOR = 0xFF00FF00, CORDON_BOX_COLOR = 0xFFFFFF00,
+                   CLIP_BOX_COLOR = 0xFF00FFFF;
+constexpr uint32_t FRAME_COLOR = 0xFFFFFF, ORBIT_FRAME_COLOR = 0x00FF00;
+constexpr int LEAST_SIDE = 2; // pixels of a view that is drawn
+
+} // namespace
+
+void CInterface::RedrawView(int view) { Tell(&EditorListener::ViewChanged, view); }
+
+void CInterface::RedrawAllViews() {
+    for (int view = 0; view < VIEW_COUNT; ++view)
+        RedrawView(view);
+}
+
+void CInterface::RedrawOrthoViews() {
+    for (const int view : {VIEW_TOP, VIEW_FRONT, VIEW_LEFT})
+        RedrawView(view);
+}
+
+void CInterface::ChangeRenderMode() {
+    world->ChangeRenderMode();
+    RedrawView(VIEW_PERSPECTIVE);
+}
+
+DrawContext CInterface::MakeDrawContext(int view) const {
+    DrawContext context;
+    context.view = view;
+    context.scale = views.View(view).Scale();
+    context.camera_position = views.perspective.camera_position;
+    context.filters = filters;
+    context.show_links = settings.show_links;
+    context.mask_enabled = mask_enabled;
+    context.show_texture_border = show_texture_border;
+    context.brush_texture = brush_texture;
+    context.border_texture = border_texture;
+    context.vertex_mode = editor_state == ES_VERTEX || editor_state == ES_VERTEX_MOVE;
+    context.selected_cross_vertex = selected_cross_vertex;
+    context.selected_cross_edge = selected_cross_edge;
+    return context;
+}
+
+void CInterface::DrawView(int view) {
+    const VIEWINFO& vi = View(view);
+    const RECT& rect = vi.window_rect;
+    if (compilation_active || !world || !criGetFrontBuffer() || rect.Width() < LEAST_SIDE || rect.Height() < LEAST_SIDE)
+        return;
+    const bool perspective = view == VIEW_PERSPECTIVE;
+    crBgColor(static_cast<uint32_t>(perspective ? settings.bg_color_3D_view : settings.bg_color_vire_view) & 0xFFFFFF);
+    crSetViewport(rect.left, rect.top, rect.Width(), rect.Height());
+    if (crBeginFrame() != 0)
+        return;
+    if (!perspective) {
+        const int step = vi.zoom_in == 1 ? grid_size / vi.zoom_out : vi.zoom_in * grid_size;
+        DrawGrid(rect, vi.view_position, std::max(step, 1), view_grid_color);
+    }
+    SetMatrices(view);
+    const DrawContext context = MakeDrawContext(view);
+    world->RenderEntities(context);
+    world->RenderConnectionLines(context);
+    world->RenderBrushes(context);
+    world->RenderCameraPosition(context);
+    if (editor_state == ES_EXTRUDABLE)
+        RenderOutline(ex_point, OUTLINE_COLOR);
+    RenderSOVertices(*world, context);
+    if (selection_box_active && !context.vertex_mode)
+        RenderDragBox(context, SELECTION_BOX_COLOR, selection_box);
+    if (drag_box_active && view == active_view)
+        RenderDragBox(context, DRAG_BOX_COLOR, drag_box);
+    if (cordon_active)
+        RenderDragBox(context, CORDON_BOX_COLOR, views.cordon_box);
+    if (clip_active)
+        RenderDragBox(context, CLIP_BOX_COLOR, views.clip_box);
+    crvD3DDevice->EndScene();
+    DrawCaption(rect, CAPTIONS[view]);
+    if (view == active_view)
+        DrawViewFrame(rect, special_camera_rotation ? ORBIT_FRAME_COLOR : FRAME_COLOR);
+    crvD3DDevice->Present({static_cast<uint32_t>(std::max(rect.left, 0)), static_cast<uint32_t>(std::max(rect.top, 0)),
+                           static_cast<uint32_t>(rect.Width()), static_cast<uint32_t>(rect.Height())});
+}

@@ -1,0 +1,297 @@
+// What the buttons and the moves of the mouse mean, by the state of the editor.
+#include "editor/Interface.h"
+
+namespace {
+
+bool Held(uint32_t flags, MouseFlag flag) { return (flags & flag) != 0; }
+
+bool IsAltDown() { return GetDesktop().IsKeyDown(HeldKey::Alt); }
+
+} // namespace
+
+// Left button ---------------------------------------------------------------------------------------------------------
+
+void CInterface::TakeButtonPress(POINT point) {
+    SetPositionText(point);
+    starting_mouse_point = world_position;
+}
+
+// A drag of objects that is under way keeps the sides it has grabbed.
+bool CInterface::CanEditBounds() const {
+    return edit_cordon_bounds && active_view != VIEW_PERSPECTIVE && editor_state != ES_EDIT;
+}
+
+void CInterface::MouseLeftButtonDown(uint32_t flags, POINT point) {
+    left_button_pressed = true;
+    TakeButtonPress(point);
+    LeftButtonDown(flags, point);
+    SyncVertexNet();
+}
+
+void CInterface::LeftButtonDown(uint32_t flags, POINT point) {
+    const bool shift = Held(flags, MOUSE_SHIFT), control = Held(flags, MOUSE_CONTROL);
+    const bool perspective = active_view == VIEW_PERSPECTIVE;
+    if (editing_cordon_box)
+        return;
+    if (CanEditBounds() && clip_active) {
+        editing_clip_box = true;
+        StartEditCordon(point);
+    } else if (perspective && editor_state == ES_PICK_TEXTURE) {
+        SetMatrices(VIEW_PERSPECTIVE);
+        world->PickTexture(point, views.perspective.camera_position);
+        editor_state = old_editor_state;
+    } else if (!perspective && IsAltDown() && !GetDesktop().IsShiftDown()) {
+        MoveCameraToMouse(point);
+    } else if (shift && perspective) {
+        make_multi_selection = control || multi_selection;
+        if (editor_state == ES_VERTEX)
+            SelectSOVertex(point);
+        else
+            Select(point, true);
+    } else if (movie_editing && control && !shift) {
+        PlacePathPoint(NewEntityFromTemplate("object_point"), true);
+    } else if (!control && perspective && editor_state == ES_VERTEX) {
+        if (selected_cross_vertex == -1)
+            return;
+        last_world_position = GetCrossPlaneIntersection(point);
+        StartVertexMove();
+    } else if (control && perspective) {
+        SelectSurface(point);
+    } else
+        LeftButtonDownByState(shift, control, point);
+}
+
+void CInterface::LeftButtonDownByState(bool shift, bool control, POINT point) {
+    const bool can_drag_select = editor_state == ES_IDLE || editor_state == ES_SELECTED || editor_state == ES_VERTEX;
+    if (shift && can_drag_select) {
+        make_multi_selection = control || multi_selection;
+        StartMultiSelection();
+        return;
+    }
+    switch (editor_state) {
+    case ES_IDLE:
+        if (active_brush_template == BT_EXTRUDABLE)
+            StartExtrudableCreation();
+        else
+            StartBrushCreation();
+        break;
+    case ES_SELECTED:
+        original_world_position = world_position;
+        StartEdit(point);
+        break;
+    case ES_EXTRUDABLE:
+        NextExtrudableSegment();
+        break;
+    case ES_ROTATE_ARMED:
+        tmp_rotate = 0;
+        editor_state = ES_ROTATE;
+        selection_box_active = false;
+        break;
+    case ES_VERTEX:
+        if (active_view != VIEW_PERSPECTIVE) {
+            original_world_position = last_world_position = world_position;
+            StartVertexMove();
+        }
+        break;
+    default:
+        break;
+    }
+}
+
+void CInterface::StartVertexMove() {
+    editor_state = ES_VERTEX_MOVE;
+    tmp_move = {};
+}
+
+// Takes the two coordinates of the perspective camera that the view covers from the mouse.
+void CInterface::MoveCameraToMouse(POINT point) {
+    last_position = point;
+    const D3DVECTOR mouse = GetWorldMousePosition();
+    D3DVECTOR& camera = views.perspective.camera_position;
+    const D3DVECTOR before = camera;
+    camera = mouse;
+    Component(camera, MissingAxis(active_view)) = Component(before, MissingAxis(active_view));
+    RedrawAllViews();
+}
+
+void CInterface::MouseLeftButtonUp(uint32_t flags, POINT point) {
+    left_button_pressed = false;
+    LeftButtonUp(flags, point);
+    SyncVertexNet();
+}
+
+void CInterface::LeftButtonUp(uint32_t flags, POINT point) {
+    if (editing_clip_box) {
+        editing_clip_box = false;
+        const ChangeRecord record(*world, "Hide objects.", ChangeScope::AllObjects);
+        world->BoxHide(views.clip_box);
+        UpdateSelectionBox();
+        RedrawAllViews();
+        return;
+    }
+    switch (editor_state) {
+    case ES_CREATE_BRUSH:
+        CreateBrush();
+        if (settings.show_sel_wire)
+            RebuildSelectionNet();
+        RedrawAllViews();
+        break;
+    case ES_EDIT:
+        if (edit_state == 0 && !drag_record)
+            world->AddUndoAction(std::make_unique<CUndoActionMove>(tmp_move, false));
+        tmp_move = {};
+        EndDragRecord();
+        editor_state = ES_SELECTED;
+        RedrawAllViews();
+        break;
+    case ES_ROTATE:
+        editor_state = ES_ROTATE_ARMED;
+        world->AddUndoAction(std::make_unique<CUndoActionRotate>(tmp_rotate, active_view));
+        tmp_rotate = 0;
+        selection_box_active = true;
+        RedrawAllViews();
+        break;
+    case ES_DRAG_SELECT:
+        MultiSelect(point, true, IsAltDown());
+        break;
+    case ES_VERTEX:
+        if (drag_box_active && Held(flags, MOUSE_SHIFT))
+            SOVertexMultiSelect(point);
+        else
+            DropDragBox();
+        break;
+    case ES_VERTEX_MOVE:
+        editor_state = ES_VERTEX;
+        world->AddUndoAction(std::make_unique<CUndoActionMove>(tmp_move, true));
+        tmp_move = {};
+        break;
+    default:
+        break;
+    }
+}
+
+void CInterface::DropDragBox() {
+    if (!drag_box_active)
+        return;
+    drag_box_active = false;
+    RedrawView(active_view);
+}
+
+void CInterface::FinishDrag() {
+    if (editor_state == ES_EDIT || editor_state == ES_ROTATE || editor_state == ES_VERTEX_MOVE)
+        LeftButtonUp(0, last_position);
+}
+
+// Right button --------------------------------------------------------------------------------------------------------
+
+void CInterface::MouseRightButtonDown(uint32_t flags, POINT point) {
+    right_button_pressed = true;
+    TakeButtonPress(point);
+    RightButtonDown(flags, point);
+    SyncVertexNet();
+}
+
+void CInterface::RightButtonDown(uint32_t flags, POINT point) {
+    const bool shift = Held(flags, MOUSE_SHIFT), control = Held(flags, MOUSE_CONTROL);
+    const bool perspective = active_view == VIEW_PERSPECTIVE;
+    if (editing_clip_box)
+        return;
+    if (movie_editing && control && !shift) {
+        MarkDirty();
+        AddCreationToUndo(PlacePathPoint(NewEntityFromTemplate("target_point"), true));
+    } else if (editor_state == ES_EXTRUDABLE) {
+        left_button_pressed = false;
+        mouse_release = true;
+        shearing = false; // else only that would be cancelled
+        editor_state = ES_SELECTED;
+        Cancel();
+        RedrawAllViews();
+    } else if (CanEditBounds() && cordon_active) {
+        editing_cordon_box = true;
+        StartEditCordon(point);
+    } else if (shift) {
+        make_multi_selection = control || multi_selection;
+        if (!perspective) {
+            StartMultiSelection();
+            return;
+        }
+        EndDragRecord();
+        SetMatrices(VIEW_PERSPECTIVE);
+        world->EntityPointSelection(MakePickRequest(point));
+        UpdateSelectionBox();
+        RedrawAllViews();
+    } else if (movie_editing || !control) {
+        if (editor_state != ES_IDLE)
+            Cancel();
+    } else
+        PlaceEntity();
+}
+
+void CInterface::MouseRightButtonUp(uint32_t, POINT point) {
+    right_button_pressed = false;
+    if (editing_cordon_box) {
+        editing_cordon_box = false;
+        RedrawOrthoViews();
+    } else if (editor_state == ES_DRAG_SELECT)
+        MultiSelect(point, false, IsAltDown());
+    else if (editor_state == ES_VERTEX)
+        DropDragBox(); // entities have no vertices
+    SyncVertexNet();
+}
+
+// Moves ---------------------------------------------------------------------------------------------------------------
+
+void CInterface::MouseMove(uint32_t, POINT point) {
+    SetPositionText(point);
+    mouse_point = world_position;
+    MouseMoveByState(point);
+    last_position = point;
+    last_world_position = world_position;
+}
+
+void CInterface::MouseMoveByState(POINT point) {
+    const bool perspective = active_view == VIEW_PERSPECTIVE;
+    if (editing_cordon_box || editing_clip_box) {
+        EditCordon();
+        return;
+    }
+    if (perspective && editor_state == ES_VERTEX) {
+        TestCrossEdgeSelection(point);
+        return;
+    }
+    if (perspective && editor_state == ES_VERTEX_MOVE) {
+        MoveSOVertexInPerspective(point);
+        return;
+    }
+    switch (editor_state) {
+    case ES_PAN:
+        PanView(point, ActiveView());
+        break;
+    case ES_CREATE_BRUSH:
+        DragCreationBox();
+        break;
+    case ES_EDIT:
+        Edit();
+        if (settings.show_sel_wire)
+            RebuildSelectionNet();
+        break;
+    case ES_EXTRUDABLE:
+        DragExtrudableLine();
+        RedrawView(active_view);
+        break;
+    case ES_ROTATE:
+        Rotate(point);
+        if (settings.show_sel_wire)
+            RebuildSelectionNet();
+        break;
+    case ES_DRAG_SELECT:
+    case ES_VERTEX:
+        DragSelectionBox();
+        break;
+    case ES_VERTEX_MOVE:
+        SOVertexMove();
+        break;
+    default:
+        break;
+    }
+}
