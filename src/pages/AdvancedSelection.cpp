@@ -1,0 +1,183 @@
+#include "pages/AdvancedSelection.h"
+
+#include <algorithm>
+#include <set>
+
+#include "definitions/Numbers.h"
+#include "editor/EntityScripts.h"
+#include "editor/Interface.h"
+#include "foundation/Strings.h"
+#include "pages/BrushProperties.h"
+#include "pages/NamedObjects.h"
+#include "pages/ParameterText.h"
+
+namespace {
+
+FormField MakeField(const char* label, FormField::Kind kind, const char* value = "") {
+    FormField field;
+    field.label = label;
+    field.kind = kind;
+    field.value = value;
+    return field;
+}
+
+bool IsOn(const FormField& field) { return field.value == "1"; }
+
+} // namespace
+
+// --- Brushes
+
+std::string DlgSpecialSelection::Label(int bit) {
+    return bit == 1 ? "Player clip" : BRUSH_PROPERTY_LABELS[static_cast<size_t>(bit)];
+}
+
+void DlgSpecialSelection::OnOK(CInterface& editor) const {
+    World& world = *editor.world;
+    world.ClearSelection();
+    for (int i = 0; i < world.GetBrushCount(); ++i) {
+        const Brush& b = *world.brush[static_cast<size_t>(i)];
+        if ((mask == 0 || b.HasProperty(mask)) && (name.empty() || EqualNoCase(b.name, name)) &&
+            (!has_touch_dmg || b.touch_dmg > 0) && (!has_coll_dmg || b.coll_dmg > 0))
+            world.SetBrushSelection(i, true);
+    }
+    if (world.brush_selection.GetItemCount() == 0) {
+        editor.RedrawAllViews();
+        return;
+    }
+    world.first_selected_id = world.brush[static_cast<size_t>(world.brush_selection.GetItem(0))]->GetObjectID();
+    ShowNewSelection(editor);
+}
+
+bool AskSpecialSelection(CInterface& editor) {
+    FormQuestion question;
+    question.title = "Advanced brush selection";
+    for (int bit = 0; bit < BRUSH_PROPERTY_COUNT; ++bit)
+        question.fields.push_back(MakeField(DlgSpecialSelection::Label(bit).c_str(), FormField::Flag, "0"));
+    question.fields.push_back(MakeField("Name:", FormField::Text));
+    question.fields.push_back(MakeField("Has touch dmg.", FormField::Flag, "0"));
+    question.fields.push_back(MakeField("Has collision dmg.", FormField::Flag, "0"));
+    if (!GetDesktop().AskForm(question))
+        return false;
+    DlgSpecialSelection selection;
+    for (size_t bit = 0; bit < BRUSH_PROPERTY_COUNT; ++bit)
+        if (IsOn(question.fields[bit]))
+            selection.mask |= 1u << bit;
+    const FormField* others = &question.fields[BRUSH_PROPERTY_COUNT];
+    selection.name = others[0].value;
+    selection.has_touch_dmg = IsOn(others[1]);
+    selection.has_coll_dmg = IsOn(others[2]);
+    selection.OnOK(editor);
+    return true;
+}
+
+// --- Entities
+
+DlgSpecialEntSelection::DlgSpecialEntSelection(const CInterface& editor) : types{ALL_TYPES} {
+    std::set<std::string> words;
+    for (const auto& e : editor.world->entity)
+        words.insert(ToUpper(e->str_type));
+    types.insert(types.end(), words.begin(), words.end());
+}
+
+bool DlgSpecialEntSelection::IsNumber(std::string_view text) {
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+bool DlgSpecialEntSelection::ParamValueEquals(const EntityParameter& p, std::string_view text) {
+    switch (p.type) {
+    case EPT_BOOL:
+        return EqualNoCase(text, p.p_bool ? "True" : "False");
+    case EPT_INT:
+        return IsNumber(text) && ParseInt(text) == p.p_int;
+    case EPT_FLOAT:
+        return IsNumber(text) && ParseFloat(text) == p.p_float;
+    case EPT_VECTOR2:
+    case EPT_VECTOR3:
+        return false;
+    case EPT_COLOR: {
+        const std::string spaced = ParameterText(p, 0);
+        std::string closed = spaced;
+        std::erase(closed, ' ');
+        return text == spaced || text == closed;
+    }
+    case EPT_FILENAME:
+    case EPT_STRING:
+    case EPT_CONSTANT:
+        break;
+    }
+    return EqualNoCase(text, p.p_text);
+}
+
+bool DlgSpecialEntSelection::ScriptReferencesValue(const CScriptSyntax& syntax, std::string_view script,
+                                                   std::string_view name) {
+    std::string line, token;
+    while (!script.empty() && CScriptSyntax::GetLine(script, line)) {
+        int at = 0;
+        if (!CScriptSyntax::GetToken(line, token, at))
+            continue;
+        if (token.starts_with('!'))
+            token.erase(0, 1);
+        const int term = syntax.IndexOf(token);
+        if (term == -1)
+            continue;
+        for (const SScriptParam& parameter : syntax.Get(term).params) {
+            if (!CScriptSyntax::AddNextToken(line, token, at))
+                break;
+            if (parameter.type == SSPT_OBJECT && token != "?" && EqualNoCase(token, name))
+                return true;
+        }
+    }
+    return false;
+}
+
+void DlgSpecialEntSelection::OnOK(CInterface& editor) const {
+    World& world = *editor.world;
+    const auto has_parameter = [this](const Entity& e) {
+        return std::any_of(e.parameter.begin(), e.parameter.end(), [this](const EntityParameter& p) {
+            return (parameter_name.empty() || p.name == parameter_name) &&
+                   (value.empty() || ParamValueEquals(p, value));
+        });
+    };
+    const auto has_reference = [&](const Entity& e) {
+        return editor.command_syntax &&
+               std::any_of(e.parameter.begin(), e.parameter.end(), [&](const EntityParameter& p) {
+                   return p.IsText() && IsScriptParameter(p) &&
+                          ScriptReferencesValue(*editor.command_syntax, p.p_text, reference);
+               });
+    };
+    world.entity_selection.ClearList();
+    for (int i = 0; i < world.GetEntityCount(); ++i) {
+        const Entity& e = *world.entity[static_cast<size_t>(i)];
+        if ((type.empty() || type == ALL_TYPES || e.IsType(type)) &&
+            (name.empty() || EqualNoCase(e.variable_name, name)) &&
+            ((parameter_name.empty() && value.empty()) || has_parameter(e)) && (reference.empty() || has_reference(e)))
+            world.entity_selection.AddItem(i);
+    }
+    if (world.IsSomethingSelected()) {
+        ShowNewSelection(editor);
+        return;
+    }
+    editor.SelectionChanged();
+    editor.SetEditorState(ES_SELECTED);
+    editor.ChangeCursor();
+    editor.RedrawAllViews();
+}
+
+bool AskSpecialEntSelection(CInterface& editor) {
+    DlgSpecialEntSelection selection(editor);
+    FormQuestion question;
+    question.title = "Advanced entity selection";
+    question.fields.push_back(MakeField("Type:", FormField::Choice, DlgSpecialEntSelection::ALL_TYPES));
+    question.fields[0].choices = selection.types;
+    for (const char* label : {"Name:", "Parameter:", "Value:", "References:"})
+        question.fields.push_back(MakeField(label, FormField::Text));
+    if (!GetDesktop().AskForm(question))
+        return false;
+    selection.type = question.fields[0].value;
+    selection.name = question.fields[1].value;
+    selection.parameter_name = question.fields[2].value;
+    selection.value = question.fields[3].value;
+    selection.reference = question.fields[4].value;
+    selection.OnOK(editor);
+    return true;
+}

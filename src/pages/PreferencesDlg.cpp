@@ -1,0 +1,158 @@
+#include "pages/PreferencesDlg.h"
+
+#include <algorithm>
+
+#include "definitions/DefFile.h"
+#include "editor/Interface.h"
+#include "foundation/Strings.h"
+
+namespace {
+
+constexpr const char* GAMES_FILE = "Marrowstead\\mpgames.def";
+constexpr size_t MOST_GAMES = 64; // taken from the file
+
+std::string ValueOf(const EditorSettings& settings, const SettingField& field) {
+    if (const auto* text = std::get_if<std::string EditorSettings::*>(&field))
+        return settings.*(*text);
+    if (const auto* flag = std::get_if<bool EditorSettings::*>(&field))
+        return settings.*(*flag) ? "1" : "0";
+    return Format("%d", settings.*std::get<int EditorSettings::*>(field));
+}
+
+auto FindGame(std::vector<std::string>& games, std::string_view game) {
+    return std::find_if(games.begin(), games.end(), [game](const std::string& g) { return EqualNoCase(g, game); });
+}
+
+} // namespace
+
+const std::vector<Preference>& PreferencesDlg::Table() {
+    static const std::vector<Preference> table = {
+        {"LightingMethod", "Lighting Method", {"No Light", "Quick Illumination", "Raytracing"}},
+        {"LightmapDetail", "Lightmap Detail", {"Low", "Medium", "High"}},
+        {"VoxelSize", "Buffer Detail:", {}},
+        {"LightmapRefinement", "Clip Box Compilation", {}},
+        {"SmoothShadows", "Smooth Shadows", {}},
+        {"SubdivideWorld", "World Subdivision", {}},
+        {"SaveFinalMap", "Calculate Physics", {}},
+        {"RenderGroups", "Render Groups", {}},
+        {"BkpBeforeCompile", "Backup project before compile", {}},
+        {"UndoStates", "Undo States:", {}},
+        {"FullUndo", "Undo Every Change", {}},
+        {"RecoveryInterval", "Seconds Between Recovery Files:", {}},
+        {"UseMetricUnits", "Metric Units", {}},
+        {"MultiSelectionAsDefault", "Multiple Selection As Default", {}},
+        {"MultiEntSel", "Multiple point selection", {}},
+        {"RotationAngle", "Rotation Angle:", {}},
+        {"WiredSelection", "Show selection in wireframe", {}},
+        {"ShowLinks", "Show Links", {}},
+        {"AutoLoadProject", "Reload last project at startup", {}},
+        {"ProjectBackup", "Create backup file when saving project", {}},
+        {"BgColor_3DView", "3D view background color", {}},
+        {"BgColor_WireView", "Wired view background color", {}},
+        {"GameCommand", "Game Program:", {}},
+        {"UpdateDir", "Update Directory:", {}},
+    };
+    return table;
+}
+
+PreferencesDlg::PreferencesDlg(CInterface& controller) : editor(controller) {
+    ReadGames();
+    InitData();
+    editor.AddListener(*this);
+}
+
+PreferencesDlg::~PreferencesDlg() { editor.RemoveListener(*this); }
+
+void PreferencesDlg::ReadGames() {
+    DefFileObject file(GAMES_FILE);
+    if (!file.OpenSection("Multiplayer Games"))
+        return;
+    while (file.OpenNextCommand() && defined_games.size() < MOST_GAMES)
+        defined_games.push_back(CutText(file.GetCommandName(), NAME_FIELD - 1));
+}
+
+void PreferencesDlg::InitData() {
+    values.clear();
+    for (const Preference& row : Table())
+        for (const SettingEntry& entry : SettingTable())
+            if (EqualNoCase(entry.name, row.name))
+                values.push_back(ValueOf(editor.settings, entry.field));
+    available_games = defined_games;
+    if (!editor.world)
+        return;
+    const World& world = *editor.world;
+    for (const std::string& game : world.mp_games)
+        if (FindGame(available_games, game) == available_games.end())
+            available_games.push_back(game);
+    map_file = world.map_file;
+    map_name = world.map_name;
+    ambient_color = world.ambient_color.dw_color & 0x00FFFFFF;
+}
+
+bool PreferencesDlg::Set(std::string_view name, std::string_view value, std::string& error) {
+    if (!ApplySetting(editor.settings, std::string(name).append("=").append(value), error))
+        return false;
+    if (EqualNoCase(name, "WiredSelection")) {
+        if (editor.settings.show_sel_wire)
+            editor.RebuildSelectionNet();
+        else
+            editor.world->DestroySOVertices();
+    }
+    editor.Tell(&EditorListener::SettingsChanged);
+    editor.SetInfoText();
+    editor.RedrawAllViews();
+    return true;
+}
+
+void PreferencesDlg::OnUndoPurge() {
+    editor.world->undo_buffer.Empty();
+    editor.world->redo_buffer.Empty();
+    editor.UndoListsChanged();
+}
+
+bool PreferencesDlg::OnChangeUndoStates(int states) {
+    std::string error;
+    return Set("UndoStates", Format("%d", states), error);
+}
+
+void PreferencesDlg::SetMapFile(std::string_view name) {
+    editor.world->map_file = map_file = CutText(name, PATH_FIELD - 1);
+    editor.MarkDirty();
+}
+
+void PreferencesDlg::SetMapName(std::string_view name) {
+    editor.world->map_name = map_name = CutText(name, PATH_FIELD - 1);
+    editor.MarkDirty();
+}
+
+bool PreferencesDlg::IsGameChosen(std::string_view game) const {
+    return FindGame(editor.world->mp_games, game) != editor.world->mp_games.end();
+}
+
+bool PreferencesDlg::ChooseGame(std::string_view game, bool chosen) {
+    std::vector<std::string>& games = editor.world->mp_games;
+    const auto place = FindGame(games, game);
+    if (chosen == (place != games.end()))
+        return true;
+    if (!chosen)
+        games.erase(place);
+    else if (games.size() < MAX_MP_GAMES)
+        games.push_back(CutText(game, NAME_FIELD - 1));
+    else {
+        GetDesktop().MessageBox(Format("The level cannot hold more than %d game types", MAX_MP_GAMES), "Warning");
+        return false;
+    }
+    editor.MarkDirty();
+    return true;
+}
+
+void PreferencesDlg::SetAmbientColor(uint32_t rgb) {
+    ambient_color = rgb & 0x00FFFFFF;
+    editor.world->ambient_color = MakeColor(rgb >> 16 & 255, rgb >> 8 & 255, rgb & 255, 0);
+    editor.MarkDirty();
+}
+
+void PreferencesDlg::OnAmbientColor() {
+    if (const auto chosen = GetDesktop().AskColor(ambient_color))
+        SetAmbientColor(*chosen);
+}
