@@ -1,8 +1,9 @@
-// marrowstead2000 [options] PROJECT.msp: compiles the project and ends.
+// marrowstead2000 [options] PROJECT.msp: compiles the project and ends. With --script it drives the editor instead.
 #include <csignal>
 #include <cstdio>
 #include <unistd.h>
 
+#include "commands/ScriptApplication.h"
 #include "editor/Application.h"
 #include "foundation/Desktop.h"
 #include "foundation/Options.h"
@@ -15,11 +16,16 @@ static void OnInterrupt(int signal) {
     std::signal(signal, SIG_DFL);
 }
 
+static bool IsViewSide(int pixels) {
+    constexpr int LEAST = 16, MOST = 4096;
+    return pixels >= LEAST && pixels <= MOST;
+}
+
 int main(int argc, char** argv) {
     CommandLine command_line;
     CLI::App app{"Compiles a level project (.msp) into the world file that the game loads (Maps/<name>.few)."};
     app.set_version_flag("--version", "marrowstead2000 " MARROWSTEAD_VERSION);
-    app.add_option("PROJECT", command_line.project, "the project file")->required();
+    auto* project = app.add_option("PROJECT", command_line.project, "the project file");
     app.add_option("--data", command_line.data_folder, "the game data root (default: the current folder)");
     app.add_option("--set", command_line.overrides, "NAME=VALUE: a setting for this run only, such as LightingMethod=2")
         ->take_all()
@@ -34,16 +40,40 @@ int main(int argc, char** argv) {
                    "write a plan of the level and what its eyes see into this folder");
     app.add_option("--threads", command_line.threads, "threads of the compile (default: all cores)")
         ->check(CLI::Range(1, 1024));
+    ScriptOptions script;
+    std::string view_size;
+    auto* scripted = app.add_option("--script", script.script,
+                                    "drive the editor by this script, without a window (-: standard input)");
+    app.add_option("--size", view_size, "WxH: pixels of each view of a script (default: 512x512)")->needs(scripted);
     if (const std::optional<int> status = ParseOptions(app, argc, argv, EXIT_BAD_INPUT))
         return *status;
     command_line.kind = entities              ? CompileKind::Entities
                         : entities_visibility ? CompileKind::EntitiesAndVisibility
                                               : CompileKind::World;
+    std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow any more is a write that fails
+    if (scripted->count() > 0) {
+        char rest = 0;
+        if (!view_size.empty() &&
+            (std::sscanf(view_size.c_str(), "%dx%d%c", &script.width, &script.height, &rest) != 2 ||
+             !IsViewSide(script.width) || !IsViewSide(script.height))) {
+            std::fprintf(stderr, "\"%s\" is no size of a view: WxH is needed, from 16 to 4096\n", view_size.c_str());
+            return EXIT_BAD_INPUT;
+        }
+        script.project = command_line.project;
+        script.data_folder = command_line.data_folder;
+        script.overrides = command_line.overrides;
+        script.threads = command_line.threads;
+        script.stop_signal = &stop_signal;
+        return RunScript(script);
+    }
+    if (project->count() == 0) {
+        std::fprintf(stderr, "a project file, or --script, is needed; --help tells more\n");
+        return EXIT_BAD_INPUT;
+    }
     HeadlessDesktop desktop(stderr);
     SetDesktop(&desktop);
     std::signal(SIGINT, OnInterrupt);
     std::signal(SIGTERM, OnInterrupt);
-    std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow any more is a write that fails
     command_line.progress_bar = isatty(STDERR_FILENO) != 0;
     command_line.stop_signal = &stop_signal;
     const ExitStatus status = CMarrowstead2App::CompileProject(command_line);

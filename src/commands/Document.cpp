@@ -1,0 +1,204 @@
+#include "commands/Document.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+#include "foundation/Settings.h"
+#include "foundation/Strings.h"
+#include "persistence/Project.h"
+
+namespace {
+
+constexpr const char* TITLE = "Marrowstead 2000";
+constexpr const char* PROJECT_FILTER = "Marrowstead Project Files(*.msp)|*.msp||";
+constexpr const char* PROJECT_FOLDER = "Marrowstead\\Projects\\";
+constexpr const char* PROJECT_ENDING = ".msp";
+
+std::string RecentValue(size_t i) { return Format("RecentFile%d", static_cast<int>(i) + 1); }
+
+// Shows the wait cursor while it lives.
+class BusyCursor {
+public:
+    explicit BusyCursor(CInterface& editor_interface) : interface(editor_interface) {
+        GetDesktop().SetCursor(CursorRole::Wait);
+    }
+    ~BusyCursor() { interface.ChangeCursor(); }
+
+private:
+    CInterface& interface;
+};
+
+bool IsDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
+
+} // namespace
+
+std::string IncrementedName(const std::string& file_name) {
+    std::string stem = file_name.substr(0, file_name.rfind('.'));
+    if (stem.empty())
+        return {};
+    if (!IsDigit(stem.back()))
+        return stem + "_0000" + PROJECT_ENDING;
+    for (size_t i = stem.size(); i-- > 0 && IsDigit(stem[i]);) {
+        if (stem[i] != '9') {
+            ++stem[i];
+            return stem + PROJECT_ENDING;
+        }
+        stem[i] = '0';
+    }
+    return {};
+}
+
+CMarrowstead2Doc::CMarrowstead2Doc(CInterface& editor_interface, LibraryPages& library_pages)
+    : interface(editor_interface), pages(library_pages) {
+    RegistryClass store;
+    if (store.OpenKeyDirectory(SETTINGS_KEY))
+        for (size_t i = 0; i < MOST_RECENT_FILES; ++i)
+            if (std::string path = store.GetText(RecentValue(i), ""); !path.empty())
+                recent.push_back(std::move(path));
+}
+
+void CMarrowstead2Doc::AddToRecent(const std::string& path) {
+    recent.erase(std::remove(recent.begin(), recent.end(), path), recent.end());
+    recent.insert(recent.begin(), path);
+    if (recent.size() > MOST_RECENT_FILES)
+        recent.pop_back();
+    RegistryClass store;
+    if (interface.store_settings && store.OpenKeyDirectory(SETTINGS_KEY))
+        for (size_t i = 0; i < recent.size(); ++i)
+            store.SetKeyValue(RecentValue(i), recent[i].c_str());
+}
+
+bool CMarrowstead2Doc::SaveModified() {
+    if (!interface.project_file_need_save)
+        return true;
+    switch (GetDesktop().MessageBox("Do you want to save active project?", TITLE, MessageButtons::YesNoCancel)) {
+    case MessageAnswer::Yes:
+        return interface.project_file_has_name ? Save(interface.project_file_path, interface.project_file_name)
+                                               : SaveAs();
+    case MessageAnswer::No:
+        interface.MarkFileAsDirty(false);
+        return true;
+    default:
+        return false;
+    }
+}
+
+void CMarrowstead2Doc::New() {
+    interface.EndDragRecord();
+    interface.editor_state = ES_IDLE;
+    interface.selection_box_active = false;
+    interface.shearing = false;
+    interface.mouse_release = true;
+    interface.materials.Reset();
+    interface.InitEditor();
+    interface.RefreshAIDlg();
+    interface.RedrawAllViews();
+}
+
+void CMarrowstead2Doc::OnFileNew() {
+    if (SaveModified())
+        New();
+}
+
+bool CMarrowstead2Doc::Open(const std::string& path, std::string& error) {
+    const BusyCursor busy(interface);
+    New();
+    const bool loaded = interface.LoadProject(DirectoryPart(path).c_str(), FilePart(path), error);
+    interface.UpdateSelectionBox();
+    interface.RefreshAIDlg();
+    interface.SetCountText();
+    interface.Tell(&EditorListener::WorldReplaced);
+    interface.RedrawAllViews();
+    if (loaded)
+        AddToRecent(path);
+    return loaded;
+}
+
+bool CMarrowstead2Doc::OpenCopy(const std::string& copy, bool has_name, const std::string& project_path,
+                                const std::string& project_name, std::string& error) {
+    New();
+    const bool loaded = interface.LoadProject(nullptr, copy, error);
+    interface.UpdateSelectionBox();
+    if (loaded) {
+        interface.project_file_has_name = has_name;
+        interface.project_file_path = project_path;
+        interface.project_file_name = project_name;
+        interface.MarkDirty();
+    }
+    interface.Tell(&EditorListener::WorldReplaced);
+    interface.RedrawAllViews();
+    return loaded;
+}
+
+void CMarrowstead2Doc::OnFileOpen() {
+    if (!SaveModified())
+        return;
+    const std::optional<std::string> path =
+        GetDesktop().AskFile({false, "Open", PROJECT_FILTER, PROJECT_FOLDER, PROJECT_ENDING, ""});
+    std::string error;
+    if (path && !Open(*path, error))
+        GetDesktop().MessageBox(error, TITLE);
+}
+
+bool CMarrowstead2Doc::Save(const std::string& folder, const std::string& name) {
+    const BusyCursor busy(interface);
+    return interface.SaveProject(folder, name, true);
+}
+
+bool CMarrowstead2Doc::SaveTo(const std::string& path) {
+    if (!Save(DirectoryPart(path), FilePart(path)))
+        return false;
+    AddToRecent(path);
+    return true;
+}
+
+bool CMarrowstead2Doc::SaveAs() {
+    const std::optional<std::string> path = GetDesktop().AskFile(
+        {true, "Save As", PROJECT_FILTER, PROJECT_FOLDER, PROJECT_ENDING, interface.project_file_name});
+    return path && SaveTo(*path);
+}
+
+void CMarrowstead2Doc::OnFileSave() {
+    if (interface.project_file_has_name)
+        Save(interface.project_file_path, interface.project_file_name);
+    else
+        SaveAs();
+}
+
+void CMarrowstead2Doc::OnFileSaveAs() { SaveAs(); }
+
+void CMarrowstead2Doc::OnSaveplus() {
+    if (!interface.project_file_has_name) {
+        SaveAs();
+        return;
+    }
+    if (interface.project_file_name.empty())
+        return;
+    const std::string name = IncrementedName(interface.project_file_name);
+    if (name.empty()) {
+        GetDesktop().MessageBox("Not enough digits available in project name !\n\nProject was not saved.", TITLE);
+        return;
+    }
+    if (Save(interface.project_file_path, name))
+        AddToRecent(interface.project_file_path + "\\" + name);
+}
+
+void CMarrowstead2Doc::MergeDecals(const std::string& path) {
+    std::string error;
+    World& world = *interface.world;
+    if (!LoadDecals(path, world, interface.materials, *interface.entity_parser, error)) {
+        GetDesktop().Notice(error);
+        return;
+    }
+    interface.MarkDirty();
+    interface.RedrawView(VIEW_PERSPECTIVE);
+    GetDesktop().MessageBox(
+        Format("%d decals were successfully added.", static_cast<int>(world.decal_template.size())), "");
+}
+
+void CMarrowstead2Doc::OnFileMergeDecals() {
+    if (const std::optional<std::string> path =
+            GetDesktop().AskFile({false, "Open", PROJECT_FILTER, PROJECT_FOLDER, PROJECT_ENDING, ""}))
+        MergeDecals(*path);
+}

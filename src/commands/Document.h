@@ -1,0 +1,48 @@
+// The document commands: new, open, save, incremental save, the recent files, and decals from another project.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "editor/Interface.h"
+
+struct LibraryPages;
+
+class CMarrowstead2Doc {
+public:
+    CMarrowstead2Doc(CInterface& editor_interface, LibraryPages& library_pages);
+
+    void OnFileNew();
+    void OnFileOpen();
+    void OnFileSave();
+    void OnFileSaveAs();
+    void OnSaveplus(); // the incremental save
+    void OnFileMergeDecals();
+
+    // Without questions and dialogs. path: a real or a data path. False with a sentence.
+    void New();
+    bool Open(const std::string& path, std::string& error);
+    // A copy of a project that was kept against a crash: it has unsaved changes and the project's own name.
+    bool OpenCopy(const std::string& copy, bool has_name, const std::string& project_path,
+                  const std::string& project_name, std::string& error);
+    bool SaveTo(const std::string& path); // false after the user was told
+    void MergeDecals(const std::string& path);
+    // Asks whether unsaved work is to be saved, and saves it. False: the command ends, after Cancel or a failed save.
+    bool SaveModified();
+
+    const std::vector<std::string>& RecentFiles() const { return recent; } // the newest first
+    static constexpr size_t MOST_RECENT_FILES = 4;
+
+private:
+    bool Save(const std::string& folder, const std::string& name);
+    bool SaveAs(); // false after Cancel or a failure
+    void AddToRecent(const std::string& path);
+
+    CInterface& interface;
+    LibraryPages& pages;
+    std::vector<std::string> recent;
+};
+
+// The next name of an incremental save, without its folder: "level" becomes "level_0000.msp", "level_0009.msp"
+// "level_0010.msp". Empty when no digit is left to carry into.
+std::string IncrementedName(const std::string& file_name);

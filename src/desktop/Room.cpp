@@ -1,0 +1,1 @@
+// Replaced while the room is built.

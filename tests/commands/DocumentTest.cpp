@@ -1,0 +1,118 @@
+// The document commands: names, questions, recent files, decals, and work that survives failures and crashes.
+#include "commands/Recovery.h"
+#include "commands/ScriptData.h"
+
+TEST(IncrementalSave, Names) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"level.msp", "level_0000.msp"},       {"level_0000.msp", "level_0001.msp"}, {"level_0099.msp", "level_0100.msp"},
+        {"a7.msp", "a8.msp"},                  {"a19.msp", "a20.msp"},               {"level", "level_0000.msp"},
+        {"v1.2.msp", "v1.3.msp"},              {"a9.msp", ""},                       {"99.msp", ""},
+        {".msp", ""}};
+    for (const auto& [name, next] : cases)
+        EXPECT_EQ(IncrementedName(name), next) << name;
+}
+
+TEST_F(ScriptData, SavingOpeningAndTheIncrementalSave) {
+    ASSERT_EQ(Run("drag top 256 256 300 200\nsave level.msp\n"), "");
+    EXPECT_FALSE(interface->project_file_need_save);
+    EXPECT_EQ(interface->title, "Marrowstead 2000 - level.msp ");
+    ASSERT_EQ(Run("drag front 256 256 300 200\nkey Ctrl+Shift+S\n"), "");
+    EXPECT_TRUE(std::filesystem::exists("level_0000.msp"));
+    EXPECT_EQ(interface->project_file_name, "level_0000.msp");
+    ASSERT_EQ(Run("new\n"), "");
+    EXPECT_EQ(interface->title, "Marrowstead 2000 - Untitled");
+    EXPECT_EQ(interface->editor_state, ES_IDLE);
+    ASSERT_EQ(Run("open level.msp\n"), "");
+    EXPECT_EQ(Level().GetBrushCount(), 1) << "the first file was not touched by the incremental save";
+    ASSERT_EQ(frame->document.RecentFiles().size(), 2u);
+    EXPECT_NE(frame->document.RecentFiles()[0].find("level.msp"), std::string::npos);
+    EXPECT_EQ(interface->View(VIEW_TOP).window_rect.left, VIEW_SIDE) << "a stored window is not that of now";
+    interface->project_file_name = "x9.msp";
+    ASSERT_EQ(Run("key Ctrl+Shift+S\n"), "");
+    EXPECT_EQ(desktop.messages.back().text,
+              "Not enough digits available in project name !\n\nProject was not saved.");
+    EXPECT_FALSE(std::filesystem::exists("x10.msp"));
+}
+
+TEST_F(ScriptData, SavingAsksForANameOnlyWithoutOne) {
+    ASSERT_EQ(Run("drag top 256 256 300 200\nkey Ctrl+S\n"), "");
+    EXPECT_TRUE(interface->project_file_need_save) << "a cancelled dialog saves nothing";
+    desktop.answers.push_back(data.folder / "named.msp");
+    ASSERT_EQ(Run("key Ctrl+S\ndrag front 256 256 300 200\nkey Ctrl+S\n"), "");
+    EXPECT_FALSE(interface->project_file_need_save);
+    EXPECT_EQ(desktop.messages.size(), 2u) << "the second time it has a name";
+}
+
+TEST_F(ScriptData, AFailedSaveKeepsTheOldFileAndTheWork) {
+    ASSERT_EQ(Run("drag top 256 256 300 200\nsave level.msp\nkey Esc\ndrag front 256 256 300 200\n"), "");
+    const std::string before = ReadBytes("level.msp");
+    interface->project_file_path = data.folder / "gone";
+    desktop.answers.push_back("yes"); // save? - which fails
+    frame->document.OnFileNew();
+    EXPECT_EQ(Level().GetBrushCount(), 2) << "the level was thrown away after a failed save";
+    EXPECT_EQ(ReadBytes("level.msp"), before);
+    EXPECT_NE(interface->changes, interface->saved_changes);
+}
+
+TEST_F(ScriptData, DecalsComeFromAnotherProjectAndADamagedOneChangesNothing) {
+    auto decal = std::make_unique<DecalTemplate>();
+    decal->x_size = decal->y_size = 16;
+    Level().AddNewDecal(std::move(decal));
+    ASSERT_EQ(Run("save decals.msp\nnew\n"), "");
+    frame->document.MergeDecals(data.folder / "decals.msp");
+    EXPECT_EQ(Level().decal_template.size(), 1u);
+    EXPECT_EQ(desktop.messages.back().text, "1 decals were successfully added.");
+    WriteBytes("broken.msp", ReadBytes("decals.msp").substr(0, 100));
+    frame->document.MergeDecals(data.folder / "broken.msp");
+    EXPECT_EQ(Level().decal_template.size(), 1u);
+}
+
+TEST_F(ScriptData, ACopyIsKeptAgainstACrashUntilTheWorkIsSaved) {
+    constexpr uint32_t SECOND = 1000, START = 5000;
+    interface->settings.recovery_interval = 30;
+    const std::filesystem::path folder = data.folder / "config/recovery";
+    const auto copies = [&folder] {
+        int count = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(folder))
+            count += entry.path().extension() == ".msp";
+        return count;
+    };
+    {
+        RecoveryFile recovery(*interface);
+        recovery.Tick(START);
+        ASSERT_EQ(Run("drag top 256 256 300 200\n"), "");
+        recovery.Tick(START);
+        recovery.Tick(START + 29 * SECOND);
+        EXPECT_EQ(copies(), 0);
+        recovery.Tick(START + 30 * SECOND);
+        EXPECT_EQ(copies(), 1);
+        EXPECT_TRUE(interface->project_file_need_save) << "the copy is no save";
+        EXPECT_TRUE(RecoveryFile::FindLeftOver().empty()) << "the run is alive";
+        ASSERT_EQ(Run("save level.msp\n"), "");
+        recovery.Tick(START + 31 * SECOND);
+        EXPECT_EQ(copies(), 0);
+        ASSERT_EQ(Run("key Esc\ndrag front 256 256 300 200\n"), "");
+        EXPECT_TRUE(recovery.Write());
+        // What a crash would leave behind: the files without a run that holds their lock.
+        for (const char* ending : {".msp", ".json"})
+            for (const auto& entry : std::filesystem::directory_iterator(folder))
+                if (entry.path().extension() == ending && entry.path().filename() != "level-crashed" + std::string(ending))
+                    std::filesystem::copy_file(entry.path(), folder / ("level-crashed" + std::string(ending)),
+                                               std::filesystem::copy_options::skip_existing);
+    }
+    EXPECT_EQ(copies(), 1) << "the run that ended in order took its own copy away";
+    ASSERT_EQ(RecoveryFile::FindLeftOver().size(), 1u);
+    EXPECT_EQ(RecoveryFile::FindLeftOver()[0].project_name, "level.msp");
+
+    ASSERT_EQ(Run("new\n"), "");
+    RecoveryFile recovery(*interface);
+    recovery.Offer(frame->document); // cancelled: offered again
+    EXPECT_EQ(Level().GetBrushCount(), 0);
+    ASSERT_EQ(RecoveryFile::FindLeftOver().size(), 1u);
+    desktop.answers.push_back("yes");
+    recovery.Offer(frame->document);
+    EXPECT_EQ(Level().GetBrushCount(), 2);
+    EXPECT_TRUE(interface->project_file_need_save && interface->project_file_has_name);
+    EXPECT_EQ(interface->project_file_name, "level.msp");
+    EXPECT_TRUE(RecoveryFile::FindLeftOver().empty()) << "it is this run's copy now";
+}
