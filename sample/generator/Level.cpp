@@ -170,5 +170,10 @@ bool MakeLevel(std::string& error) {
     world.mp_games = {"Deathmatch", "Team Deathmatch"};
     ProjectViews views;
     views.perspective.camera_position = {-440, 160, -340};
+    views.perspective.camera_rotation = {-0.05f, -0.9f, 0};
+    for (VIEWINFO* view : {&views.top, &views.front, &views.left}) {
+        view->zoom_out = 4;
+        view->view_position[0] = view->view_position[1] = -256;
+    }
     return SaveProject("Marrowstead\\Projects\\abbey.msp", world, views, false, error);
 }

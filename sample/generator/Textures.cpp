@@ -91,6 +91,23 @@ static Canvas Water(uint32_t seed) {
     return canvas;
 }
 
+// The dash pattern of boxes in the views: one dash a repetition.
+static Canvas Dash() {
+    Canvas canvas(8, 8);
+    canvas.Paint([](float u, float) { return Pixel{1, 1, 1, u < 0.625f ? 1.0f : 0.0f}; });
+    return canvas;
+}
+
+// A bright edge about a clear middle, laid over each repetition of a texture.
+static Canvas Border() {
+    Canvas canvas(64, 64);
+    canvas.Paint([](float u, float v) {
+        const float edge = std::min(std::min(u, 1 - u), std::min(v, 1 - v));
+        return Pixel{1, 0.9f, 0.2f, edge < 0.04f ? 0.8f : 0.0f};
+    });
+    return canvas;
+}
+
 bool MakeTextures() {
     bool saved = Bricks({0.72f, 0.3f, 0.2f}, {0.55f, 0.52f, 0.48f}, 1).SaveTarga("Textures\\brick\\brick_red.tga", 24);
     saved &= Bricks({0.5f, 0.44f, 0.38f}, {0.35f, 0.34f, 0.32f}, 2).SaveTarga("Textures\\brick\\brick_old.tga", 24);
@@ -106,6 +123,8 @@ bool MakeTextures() {
     saved &= Water(43).SaveDds("Textures\\water\\waves.dds", Canvas::DdsKind::DXT5);
     saved &= Grained(64, {0.5f, 0.5f, 0.55f}, {0.8f, 0.8f, 0.85f}, 4, 7).SaveTarga("Textures\\fx\\fog.tga", 24);
     saved &= Grained(64, {0.4f, 0.4f, 0.38f}, {0.75f, 0.75f, 0.7f}, 8, 9).SaveTarga("entities_textures\\stone.tga", 24);
+    saved &= Dash().SaveTarga("Marrowstead\\brush.tga", 32);
+    saved &= Border().SaveTarga("Marrowstead\\border.tga", 32);
     return saved;
 }
 

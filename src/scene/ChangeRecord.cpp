@@ -161,6 +161,8 @@ struct ChangeRecord::State {
 ChangeRecord::State::State(const World& world, ChangeScope scope) : groups(GroupsByIds(world)), selection(world) {
     std::unordered_set<uint32_t> selected(selection.objects.brushes.begin(), selection.objects.brushes.end());
     selected.insert(selection.objects.entities.begin(), selection.objects.entities.end());
+    if (selection.surface_brush != NO_OBJECT_ID)
+        selected.insert(selection.surface_brush);
     const auto is_selected = [&selected](uint32_t id) { return selected.count(id) > 0; };
     ForEachObject(world, [&](const BaseObject& object) {
         const uint32_t id = object.GetObjectID();
