@@ -15,13 +15,12 @@ constexpr int LEAST_PANE = 5;           // pixels
 constexpr int COLUMN_EDGE = 5, ROW_EDGE = 46; // of the split's borders and the bars around it
 constexpr float MOVIE_SECONDS_A_TICK = 0.001f;
 
-// Row and column of each view in the split.
-struct PanePlace {
-    size_t row, column;
-};
-constexpr PanePlace PLACES[VIEW_COUNT] = {{0, 1}, {1, 1}, {1, 0}, {0, 0}};
-
 } // namespace
+
+PanePlace PaneOf(int view) {
+    constexpr PanePlace PLACES[VIEW_COUNT] = {{0, 1}, {1, 1}, {1, 0}, {0, 0}};
+    return PLACES[view];
+}
 
 CMainFrame::CMainFrame(CInterface& editor_interface, LibraryPages& library_pages)
     : interface(editor_interface), pages(library_pages), document(interface, pages), top(interface, VIEW_TOP),
@@ -88,8 +87,8 @@ void CMainFrame::ShowOneView(int view) {
     interface.full_view = true;
     layout.columns.fill(0);
     layout.rows.fill(0);
-    layout.columns[PLACES[view].column] = std::max(client_width, LEAST_PANE);
-    layout.rows[PLACES[view].row] = std::max(client_height, LEAST_PANE);
+    layout.columns[PaneOf(view).column] = std::max(client_width, LEAST_PANE);
+    layout.rows[PaneOf(view).row] = std::max(client_height, LEAST_PANE);
     interface.Tell(&EditorListener::LayoutChanged);
     interface.RedrawView(view);
 }
@@ -106,6 +105,7 @@ void CMainFrame::OnAutocenter() {
 // Undo ----------------------------------------------------------------------------------------------------------------
 
 void CMainFrame::UndoStep(CUndoBuffer& from, CUndoBuffer& to) {
+    interface.FinishDrag();
     if (from.UndoLastAction(*interface.world, to)) {
         interface.MarkDirty();
         interface.SetSizeText();

@@ -22,6 +22,11 @@ class RecoveryFile;
 struct SplitLayout {
     std::array<int, 2> columns{}, rows{};
 };
+// Row and column of a view in the split.
+struct PanePlace {
+    size_t row, column;
+};
+PanePlace PaneOf(int view);
 
 class CMainFrame {
 public:

@@ -60,6 +60,7 @@ void COrthographicView::OnMButtonDown(uint32_t flags, POINT point) {
     if (flags & MOUSE_SHIFT) {
         if (!IsAlone(*interface.world))
             return;
+        interface.FinishDrag();
         interface.SetEditorState(ES_EDIT);
         interface.edit_state = 0;
         interface.tmp_move = {};

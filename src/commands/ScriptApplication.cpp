@@ -70,8 +70,8 @@ int RunWithRenderer(const ScriptOptions& options, std::istream& script, const fs
 
 } // namespace
 
-bool OpenRenderer(uint32_t width, uint32_t height) {
-    crInit();
+bool OpenRenderer(uint32_t width, uint32_t height, const std::vector<Device*>& devices) {
+    crInit(devices);
     CR_D3DDevice* device = nullptr;
     for (const char* name : {"Direct3D T&L HAL", "Direct3D HAL"})
         if (!device)

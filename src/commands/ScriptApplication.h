@@ -19,5 +19,8 @@ struct ScriptOptions {
 // Settings are read, and never written.
 ExitStatus RunScript(const ScriptOptions& options);
 
-// Lists the devices, chooses the best one and sets a windowed mode of that size. False when there is none.
-bool OpenRenderer(uint32_t width, uint32_t height);
+class Device;
+
+// Lists the devices, the software device when none is given, chooses the best one and sets a windowed mode of that size.
+// False when there is none.
+bool OpenRenderer(uint32_t width, uint32_t height, const std::vector<Device*>& devices = {});

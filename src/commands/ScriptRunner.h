@@ -41,6 +41,7 @@ private:
     bool ReadView(const std::string& text, int& view);
     // "shift", "ctrl", "alt" from a position on: the keys held, and the mouse flags.
     bool ReadModifiers(const Words& words, size_t from, uint32_t& flags);
+    bool WithPair(const Words& words, const std::function<void(float u, float v)>& change); // of the two numbers
     bool ReadText(const std::string& file, std::string& text);
     std::string FilePath(const std::string& file) const;
     void SendMouse(CEditorView& view, const std::string& event, uint32_t flags, POINT point);

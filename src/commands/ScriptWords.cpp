@@ -85,20 +85,20 @@ bool ScriptRunner::DoApply(const Words&) {
     return pages.texture.Apply() || Fail("no material is chosen, or nothing is selected");
 }
 
-bool ScriptRunner::DoShift(const Words& words) {
+bool ScriptRunner::WithPair(const Words& words, const std::function<void(float u, float v)>& change) {
     float u = 0, v = 0;
     if (!ReadNumber(words[1], u) || !ReadNumber(words[2], v))
         return false;
-    pages.texture.ChangeShift(u, v);
+    change(u, v);
     return true;
 }
 
+bool ScriptRunner::DoShift(const Words& words) {
+    return WithPair(words, [this](float u, float v) { pages.texture.ChangeShift(u, v); });
+}
+
 bool ScriptRunner::DoScale(const Words& words) {
-    float u = 0, v = 0;
-    if (!ReadNumber(words[1], u) || !ReadNumber(words[2], v))
-        return false;
-    pages.texture.ChangeScale(u, v);
-    return true;
+    return WithPair(words, [this](float u, float v) { pages.texture.ChangeScale(u, v); });
 }
 
 bool ScriptRunner::DoRotate(const Words& words) {
@@ -110,11 +110,7 @@ bool ScriptRunner::DoRotate(const Words& words) {
 }
 
 bool ScriptRunner::DoFit(const Words& words) {
-    float u = 0, v = 0;
-    if (!ReadNumber(words[1], u) || !ReadNumber(words[2], v))
-        return false;
-    pages.texture.Fit(u, v);
-    return true;
+    return WithPair(words, [this](float u, float v) { pages.texture.Fit(u, v); });
 }
 
 bool ScriptRunner::DoFlip(const Words& words) {

@@ -8,13 +8,20 @@
 
 using nlohmann::ordered_json;
 
-void StageTimer::AddText(const std::string& text) {
+std::string AnnouncedStage(const std::string& text) {
     const size_t dots = text.find("...");
+    if (dots == std::string::npos)
+        return {};
     const size_t line = text.find_last_of("\n", dots);
-    const size_t begin = line == std::string::npos || dots == std::string::npos ? 0 : line + 1;
-    if (dots != std::string::npos && dots > begin) { // lines that begin with dots tell details of a stage
+    const size_t begin = line == std::string::npos ? 0 : line + 1;
+    return text.substr(begin, dots - begin); // lines that begin with dots tell details of a stage
+}
+
+void StageTimer::AddText(const std::string& text) {
+    const std::string stage = AnnouncedStage(text);
+    if (!stage.empty()) {
         EndStage();
-        stages.push_back({text.substr(begin, dots - begin), 0});
+        stages.push_back({stage, 0});
         stage_start = GetDesktop().GetTickCount();
         stage_open = true;
     }

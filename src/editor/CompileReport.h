@@ -13,8 +13,10 @@ struct StageTime {
     uint32_t milliseconds = 0;
 };
 
-// Passes all on to another progress and takes the time of each stage: a stage begins with the text that announces it by
-// three dots.
+// The stage that a text of the compile announces by three dots; empty if none.
+std::string AnnouncedStage(const std::string& text);
+
+// Passes all on to another progress and takes the time of each stage.
 class StageTimer : public CompileProgress {
 public:
     explicit StageTimer(CompileProgress& shown) : progress(shown) {}

@@ -83,6 +83,7 @@ void CInterface::InitEditor() {
     saved_changes = changes;
     title = UNTITLED;
     SetInfoText();
+    SetSizeText();
     SetCountText();
     Tell(&EditorListener::TitleChanged);
     Tell(&EditorListener::WorldReplaced);

@@ -1,6 +1,6 @@
-// The single controller of the editor: settings, definitions, the library of materials, the open world, the state of the
-// mouse and of the four views, and the operations that work on them. It knows no toolkit: the views hand it their events,
-// and it tells its listeners what has changed.
+// The single controller of the editor: settings, definitions, the library of materials, the open world, the state of
+// the mouse and of the four views, and the operations that work on them. It knows no toolkit: the views hand it their
+// events, and it tells its listeners what has changed.
 #pragma once
 
 #include <array>
@@ -31,18 +31,18 @@
 enum class CompileOutcome { Written, Problems, Stopped, NotWritten, BadInput };
 
 enum EditorState : uint32_t {
-    ES_IDLE = 0,          // nothing selected
-    ES_PAN = 1,           // middle-button pan of an orthographic view
-    ES_CREATE_BRUSH = 2,  // dragging out the box of a new brush
-    ES_SELECTED = 3,      // a selection exists, its box is shown
-    ES_EDIT = 4,          // dragging the selection: move, resize or shear
-    ES_EXTRUDABLE = 5,    // entering the outline of an extrudable brush
-    ES_ROTATE_ARMED = 6,  // rotation mode, waiting for the left button
-    ES_ROTATE = 7,        // dragging a rotation
-    ES_PICK_TEXTURE = 9,  // the next left click picks a texture
-    ES_DRAG_SELECT = 10,  // dragging a selection rectangle
-    ES_VERTEX = 11,       // vertex mode
-    ES_VERTEX_MOVE = 12,  // dragging vertices
+    ES_IDLE = 0,         // nothing selected
+    ES_PAN = 1,          // middle-button pan of an orthographic view
+    ES_CREATE_BRUSH = 2, // dragging out the box of a new brush
+    ES_SELECTED = 3,     // a selection exists, its box is shown
+    ES_EDIT = 4,         // dragging the selection: move, resize or shear
+    ES_EXTRUDABLE = 5,   // entering the outline of an extrudable brush
+    ES_ROTATE_ARMED = 6, // rotation mode, waiting for the left button
+    ES_ROTATE = 7,       // dragging a rotation
+    ES_PICK_TEXTURE = 9, // the next left click picks a texture
+    ES_DRAG_SELECT = 10, // dragging a selection rectangle
+    ES_VERTEX = 11,      // vertex mode
+    ES_VERTEX_MOVE = 12, // dragging vertices
     ES_DECAL = 13,
     ES_TERRAIN = 14
 };
@@ -60,8 +60,8 @@ enum LibraryTab { TAB_TEXTURE = 0, TAB_ENTITY = 1, TAB_PREFAB = 2, TAB_PREFERENC
 
 // What the prefab page has chosen, for a brush of type BT_CUSTOM.
 struct PrefabChoice {
-    bool brushes_selected = true;   // a custom brush, else a prefab
-    std::string directory, file;    // file: without its ending; empty: none chosen
+    bool brushes_selected = true; // a custom brush, else a prefab
+    std::string directory, file;  // file: without its ending; empty: none chosen
     bool IsChosen() const { return !directory.empty() && !file.empty(); }
 };
 
@@ -107,8 +107,8 @@ public:
     bool project_file_has_name = false, project_file_need_save = false;
     std::string project_file_path, project_file_name;
     std::string title = "Marrowstead 2000 - Untitled"; // of the main window
-    uint32_t changes = 0;       // counts every change of the level
-    uint32_t saved_changes = 0; // their number when it was saved, made or opened
+    uint32_t changes = 0;                              // counts every change of the level
+    uint32_t saved_changes = 0;                        // their number when it was saved, made or opened
 
     // --- Listeners: they outlive their entry
     void AddListener(EditorListener& listener) { listeners.push_back(&listener); }
@@ -125,14 +125,16 @@ public:
     void SetActiveView(int view);
     void SetViewRect(int view, const RECT& window_rect); // the view's place in the back buffer; the client area follows
     void PanView(POINT point, VIEWINFO& vi);
-    void ZoomView(int delta);  // of the active view: below 1 out, else in
-    void GridSize(int delta);  // negative: doubled, else halved
+    void ZoomView(int delta); // of the active view: below 1 out, else in
+    void GridSize(int delta); // negative: doubled, else halved
     void CenterWorld(bool all);
     void CenterViewToPoint(const D3DVECTOR& point, int view);
     void CenterToSelection();
-    D3DVECTOR GetWorldMousePosition() const { return GetWorldPositionAtPoint(active_view, last_position.x, last_position.y); }
+    D3DVECTOR GetWorldMousePosition() const {
+        return GetWorldPositionAtPoint(active_view, last_position.x, last_position.y);
+    }
     D3DVECTOR GetWorldPositionAtPoint(int view, int x, int y) const; // not snapped
-    void SetMatrices(int view); // the viewport too
+    void SetMatrices(int view);                                      // the viewport too
     static D3DMATRIX CameraMatrix(const D3DVECTOR& position, const D3DVECTOR& rotation);
     static D3DMATRIX CameraMatrix(const D3DVECTOR& position, const D3DVECTOR& target, float roll); // radians
     static void ComputeCameraVectors(const D3DVECTOR& rotation, D3DVECTOR& direction, D3DVECTOR& normal,
@@ -220,10 +222,10 @@ public:
     void SelectSurface(POINT point);
     PickRequest MakePickRequest(POINT point) const;
     void RebuildSelectionNet(); // the vertex net of the selection
-    // The net after a step that may have moved or deleted its brushes: rebuilt when it is out of step, gone when no mode
-    // wants it.
+    // The net after a step that may have moved or deleted its brushes: rebuilt when it is out of step, gone when no
+    // mode wants it.
     void SyncVertexNet();
-    BaseObject* FindPathOwner() const; // whose paths the selection means; null if none
+    BaseObject* FindPathOwner() const;            // whose paths the selection means; null if none
     void ClearAnimation(uint32_t dont_delete_id); // the paths of all other objects, with their points
     void SelectRelevant(bool ignore_triggers);
 
@@ -240,7 +242,7 @@ public:
     void LogEntities(bool scripts_only) const;
 
     // --- Library window
-    void Console(); // toggles it
+    void Console();                      // toggles it
     void ShowLibraryTab(LibraryTab tab); // shows the window with that page; the entity page shown already: hides it
     void RefreshAIDlg() { Tell(&EditorListener::AIGroupsChanged); }
 
@@ -345,13 +347,13 @@ private:
     void CancelSelection();
     void CancelVertices();
     void AddDeselection(); // of the whole selection, to undo
-    int AskCopyCount(); // 0: cancelled
+    int AskCopyCount();    // 0: cancelled
     bool PlaceClones(const D3DVECTOR& step);
     std::unique_ptr<Entity> NewEntityFromTemplate(const char* name);
     void TakeEntityPosition();
     void AddCreationToUndo(Entity* created);
     void CancelBeforePlacing();
-    void PlaceEntity(); // of the chosen template
+    void PlaceEntity();                                                           // of the chosen template
     Entity* PlacePathPoint(std::unique_ptr<Entity> point, bool from_movie_click); // null if none was placed
     void SelectWholePath(const Entity& point);
     void UnmarkVertices();

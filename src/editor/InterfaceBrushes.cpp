@@ -8,7 +8,7 @@
 namespace {
 
 constexpr float BOX_SEARCH_START = 1000000.0f;
-constexpr float THINNEST = 1.0f;          // an extent below it is that of a click
+constexpr float THINNEST = 1.0f; // an extent below it is that of a click
 constexpr float THICKNESS_OF_CLICK = 32.0f;
 
 // Which corners of a box lie on the high side of an axis.

@@ -8,11 +8,11 @@
 
 namespace {
 
-constexpr float POINT_RADIUS_SQUARE = 25.0f;   // pixels
-constexpr float EDGE_DISTANCE = 3.0f;          // pixels
-constexpr float SHORTEST_EDGE_SQUARE = 1.0f;   // pixels
-constexpr float CROSS_ARM = 32.0f;             // half length, world units
-constexpr float RECTANGLE_DEPTH = 1e10f;       // along the view's missing axis
+constexpr float POINT_RADIUS_SQUARE = 25.0f; // pixels
+constexpr float EDGE_DISTANCE = 3.0f;        // pixels
+constexpr float SHORTEST_EDGE_SQUARE = 1.0f; // pixels
+constexpr float CROSS_ARM = 32.0f;           // half length, world units
+constexpr float RECTANGLE_DEPTH = 1e10f;     // along the view's missing axis
 
 struct ScreenPoint {
     float x = 0, y = 0;

@@ -98,11 +98,12 @@ bool IsScriptParameter(const EntityParameter& p) {
 }
 
 void CInterface::GetLevelSummary(std::string& text) const {
-    text += Format("BRUSHES - total: %d\r\n  %dx DESTROYABLE\r\n  %dx SEE THROUGH\r\n  %dx LADDERS\r\n  %dx DYNAMIC\r\n "
-                   " %dx CLIP\r\n\r\nENTITIES - total %d\r\n",
-                   world->GetBrushCount(), CountBrushes(*world, BP_DESTROYABLE), CountBrushes(*world, BP_SEE_THROUGH),
-                   CountBrushes(*world, BP_LADDER), CountBrushes(*world, BP_DYNAMIC),
-                   CountBrushes(*world, BP_PLAYER_CLIP), world->GetEntityCount());
+    text +=
+        Format("BRUSHES - total: %d\r\n  %dx DESTROYABLE\r\n  %dx SEE THROUGH\r\n  %dx LADDERS\r\n  %dx DYNAMIC\r\n "
+               " %dx CLIP\r\n\r\nENTITIES - total %d\r\n",
+               world->GetBrushCount(), CountBrushes(*world, BP_DESTROYABLE), CountBrushes(*world, BP_SEE_THROUGH),
+               CountBrushes(*world, BP_LADDER), CountBrushes(*world, BP_DYNAMIC), CountBrushes(*world, BP_PLAYER_CLIP),
+               world->GetEntityCount());
     Tally types, items, actors;
     for (const auto& e : world->entity) {
         ++types[e->str_type];

@@ -177,6 +177,14 @@ void BrushProperties::TakeAnswers(const FormQuestion& asked, const FormQuestion&
             SetFlag(static_cast<int>(i - fields.size()), false);
 }
 
+void ApplyBrushProperties(CInterface& editor, const BrushProperties& properties) {
+    ChangeRecord record(*editor.world, "Change brush properties.");
+    if (properties.Apply(*editor.world)) {
+        editor.MarkDirty();
+        editor.RedrawAllViews();
+    }
+}
+
 bool EditBrushProperties(CInterface& editor) {
     if (editor.world->brush_selection.GetItemCount() == 0)
         return false;
@@ -186,10 +194,6 @@ bool EditBrushProperties(CInterface& editor) {
     if (!GetDesktop().AskForm(question))
         return false;
     properties.TakeAnswers(asked, question);
-    ChangeRecord record(*editor.world, "Change brush properties.");
-    if (properties.Apply(*editor.world)) {
-        editor.MarkDirty();
-        editor.RedrawAllViews();
-    }
+    ApplyBrushProperties(editor, properties);
     return true;
 }

@@ -63,5 +63,7 @@ private:
     uint32_t set_bits = 0, cleared_bits = 0; // by the user
 };
 
+// Writes what was changed, as one step.
+void ApplyBrushProperties(CInterface& editor, const BrushProperties& properties);
 // Asks for the properties of the selected brushes. False when none is selected or the user cancels.
 bool EditBrushProperties(CInterface& editor);

@@ -109,6 +109,8 @@ SIZE TextureDlg::TextureSize(const std::string& texture_class, const std::string
         return known->second;
     TGAInfoStruct info;
     SIZE size;
+    if (!read_sizes)
+        return size;
     if (TGAClass::GetImageInfo(TexturePath(texture_class, texture_name), info) == PICTURE_OK)
         size = {info.width, info.height};
     return texture_size[key] = size;
@@ -130,7 +132,7 @@ std::vector<MaterialItem> TextureDlg::List(Takes takes) {
 }
 
 std::vector<MaterialItem> TextureDlg::ListClass(std::string_view name) {
-    return List([name](const MaterialLibrary::MaterialClass& c, const auto&) { return EqualNoCase(c.name, name); });
+    return List([name](const MaterialLibrary::MaterialClass& c, const auto&) { return name.empty() || EqualNoCase(c.name, name); });
 }
 
 std::vector<MaterialItem> TextureDlg::ListUsed() {

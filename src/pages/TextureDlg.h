@@ -46,8 +46,9 @@ public:
     // The groups in their order, then "miscellaneous" where the groups file wants it, else the root's node.
     std::vector<MaterialGroup> Tree() const;
     // Those whose name holds the filter. Sizes are read from the images once.
-    std::vector<MaterialItem> ListClass(std::string_view name);
+    std::vector<MaterialItem> ListClass(std::string_view name); // an empty name: of all classes
     std::vector<MaterialItem> ListUsed();
+    bool read_sizes = true;     // off: the lists touch no image, and sizes that are not known yet are 0 by 0
     std::string filter;         // any part of a name, any case; empty: all
     std::string selected_class; // the class shown
     void RefreshClass();        // scans selected_class anew

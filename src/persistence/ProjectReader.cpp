@@ -329,33 +329,31 @@ private:
     std::string error;
 };
 
-} // namespace
-
-bool LoadProject(std::string_view full_name, World& world, ProjectViews& views, MaterialLibrary& materials,
-                 EntityParser& parser, std::string& error) {
+// Opens the file and reads what is asked for. False with a sentence.
+template <class ReadWhat>
+bool ReadFrom(std::string_view full_name, World& world, ProjectViews& views, MaterialLibrary& materials,
+              EntityParser& parser, std::string& error, ReadWhat read) {
     UChunkFile file(full_name, CFM_Open);
     if (!file.IsValid()) {
         error = file.GetError();
         return false;
     }
     ProjectReader reader(file, world, views, materials, parser);
-    if (reader.Read())
+    if ((reader.*read)())
         return true;
     error = Format("\"%s\" cannot be read: %s", file.GetFilename().c_str(), reader.Error().c_str());
     return false;
 }
 
+} // namespace
+
+bool LoadProject(std::string_view full_name, World& world, ProjectViews& views, MaterialLibrary& materials,
+                 EntityParser& parser, std::string& error) {
+    return ReadFrom(full_name, world, views, materials, parser, error, &ProjectReader::Read);
+}
+
 bool LoadDecals(std::string_view full_name, World& world, MaterialLibrary& materials, EntityParser& parser,
                 std::string& error) {
-    UChunkFile file(full_name, CFM_Open);
-    if (!file.IsValid()) {
-        error = file.GetError();
-        return false;
-    }
     ProjectViews unused;
-    ProjectReader reader(file, world, unused, materials, parser);
-    if (reader.ReadOnlyDecals())
-        return true;
-    error = Format("\"%s\" cannot be read: %s", file.GetFilename().c_str(), reader.Error().c_str());
-    return false;
+    return ReadFrom(full_name, world, unused, materials, parser, error, &ProjectReader::ReadOnlyDecals);
 }

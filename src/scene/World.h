@@ -257,6 +257,7 @@ private:
     void SelectPathOwners(const std::vector<uint32_t>& ids);
     void DeselectForPick(bool additive);
     void EndPick(const Selection& brushes_before, const Selection& entities_before);
+    bool EndBrushPick(const Selection& brushes_before, const Selection& entities_before);
     bool EndEntityPick(const Selection& brushes_before, const Selection& entities_before);
     void PickBrush(int i, int group_index, bool select);
     void PickEntity(int i, int group_index, bool select);

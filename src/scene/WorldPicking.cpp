@@ -112,6 +112,15 @@ void World::EndPick(const Selection& brushes_before, const Selection& entities_b
         first_selected_id = NO_OBJECT_ID;
 }
 
+bool World::EndBrushPick(const Selection& brushes_before, const Selection& entities_before) {
+    EndPick(brushes_before, entities_before);
+    const bool any = brush_selection.GetItemCount() > 0;
+    if (any && first_selected_id == NO_OBJECT_ID)
+        first_selected_id = brush[static_cast<size_t>(brush_selection.GetItem(0))]->GetObjectID();
+    GetFrontEnd().SelectionChanged();
+    return any;
+}
+
 bool World::PointSelection(const PickRequest& request) {
     DeselectForPick(request.additive);
     const Selection brushes_before = brush_selection, entities_before = entity_selection;
@@ -121,12 +130,7 @@ bool World::PointSelection(const PickRequest& request) {
         if (!was_selected || request.additive)
             PickBrush(hit, request.ignore_groups ? -1 : CheckGroups(hit, -1), !was_selected);
     }
-    EndPick(brushes_before, entities_before);
-    const bool any = brush_selection.GetItemCount() > 0;
-    if (any && first_selected_id == NO_OBJECT_ID)
-        first_selected_id = brush[static_cast<size_t>(brush_selection.GetItem(0))]->GetObjectID();
-    GetFrontEnd().SelectionChanged();
-    return any;
+    return EndBrushPick(brushes_before, entities_before);
 }
 
 bool World::DragBoxSelection(const Box& box, const PickRequest& request) {
@@ -139,10 +143,5 @@ bool World::DragBoxSelection(const Box& box, const PickRequest& request) {
         if (!b.is_hidden && brush_selection.TestItem(i) == -1 && b.IsInVoxel(BoxMin(reach), BoxMax(reach)))
             PickBrush(i, newest[static_cast<size_t>(i)], true);
     }
-    EndPick(brushes_before, entities_before);
-    const bool any = brush_selection.GetItemCount() > 0;
-    if (any && first_selected_id == NO_OBJECT_ID)
-        first_selected_id = brush[static_cast<size_t>(brush_selection.GetItem(0))]->GetObjectID();
-    GetFrontEnd().SelectionChanged();
-    return any;
+    return EndBrushPick(brushes_before, entities_before);
 }

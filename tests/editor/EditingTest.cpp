@@ -4,7 +4,10 @@
 class EditingTest : public EditorTest {
 protected:
     // A selected box: right and up 0 to 64 in every view.
-    void SetUp() override {
+    void SetUp() override { StartAnew(); }
+    void StartAnew() {
+        Level().ClearSelection();
+        Level().brush.clear();
         AddBox({0, 0, 0}, {64, 64, 64});
         SelectBrushes({0});
     }
@@ -14,14 +17,16 @@ protected:
         ExpectVector(Ed().selection_pivot, (min + max) * 0.5f, what + " pivot");
     }
     static D3DVECTOR InView(int view, float right, float up) {
-        return view == VIEW_TOP ? D3DVECTOR{right, 0, up} : view == VIEW_FRONT ? D3DVECTOR{right, up, 0} : D3DVECTOR{0, up, right};
+        return view == VIEW_TOP     ? D3DVECTOR{right, 0, up}
+               : view == VIEW_FRONT ? D3DVECTOR{right, up, 0}
+                                    : D3DVECTOR{0, up, right};
     }
 };
 
 TEST_F(EditingTest, AMoveInEachViewHasOneUndoStep) {
     for (const int view : {VIEW_TOP, VIEW_FRONT, VIEW_LEFT}) {
         const D3DVECTOR move = InView(view, -40, 24);
-        Drag(view, At(30, 30), At(-10, 54));
+        Drag(view, At(32, 32), At(-8, 56));
         EXPECT_EQ(Ed().editor_state, ES_SELECTED);
         ExpectSelectionBox(move, move + D3DVECTOR{64, 64, 64}, "moved");
         EXPECT_EQ(UndoTexts().back(), "Move objects.");
@@ -44,9 +49,9 @@ TEST_F(EditingTest, ZoomedMoves) {
 
 TEST_F(EditingTest, ACornerOffTheGridJumpsToItFirst) {
     const struct {
-        int from, first;   // the mouse
-        float corner;      // the low x of the brush
-        float moved;       // where the low x comes to lie
+        int from, first; // the mouse
+        float corner;    // the low x of the brush
+        float moved;     // where the low x comes to lie
     } cases[] = {{24, 32, 3, 8}, {24, 16, 3, 0}, {24, 32, -3, 0}, {24, 16, -3, -8}};
     for (const auto& c : cases) {
         Ed().Cancel();
@@ -58,7 +63,8 @@ TEST_F(EditingTest, ACornerOffTheGridJumpsToItFirst) {
         EXPECT_EQ(BrushAt(0).bbox[7].x, c.moved) << c.corner << " toward " << c.first;
         const int next = c.first + (c.first > c.from ? 8 : -8);
         Move(VIEW_FRONT, At(next, 24));
-        EXPECT_EQ(BrushAt(0).bbox[7].x, c.moved + static_cast<float>(c.first > c.from ? 8 : -8)) << "then with the grid";
+        EXPECT_EQ(BrushAt(0).bbox[7].x, c.moved + static_cast<float>(c.first > c.from ? 8 : -8))
+            << "then with the grid";
         LeftUp(At(next, 24));
         Undo();
         EXPECT_EQ(BrushAt(0).bbox[7].x, c.corner) << "undone";
@@ -66,7 +72,9 @@ TEST_F(EditingTest, ACornerOffTheGridJumpsToItFirst) {
 }
 
 TEST_F(EditingTest, AlignToGridByItself) {
-    const auto align = [this](float reference, float delta) { return Ed().AlignToGrid({reference, 0, 0}, {delta, 0, 0}).x; };
+    const auto align = [this](float reference, float delta) {
+        return Ed().AlignToGrid({reference, 0, 0}, {delta, 0, 0}).x;
+    };
     EXPECT_EQ(align(16, 8), 8);
     EXPECT_EQ(align(3, 8), 5);
     EXPECT_EQ(align(3, -8), -3);
@@ -79,25 +87,23 @@ TEST_F(EditingTest, AlignToGridByItself) {
 TEST_F(EditingTest, ResizeOfEachSideAndCorner) {
     const struct {
         const char* what;
-        int right, up;                   // the press, outside the box
+        int right, up;                      // the press, outside the box
         float low_a, low_b, high_a, high_b; // after a drag by 16, 8
     } cases[] = {
-        {"left", -10, 32, 16, 0, 64, 64},         {"right", 80, 32, 0, 0, 80, 64},
-        {"top", 32, 80, 0, 0, 64, 72},            {"bottom", 32, -10, 0, 8, 64, 64},
-        {"left and top", -10, 80, 16, 0, 64, 72}, {"right and bottom", 80, -10, 0, 8, 80, 64},
+        {"left", -16, 32, 16, 0, 64, 64},
+        {"right", 80, 32, 0, 0, 80, 64},
+        {"top", 32, 80, 0, 0, 64, 72},
+        {"bottom", 32, -16, 0, 8, 64, 64},
+        {"left and top", -16, 80, 16, 0, 64, 72},
+        {"right and bottom", 80, -16, 0, 8, 80, 64},
     };
     for (const int view : {VIEW_TOP, VIEW_FRONT, VIEW_LEFT})
         for (const auto& c : cases) {
-            // Pixels of the press and the release lie on the grid's multiples alike.
-            LeftDown(view, At(c.right / 8 * 8, c.up / 8 * 8));
-            const POINT press = At(c.right, c.up);
-            LeftUp(press);
-            Drag(view, press, {press.x + 16, press.y - 8});
+            StartAnew();
+            Drag(view, At(c.right, c.up), At(c.right + 16, c.up + 8));
             const D3DVECTOR missing = D3DVECTOR{1, 1, 1} - InView(view, 1, 1);
             ExpectSelectionBox(InView(view, c.low_a, c.low_b), InView(view, c.high_a, c.high_b) + missing * 64.0f,
                                std::string(c.what) + " in view " + std::to_string(view));
-            Level().ScaleBrush(MakeBox({0, 0, 0}, {64, 64, 64}), Ed().selection_box);
-            Ed().UpdateSelectionBox();
         }
     EXPECT_EQ(Ed().edit_state, static_cast<uint32_t>(EDGE_RIGHT | EDGE_BOTTOM));
 }
@@ -149,11 +155,7 @@ TEST_F(EditingTest, ShearInEachView) {
         {VIEW_LEFT, At(80, 32), At(80, 48), {0, 0, 0}, {64, 80, 64}},
     };
     for (const auto& c : cases) {
-        Level().brush[0] = std::make_unique<Brush>();
-        Level().brush.clear();
-        Level().brush_selection.ClearList();
-        AddBox({0, 0, 0}, {64, 64, 64});
-        SelectBrushes({0});
+        StartAnew();
         Ed().ToggleShearing();
         EXPECT_EQ(Ed().GetCursor(), CursorRole::Shear);
         Move(c.view, c.press);
@@ -207,7 +209,8 @@ TEST_F(EditingTest, SpaceClonesByOneGridStep) {
     const struct {
         int view;
         D3DVECTOR step;
-    } cases[] = {{VIEW_TOP, {8, 0, -8}}, {VIEW_FRONT, {8, -8, 0}}, {VIEW_LEFT, {0, -8, 8}}, {VIEW_PERSPECTIVE, {8, 0, -8}}};
+    } cases[] = {
+        {VIEW_TOP, {8, 0, -8}}, {VIEW_FRONT, {8, -8, 0}}, {VIEW_LEFT, {0, -8, 8}}, {VIEW_PERSPECTIVE, {8, 0, -8}}};
     D3DVECTOR low;
     for (const auto& c : cases) {
         Activate(c.view);

@@ -35,7 +35,8 @@ TEST_F(EntityPlacingTest, TwoCoordinatesComeFromTheViewTheThirdStays) {
     RightClick(VIEW_PERSPECTIVE, At(0, 0), MOUSE_CONTROL);
     EXPECT_EQ(Level().GetEntityCount(), 2) << "not in the perspective view";
     EXPECT_EQ(Ed().status[PANE_COUNTS], "Brushes: 0   Entities: 2");
-    EXPECT_EQ(UndoTexts(), (std::vector<std::string>{"Create 1 object(s).", "Deselect 1 object(s).", "Create 1 object(s)."}));
+    EXPECT_EQ(UndoTexts(),
+              (std::vector<std::string>{"Create 1 object(s).", "Deselect 1 object(s).", "Create 1 object(s)."}));
     Undo();
     EXPECT_EQ(Level().GetEntityCount(), 1);
     EXPECT_EQ(Ed().editor_state, ES_IDLE);

@@ -24,8 +24,9 @@ protected:
 TEST_F(LevelSurveyTest, SummaryOfNothing) {
     std::string text = "before ";
     Ed().GetLevelSummary(text);
-    EXPECT_EQ(text, "before BRUSHES - total: 0\r\n  0x DESTROYABLE\r\n  0x SEE THROUGH\r\n  0x LADDERS\r\n  0x DYNAMIC\r\n"
-                    "  0x CLIP\r\n\r\nENTITIES - total 0\r\n");
+    EXPECT_EQ(text,
+              "before BRUSHES - total: 0\r\n  0x DESTROYABLE\r\n  0x SEE THROUGH\r\n  0x LADDERS\r\n  0x DYNAMIC\r\n"
+              "  0x CLIP\r\n\r\nENTITIES - total 0\r\n");
 }
 
 TEST_F(LevelSurveyTest, SummaryCountsByKind) {
@@ -67,7 +68,7 @@ TEST_F(LevelSurveyTest, LogOfAllParametersAndOfScripts) {
     e.parameter.push_back(p);
     p = {}, p.name = "wind", p.type = EPT_VECTOR3, p.p_vector3 = {1, 2, -3.5f};
     e.parameter.push_back(p);
-    p = {}, p.name = "color", p.type = EPT_COLOR, p.p_color = {1, 128 / 255.0f, 0, 1};
+    p = {}, p.name = "color", p.type = EPT_COLOR, p.p_color = {0, 1, 128 / 255.0f, 0, 1};
     e.parameter.push_back(p);
     e.parameter.push_back(Text("Script", "walk\nrun"));
     e.parameter.push_back(Text("OnDeath", "howl", EPT_FILENAME));
@@ -80,8 +81,9 @@ TEST_F(LevelSurveyTest, LogOfAllParametersAndOfScripts) {
 
     Ed().LogEntities(false);
     EXPECT_EQ(ReadBytes("Marrowstead/entity_params.log"),
-              heading + "---- alive = True\n---- count = -3\n---- range = 0.5000\n---- pair = (1.0000, 2.2500)\n"
-                        "---- wind = (1.00, 2.00, -3.50)\n---- color = (255, 128, 0, 255)\n" +
+              heading +
+                  "---- alive = True\n---- count = -3\n---- range = 0.5000\n---- pair = (1.0000, 2.2500)\n"
+                  "---- wind = (1.00, 2.00, -3.50)\n---- color = (255, 128, 0, 255)\n" +
                   script + "---- Only = \nno script\n---- mood = calm\n");
     Ed().LogEntities(true);
     EXPECT_EQ(ReadBytes("Marrowstead/entity_params.log"), heading + script);

@@ -144,8 +144,8 @@ TEST_F(VertexModeTest, CrossesInThePerspectiveView) {
         POINT press, release;
         D3DVECTOR moved;
     } cases[] = {
-        {0, {300, 223}, {320, 223}, {104, 64, 0}},  // x 85 to 124 on the plane y 64: 80 to 120
-        {1, {289, 213}, {289, 203}, {64, 80, 0}},   // y 83 to 103 on the plane x 64: 80 to 96
+        {0, {300, 223}, {320, 223}, {104, 64, 0}}, // x 85 to 124 on the plane y 64: 80 to 120
+        {1, {289, 213}, {289, 203}, {64, 80, 0}},  // y 83 to 103 on the plane x 64: 80 to 96
     };
     for (const auto& c : cases) {
         Move(VIEW_PERSPECTIVE, {10, 10});
@@ -170,9 +170,9 @@ TEST_F(VertexModeTest, CrossesInThePerspectiveView) {
 
 TEST_F(VertexModeTest, AViewAlongThePlaneBringsNoWildNumbers) {
     MarkAt({64, 64, 0});
-    Ed().selected_cross_vertex = static_cast<int>(
-        std::find_if(Level().so_vertex.begin(), Level().so_vertex.end(), [](const SO_VERTEX& v) { return v.selected; }) -
-        Level().so_vertex.begin());
+    Ed().selected_cross_vertex = static_cast<int>(std::find_if(Level().so_vertex.begin(), Level().so_vertex.end(),
+                                                               [](const SO_VERTEX& v) { return v.selected; }) -
+                                                  Level().so_vertex.begin());
     Ed().selected_cross_edge = 0;
     Activate(VIEW_PERSPECTIVE);
     ExpectVector(Ed().GetCrossPlaneIntersection({100, MIDDLE}), {0, 0, 0}, "along the plane");

@@ -24,10 +24,10 @@ TEST_F(ViewsTest, PixelsSnapTowardZeroAtEveryZoom) {
     const struct {
         int zoom_in, zoom_out, grid, pixel, world;
     } cases[] = {
-        {1, 1, 8, -5, 0},     {1, 1, 8, -9, -8},     {1, 1, 8, 15, 8},   {1, 1, 8, 16, 16},
-        {4, 1, 8, 31, 0},     {4, 1, 8, 32, 8},      {4, 1, 8, 100, 24}, {4, 1, 8, -33, -8},
-        {1, 8, 4, 100, 800},  {1, 8, 4, -1, -8},     {1, 2, 16, 17, 32}, {1, 2, 16, -17, -32},
-        {128, 1, 1, 127, 0},  {128, 1, 1, 300, 2},   {1, 128, 512, 9, 1024}, {1, 128, 1, 3, 384},
+        {1, 1, 8, -5, 0},    {1, 1, 8, -9, -8},   {1, 1, 8, 15, 8},       {1, 1, 8, 16, 16},
+        {4, 1, 8, 31, 0},    {4, 1, 8, 32, 8},    {4, 1, 8, 100, 24},     {4, 1, 8, -33, -8},
+        {1, 8, 4, 100, 800}, {1, 8, 4, -1, -8},   {1, 2, 16, 17, 32},     {1, 2, 16, -17, -32},
+        {128, 1, 1, 127, 0}, {128, 1, 1, 300, 2}, {1, 128, 512, 9, 1024}, {1, 128, 1, 3, 384},
     };
     for (const auto& c : cases) {
         SetZoom(VIEW_TOP, c.zoom_in, c.zoom_out);
@@ -57,8 +57,8 @@ TEST_F(ViewsTest, MatricesShowAPointWhereItsPixelIs) {
     const D3DVECTOR point{24, 40, -16};
     const struct {
         int view, zoom_in, zoom_out, right, up;
-    } cases[] = {{VIEW_TOP, 1, 1, 24, -16},  {VIEW_FRONT, 1, 1, 24, 40}, {VIEW_LEFT, 1, 1, -16, 40},
-                 {VIEW_TOP, 4, 1, 96, -64},  {VIEW_LEFT, 2, 1, -32, 80}, {VIEW_FRONT, 1, 8, 3, 5}};
+    } cases[] = {{VIEW_TOP, 1, 1, 24, -16}, {VIEW_FRONT, 1, 1, 24, 40}, {VIEW_LEFT, 1, 1, -16, 40},
+                 {VIEW_TOP, 4, 1, 96, -64}, {VIEW_LEFT, 2, 1, -32, 80}, {VIEW_FRONT, 1, 8, 3, 5}};
     for (const auto& c : cases) {
         SetZoom(c.view, c.zoom_in, c.zoom_out);
         Ed().SetMatrices(c.view);

@@ -1,0 +1,103 @@
+// What a designer waits for, through the editor itself: a mouse move of a drag, a click, a rectangle, undo, in a level of
+// 10,000 brushes.
+#include <benchmark/benchmark.h>
+
+#include <filesystem>
+#include <stdlib.h>
+
+#include "editor/Interface.h"
+
+namespace {
+
+constexpr int BRUSHES = 10000, ROW = 100, SELECTED = 1000;
+constexpr float STEP = 96, SIDE = 64;
+constexpr RECT WINDOW{0, 0, 960, 540};
+
+// An editor without data over a square of textured boxes.
+class Editor {
+public:
+    Editor() {
+        setenv("MARROWSTEAD_CONFIG", (std::filesystem::temp_directory_path() / "marrowstead-bench").c_str(), 1);
+        interface = std::make_unique<CInterface>();
+        interface->store_settings = false;
+        interface->settings = {};
+        interface->InitEditor();
+        for (int view = 0; view < VIEW_COUNT; ++view)
+            interface->SetViewRect(view, WINDOW);
+        for (int i = 0; i < BRUSHES; ++i) {
+            const D3DVECTOR min{static_cast<float>(i % ROW) * STEP, 0, static_cast<float>(i / ROW) * STEP};
+            BrushShape shape;
+            shape.bb = MakeBox(min, min + D3DVECTOR{SIDE, SIDE, SIDE});
+            shape.pivot = min + D3DVECTOR{SIDE / 2, SIDE / 2, SIDE / 2};
+            Brush& brush = *interface->world->AddBrush(std::make_unique<Brush>(shape));
+            brush.GenerateNewObjectID();
+            brush.ForEachSurface([](Surface& s, int, bool) { s.texture.size = {256, 256}; });
+        }
+        interface->active_view = VIEW_TOP;
+        VIEWINFO& top = interface->View(VIEW_TOP);
+        top.zoom_out = 8;
+        top.view_position[1] = -500;
+    }
+    void SelectMany() {
+        for (int i = 0; i < SELECTED; ++i)
+            interface->world->SetBrushSelection(i, true);
+        interface->UpdateSelectionBox();
+    }
+    // The pixel of the top view over a world position.
+    POINT Pixel(float x, float z) const {
+        const VIEWINFO& top = interface->View(VIEW_TOP);
+        return {static_cast<int>(x * top.Scale()) - top.view_position[0],
+                static_cast<int>(-z * top.Scale()) - top.view_position[1]};
+    }
+
+    std::unique_ptr<CInterface> interface;
+};
+
+// A press inside the selection moves it, one beside it grabs its side.
+void BM_MouseMoveOfADrag(benchmark::State& bench) {
+    Editor editor;
+    editor.SelectMany();
+    const bool resize = bench.range(0) != 0;
+    POINT point = editor.Pixel(resize ? -STEP : SIDE, SIDE);
+    editor.interface->MouseMove(0, point);
+    editor.interface->MouseLeftButtonDown(0, point);
+    int step = 8;
+    for (auto _ : bench) {
+        point.x += step;
+        editor.interface->MouseMove(0, point);
+        step = -step;
+    }
+}
+BENCHMARK(BM_MouseMoveOfADrag)->ArgName("resize")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+
+void BM_ClickInTheTopView(benchmark::State& bench) {
+    Editor editor;
+    const POINT point = editor.Pixel(50 * STEP, 30 * STEP + SIDE / 2);
+    for (auto _ : bench)
+        editor.interface->Select(point, true);
+}
+BENCHMARK(BM_ClickInTheTopView)->Unit(benchmark::kMillisecond);
+
+void BM_ClickInThePerspectiveView(benchmark::State& bench) {
+    Editor editor;
+    editor.interface->active_view = VIEW_PERSPECTIVE;
+    VIEWINFO& view = editor.interface->View(VIEW_PERSPECTIVE);
+    view.camera_position = {50 * STEP, 400, -200};
+    view.camera_rotation = {-0.2f, 0, 0};
+    for (auto _ : bench)
+        editor.interface->Select({480, 300}, true);
+}
+BENCHMARK(BM_ClickInThePerspectiveView)->Unit(benchmark::kMillisecond);
+
+void BM_DeleteThousandAndUndo(benchmark::State& bench) {
+    Editor editor;
+    editor.SelectMany();
+    World& world = *editor.interface->world;
+    for (auto _ : bench) {
+        editor.interface->DeleteSelection();
+        world.undo_buffer.UndoLastAction(world, world.redo_buffer);
+    }
+}
+BENCHMARK(BM_DeleteThousandAndUndo)->Unit(benchmark::kMillisecond);
+
+} // namespace
