@@ -1,5 +1,5 @@
-// What a designer waits for, through the editor itself: a mouse move of a drag, a click, a rectangle, undo, in a level of
-// 10,000 brushes.
+// What a designer waits for, through the editor itself: a mouse move of a drag, a click, a rectangle, undo, in a level
+// of 10,000 brushes.
 #include <benchmark/benchmark.h>
 
 #include <filesystem>

@@ -8,10 +8,10 @@
 namespace {
 
 constexpr std::array<const char*, 44> NAMED_KEYS = {
-    "Space",  "Backspace", "Esc",   "Ins",   "Del",  "Home", "End",  "PgUp", "PgDn",     "Left", "Right",
-    "Up",     "Down",      "Tab",   "Enter", "F1",   "F2",   "F3",   "F4",   "F5",       "F6",   "F7",
-    "F8",     "F9",        "F10",   "F11",   "F12",  "Num0", "Num1", "Num2", "Num3",     "Num4", "Num5",
-    "Num6",   "Num7",      "Num8",  "Num9",  "Num+", "Num-", "Num*", "Num/", "CapsLock", "Num.", "Pause"};
+    "Space", "Backspace", "Esc",  "Ins",   "Del",  "Home", "End",  "PgUp", "PgDn",     "Left", "Right",
+    "Up",    "Down",      "Tab",  "Enter", "F1",   "F2",   "F3",   "F4",   "F5",       "F6",   "F7",
+    "F8",    "F9",        "F10",  "F11",   "F12",  "Num0", "Num1", "Num2", "Num3",     "Num4", "Num5",
+    "Num6",  "Num7",      "Num8", "Num9",  "Num+", "Num-", "Num*", "Num/", "CapsLock", "Num.", "Pause"};
 
 // Takes "Name+" off the front, in any case.
 bool TakeModifier(std::string_view& text, std::string_view name) {
@@ -54,8 +54,10 @@ std::string KeysText(const KeyCombination& keys) {
 }
 
 std::optional<HeldKey> HeldKeyOf(const std::string& key) {
-    constexpr std::pair<const char*, HeldKey> KEYS[] = {{"Num0", HeldKey::Num0}, {"Num2", HeldKey::Num2},
-                                                        {"Num4", HeldKey::Num4}, {"Num6", HeldKey::Num6},
+    constexpr std::pair<const char*, HeldKey> KEYS[] = {{"Num0", HeldKey::Num0},
+                                                        {"Num2", HeldKey::Num2},
+                                                        {"Num4", HeldKey::Num4},
+                                                        {"Num6", HeldKey::Num6},
                                                         {"Num8", HeldKey::Num8}};
     for (const auto& [name, held] : KEYS)
         if (key == name)

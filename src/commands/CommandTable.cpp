@@ -16,19 +16,29 @@ using F = CMainFrame;
 constexpr const char* FRAME = "CMainFrame";
 constexpr const char* DOC = "CMarrowstead2Doc";
 constexpr const char* PERSPECTIVE = "CPerspectiveView";
-constexpr float QUARTER_TURN = 1.5707964f;   // radians
+constexpr float QUARTER_TURN = 1.5707964f;             // radians
 constexpr float MOVIE_STEP = 0.02f, MOVIE_JUMP = 1.0f; // seconds
 constexpr auto NOT_AVAILABLE = nullptr;
 
 template <BrushType TYPE>
 Command Template(const char* name, const char* text) {
-    return {FRAME, name, "Brush", text, "", [](F& f) { f.SelectTemplate(TYPE); },
+    return {FRAME,
+            name,
+            "Brush",
+            text,
+            "",
+            [](F& f) { f.SelectTemplate(TYPE); },
             [](F& f) { return f.interface.active_brush_template == TYPE; }};
 }
 
 template <bool DisplayFilters::*FILTER>
 Command Filter(const char* name, const char* text, const char* keys) {
-    return {FRAME, name, "Show", text, keys, [](F& f) { f.ToggleFilter(FILTER); },
+    return {FRAME,
+            name,
+            "Show",
+            text,
+            keys,
+            [](F& f) { f.ToggleFilter(FILTER); },
             [](F& f) { return f.interface.filters.*FILTER; }};
 }
 

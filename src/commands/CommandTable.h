@@ -9,14 +9,14 @@
 class CMainFrame;
 
 struct Command {
-    const char* owner; // class of the handler
-    const char* name;  // of the handler
-    const char* menu;  // "File", "Edit", ...; empty: in no menu
-    const char* text;  // of the menu item, "" where there is none
-    const char* keys;  // parted by blanks
-    void (*action)(CMainFrame&);                       // null: not available
-    bool (*is_checked)(CMainFrame&) = nullptr;         // null: the item has no mark
-    bool (*is_enabled)(CMainFrame&) = nullptr;         // null: always
+    const char* owner;                                  // class of the handler
+    const char* name;                                   // of the handler
+    const char* menu;                                   // "File", "Edit", ...; empty: in no menu
+    const char* text;                                   // of the menu item, "" where there is none
+    const char* keys;                                   // parted by blanks
+    void (*action)(CMainFrame&);                        // null: not available
+    bool (*is_checked)(CMainFrame&) = nullptr;          // null: the item has no mark
+    bool (*is_enabled)(CMainFrame&) = nullptr;          // null: always
     const char* (*current_text)(CMainFrame&) = nullptr; // a menu text that changes
 };
 

@@ -193,8 +193,8 @@ void CMarrowstead2Doc::MergeDecals(const std::string& path) {
     }
     interface.MarkDirty();
     interface.RedrawView(VIEW_PERSPECTIVE);
-    GetDesktop().MessageBox(
-        Format("%d decals were successfully added.", static_cast<int>(world.decal_template.size())), "");
+    GetDesktop().MessageBox(Format("%d decals were successfully added.", static_cast<int>(world.decal_template.size())),
+                            "");
 }
 
 void CMarrowstead2Doc::OnFileMergeDecals() {

@@ -11,7 +11,7 @@
 namespace {
 
 constexpr const char* TITLE = "Marrowstead 2000";
-constexpr int LEAST_PANE = 5;           // pixels
+constexpr int LEAST_PANE = 5;                 // pixels
 constexpr int COLUMN_EDGE = 5, ROW_EDGE = 46; // of the split's borders and the bars around it
 constexpr float MOVIE_SECONDS_A_TICK = 0.001f;
 

@@ -17,8 +17,8 @@
 struct Command;
 class RecoveryFile;
 
-// Sizes of the split: two columns, two rows. Top left stands the perspective view, beside it the top view; below them the
-// left and the front view.
+// Sizes of the split: two columns, two rows. Top left stands the perspective view, beside it the top view; below them
+// the left and the front view.
 struct SplitLayout {
     std::array<int, 2> columns{}, rows{};
 };

@@ -183,8 +183,7 @@ void CMainFrame::OnToolsReindexallobjectids() {
 void CMainFrame::OnToolsValidate() {
     if (interface.world->ValidateIDs()) {
         interface.MarkDirty();
-        GetDesktop().MessageBox("Some objects have assigned same ID. IDs were be re-generated.",
-                                "Same IDs detected.");
+        GetDesktop().MessageBox("Some objects have assigned same ID. IDs were be re-generated.", "Same IDs detected.");
     } else
         GetDesktop().MessageBox("Scene OK.", "No errors detected.");
 }

@@ -10,14 +10,14 @@
 
 namespace {
 
-constexpr float UNITS_A_PIXEL = 1.5f;         // of a flight
-constexpr float RADIANS_A_PIXEL = 0.005f;     // of a turn
-constexpr float STEEPEST = 1.553343f;         // 89 degrees: elevation of the free camera
-constexpr float HALF_PI = PI / 2;             // elevation of the orbit
-constexpr float ORBIT_STEP = 0.03490659f;     // 2 degrees
-constexpr float WHEEL_STEP = 64.0f;           // world units
+constexpr float UNITS_A_PIXEL = 1.5f;     // of a flight
+constexpr float RADIANS_A_PIXEL = 0.005f; // of a turn
+constexpr float STEEPEST = 1.553343f;     // 89 degrees: elevation of the free camera
+constexpr float HALF_PI = PI / 2;         // elevation of the orbit
+constexpr float ORBIT_STEP = 0.03490659f; // 2 degrees
+constexpr float WHEEL_STEP = 64.0f;       // world units
 constexpr float WIDE_STEP = 2.0f, FINE_STEP = 0.25f;
-constexpr float CENTER_AHEAD = 512.0f;        // of an orbit with nothing to turn about
+constexpr float CENTER_AHEAD = 512.0f; // of an orbit with nothing to turn about
 
 float WrappedAngle(float angle) { return angle > PI ? angle - TWO_PI : angle < -PI ? angle + TWO_PI : angle; }
 
@@ -111,7 +111,8 @@ void CPerspectiveView::FlyCamera(int dx, int dy) {
 
 // dx: to the left
 void CPerspectiveView::TurnCamera(int dx, int dy) {
-    const float elevation = static_cast<float>(dy) * RADIANS_A_PIXEL, azimuth = static_cast<float>(dx) * RADIANS_A_PIXEL;
+    const float elevation = static_cast<float>(dy) * RADIANS_A_PIXEL,
+                azimuth = static_cast<float>(dx) * RADIANS_A_PIXEL;
     if (interface.special_camera_rotation) {
         special_elevation = std::clamp(special_elevation + elevation, -HALF_PI, HALF_PI);
         special_azimuth = WrappedAngle(special_azimuth - azimuth);

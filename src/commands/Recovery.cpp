@@ -137,9 +137,9 @@ std::vector<RecoveredLevel> RecoveryFile::FindLeftOver() {
 void RecoveryFile::Offer(CMarrowstead2Doc& document) {
     for (const RecoveredLevel& level : FindLeftOver()) {
         const std::string name = level.has_name ? "\"" + level.project_name + "\"" : "a level without a name";
-        const MessageAnswer answer = GetDesktop().MessageBox(
-            "The last run did not end in order. A copy of " + name + " was kept. Do you want to open it?",
-            "Marrowstead 2000", MessageButtons::YesNoCancel);
+        const MessageAnswer answer = GetDesktop().MessageBox("The last run did not end in order. A copy of " + name +
+                                                                 " was kept. Do you want to open it?",
+                                                             "Marrowstead 2000", MessageButtons::YesNoCancel);
         if (answer == MessageAnswer::Cancel)
             continue; // offered again at the next start
         if (answer == MessageAnswer::No) {

@@ -1,5 +1,5 @@
-// Work is not lost in a crash: while the level has changes that are not saved, a copy of it is kept beside the settings,
-// and the next start offers it. A run that ends in order takes its copy away.
+// Work is not lost in a crash: while the level has changes that are not saved, a copy of it is kept beside the
+// settings, and the next start offers it. A run that ends in order takes its copy away.
 #pragma once
 
 #include <cstdint>

@@ -21,9 +21,9 @@ constexpr AnswerWord WORDS[] = {{"ok", MessageAnswer::Ok},
                                 {"retry", MessageAnswer::Retry}};
 
 const char* WordOf(MessageAnswer answer) {
-    return std::find_if(std::begin(WORDS), std::end(WORDS), [answer](const AnswerWord& w) {
-               return w.answer == answer;
-           })->word;
+    return std::find_if(std::begin(WORDS), std::end(WORDS),
+                        [answer](const AnswerWord& w) { return w.answer == answer; })
+        ->word;
 }
 
 std::vector<MessageAnswer> AnswersOf(MessageButtons buttons) { // the safe one first
@@ -74,10 +74,9 @@ bool TakeFields(FormQuestion& question, const std::string& answer) {
         const size_t end = std::min(answer.find(';', start), answer.size());
         const std::string pair = answer.substr(start, end - start);
         const size_t equals = pair.find('=');
-        const auto field =
-            std::find_if(question.fields.begin(), question.fields.end(), [&](const FormField& f) {
-                return equals != std::string::npos && EqualNoCase(f.label, pair.substr(0, equals));
-            });
+        const auto field = std::find_if(question.fields.begin(), question.fields.end(), [&](const FormField& f) {
+            return equals != std::string::npos && EqualNoCase(f.label, pair.substr(0, equals));
+        });
         if (field == question.fields.end() || !TakeFieldText(*field, pair.substr(equals + 1)))
             return false;
         start = end + 1;
@@ -135,10 +134,10 @@ bool ScriptDesktop::AskForm(FormQuestion& question) {
     for (const FormField& field : question.fields)
         labels += (labels.empty() ? "" : ";") + field.label + "=" + field.value;
     FormQuestion answered = question;
-    const bool taken = !answer.empty() && !EqualNoCase(answer, CANCEL) &&
-                       (EqualNoCase(answer, "ok") ||
-                        (question.fields.size() == 1 && TakeFieldText(answered.fields[0], answer)) ||
-                        TakeFields(answered, answer));
+    const bool taken =
+        !answer.empty() && !EqualNoCase(answer, CANCEL) &&
+        (EqualNoCase(answer, "ok") || (question.fields.size() == 1 && TakeFieldText(answered.fields[0], answer)) ||
+         TakeFields(answered, answer));
     Record(question.title, labels, taken ? answer : CANCEL);
     for (size_t i = 0; taken && i < question.fields.size(); ++i) // callers may hold on to the fields
         question.fields[i].value = answered.fields[i].value;

@@ -56,8 +56,10 @@ EditorSettings& Settings(CInterface& i) { return i.settings; }
 DisplayFilters& Filters(CInterface& i) { return i.filters; }
 World& Level(CInterface& i) { return *i.world; }
 
-#define FLAG(owner, Class, field) {#field, 1, Flag<Class>(owner, &Class::field)}
-#define WHOLE(owner, Class, field, least, most) {#field, 1, Whole(owner, &Class::field, least, most)}
+#define FLAG(owner, Class, field)                                                                                      \
+    { #field, 1, Flag < Class>(owner, &Class::field) }
+#define WHOLE(owner, Class, field, least, most)                                                                        \
+    { #field, 1, Whole(owner, &Class::field, least, most) }
 
 const std::vector<ScriptField>& Fields() {
     using I = CInterface;

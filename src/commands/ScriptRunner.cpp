@@ -15,8 +15,8 @@ constexpr int MOVES_OF_A_DRAG = 8;
 constexpr int WHEEL_CLICK = 120;
 constexpr int MOST_PRESSES = 10000;
 constexpr const char* VIEW_NAMES[VIEW_COUNT] = {"top", "front", "left", "perspective"};
-constexpr const char* MOUSE_EVENTS[] = {"move",        "left_down", "left_up",    "left_double", "middle_down",
-                                        "middle_up",   "right_down", "right_up", "wheel_up",    "wheel_down"};
+constexpr const char* MOUSE_EVENTS[] = {"move",      "left_down",  "left_up",  "left_double", "middle_down",
+                                        "middle_up", "right_down", "right_up", "wheel_up",    "wheel_down"};
 
 } // namespace
 

@@ -1,5 +1,5 @@
-// Runs scripts: one action a line, as a person would do it with mouse and keys. "#" begins a comment, words are parted by
-// blanks, double quotes keep blanks together. docs/scripts.md lists the words.
+// Runs scripts: one action a line, as a person would do it with mouse and keys. "#" begins a comment, words are parted
+// by blanks, double quotes keep blanks together. docs/scripts.md lists the words.
 #pragma once
 
 #include <filesystem>

@@ -14,7 +14,6 @@
 
 namespace {
 
-
 bool IsZoom(int n) { return n >= 1 && n <= MOST_ZOOM && (n & (n - 1)) == 0; }
 
 } // namespace
@@ -142,8 +141,8 @@ bool ScriptRunner::DoView(const Words& words) {
         vi.view_position[1] = y;
     } else if (words[2] == "zoom" && words.size() == 4) {
         if (!IsZoom(x) && !IsZoom(-x))
-            return Fail(Format("\"%s\" is no zoom: a power of two from 1 to 128 or its negative is needed",
-                               words[3].c_str()));
+            return Fail(
+                Format("\"%s\" is no zoom: a power of two from 1 to 128 or its negative is needed", words[3].c_str()));
         vi.zoom_in = x > 0 ? x : 1;
         vi.zoom_out = x > 0 ? 1 : -x;
     } else

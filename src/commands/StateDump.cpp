@@ -51,17 +51,20 @@ std::string MaterialName(const World& world, int index) {
 }
 
 Json ToJson(const TEX_INFO& t) {
-    return {{"shift", ToJson(t.shift)}, {"scale", ToJson(t.scale)},   {"size", ToJson(t.size)},
-            {"rotation", t.rotation},   {"flip_u", t.flip_u},         {"flip_v", t.flip_v},
-            {"locked", t.locked},       {"index", t.index},           {"fitted", t.fitted}};
+    return {{"shift", ToJson(t.shift)}, {"scale", ToJson(t.scale)}, {"size", ToJson(t.size)},
+            {"rotation", t.rotation},   {"flip_u", t.flip_u},       {"flip_v", t.flip_v},
+            {"locked", t.locked},       {"index", t.index},         {"fitted", t.fitted}};
 }
 
 Json SurfacesJson(const World& world, const std::vector<Surface>& surfaces, bool curved) {
     Json json = Json::array();
     for (const Surface& s : surfaces) {
-        Json surface = {{"vertices", ListJson(s.vertices)},        {"normals", ListJson(s.normal)},
-                        {"uv", ListJson(s.uv)},                    {"triangles", ListJson(s.tri_indices)},
-                        {"edges", ListJson(s.edge_indices)},       {"tex_info", ToJson(s.texture)},
+        Json surface = {{"vertices", ListJson(s.vertices)},
+                        {"normals", ListJson(s.normal)},
+                        {"uv", ListJson(s.uv)},
+                        {"triangles", ListJson(s.tri_indices)},
+                        {"edges", ListJson(s.edge_indices)},
+                        {"tex_info", ToJson(s.texture)},
                         {"material", MaterialName(world, s.texture.index)}};
         if (curved)
             surface["cp"] = ListJson(s.cp);
@@ -226,15 +229,10 @@ Json MessagesJson(const std::vector<ScriptDesktop::Message>& messages) {
 std::string DumpState(const CInterface& interface, const std::vector<ScriptDesktop::Message>& messages,
                       const std::string& completion) {
     const World& world = *interface.world;
-    Json json = {{"brushes", BrushesJson(world)},
-                 {"entities", EntitiesJson(world)},
-                 {"groups", GroupsJson(world)},
-                 {"selection", SelectionJson(world)},
-                 {"materials", MaterialsJson(world)},
-                 {"interface", InterfaceJson(interface)},
-                 {"undo", UndoJson(world.undo_buffer)},
-                 {"redo", UndoJson(world.redo_buffer)},
-                 {"messages", MessagesJson(messages)},
-                 {"completion", Text(completion)}};
+    Json json = {{"brushes", BrushesJson(world)},       {"entities", EntitiesJson(world)},
+                 {"groups", GroupsJson(world)},         {"selection", SelectionJson(world)},
+                 {"materials", MaterialsJson(world)},   {"interface", InterfaceJson(interface)},
+                 {"undo", UndoJson(world.undo_buffer)}, {"redo", UndoJson(world.redo_buffer)},
+                 {"messages", MessagesJson(messages)},  {"completion", Text(completion)}};
     return json.dump(1) + "\n";
 }

@@ -11,6 +11,7 @@ struct EditorOptions {
     std::string project;                // opened at the start; empty: none
     std::vector<std::string> overrides; // NAME=VALUE: settings of this run
     bool software_device = false;       // no OpenGL
+    int threads = 0;                    // of a compile; 0: all cores
 };
 
 // Opens the window and runs until it is closed.

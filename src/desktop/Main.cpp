@@ -1,9 +1,12 @@
-// marrowstead2000 [options] PROJECT.msp: compiles the project and ends. With --script it drives the editor instead.
+// marrowstead2000 opens the editor; with PROJECT.msp it compiles that project and ends, with --script it drives the
+// editor without a window.
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <unistd.h>
 
 #include "commands/ScriptApplication.h"
+#include "desktop/Application.h"
 #include "editor/Application.h"
 #include "foundation/Desktop.h"
 #include "foundation/Options.h"
@@ -21,11 +24,25 @@ static bool IsViewSide(int pixels) {
     return pixels >= LEAST && pixels <= MOST;
 }
 
+static bool IsDisplayThere() {
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        if (const char* value = std::getenv(name); value && *value != '\0')
+            return true;
+    return false;
+}
+
 int main(int argc, char** argv) {
     CommandLine command_line;
-    CLI::App app{"Compiles a level project (.msp) into the world file that the game loads (Maps/<name>.few)."};
+    CLI::App app{"Edits the levels of the game, or compiles a project (.msp) into the world file that the game loads "
+                 "(Maps/<name>.few)."};
     app.set_version_flag("--version", "marrowstead2000 " MARROWSTEAD_VERSION);
-    auto* project = app.add_option("PROJECT", command_line.project, "the project file");
+    auto* project = app.add_option("PROJECT", command_line.project, "the project file to compile");
+    EditorOptions editor;
+    auto* edited = app.add_option("--edit", editor.project, "open the editor with this project")->excludes(project);
+    std::string device;
+    app.add_option("--device", device, "what draws the views of the editor")
+        ->check(CLI::IsMember({"gl", "soft"}))
+        ->excludes(project);
     app.add_option("--data", command_line.data_folder, "the game data root (default: the current folder)");
     app.add_option("--set", command_line.overrides, "NAME=VALUE: a setting for this run only, such as LightingMethod=2")
         ->take_all()
@@ -43,7 +60,8 @@ int main(int argc, char** argv) {
     ScriptOptions script;
     std::string view_size;
     auto* scripted = app.add_option("--script", script.script,
-                                    "drive the editor by this script, without a window (-: standard input)");
+                                    "drive the editor by this script, without a window (-: standard input)")
+                         ->excludes(edited);
     app.add_option("--size", view_size, "WxH: pixels of each view of a script (default: 512x512)")->needs(scripted);
     if (const std::optional<int> status = ParseOptions(app, argc, argv, EXIT_BAD_INPUT))
         return *status;
@@ -67,8 +85,15 @@ int main(int argc, char** argv) {
         return RunScript(script);
     }
     if (project->count() == 0) {
-        std::fprintf(stderr, "a project file, or --script, is needed; --help tells more\n");
-        return EXIT_BAD_INPUT;
+        if (!IsDisplayThere()) {
+            std::fprintf(stderr, "there is no display for the editor; a project file, or --script, needs none\n");
+            return EXIT_BAD_INPUT;
+        }
+        editor.data_folder = command_line.data_folder;
+        editor.overrides = command_line.overrides;
+        editor.threads = command_line.threads;
+        editor.software_device = device == "soft";
+        return RunEditor(argc, argv, editor);
     }
     HeadlessDesktop desktop(stderr);
     SetDesktop(&desktop);

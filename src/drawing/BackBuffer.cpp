@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <bit>
 #include <cstring>
 
@@ -7,16 +8,21 @@
 
 namespace {
 
-// The back buffer, locked to be written. Pixels outside it are dropped, as are all without a buffer.
+// A part of the back buffer, locked to be written. Pixels outside it are dropped, as are all without a buffer.
 class BackBufferPixels {
 public:
-    BackBufferPixels() : surface(criGetBackBuffer()) {
+    explicit BackBufferPixels(const RECT& wanted) : surface(criGetBackBuffer()) {
         if (!surface)
             return;
-        pixels = surface->Lock(0, 0, pitch);
+        part.left = std::max(wanted.left, 0);
+        part.top = std::max(wanted.top, 0);
+        part.right = std::min(wanted.right, static_cast<int32_t>(surface->Width()));
+        part.bottom = std::min(wanted.bottom, static_cast<int32_t>(surface->Height()));
         pixel_size = surface->Format().bits / 8;
-        if (pixel_size > sizeof(uint32_t))
-            pixel_size = 0;
+        if (part.Width() > 0 && part.Height() > 0 && pixel_size <= sizeof(uint32_t))
+            pixels = surface->LockPart({static_cast<uint32_t>(part.left), static_cast<uint32_t>(part.top),
+                                        static_cast<uint32_t>(part.Width()), static_cast<uint32_t>(part.Height())},
+                                       pitch);
     }
     ~BackBufferPixels() {
         if (pixels)
@@ -26,11 +32,17 @@ public:
     BackBufferPixels& operator=(const BackBufferPixels&) = delete;
 
     void Set(int x, int y, uint32_t rgb) {
-        if (!pixels || x < 0 || y < 0 || x >= static_cast<int>(surface->Width()) ||
-            y >= static_cast<int>(surface->Height()))
+        if (!pixels || x < part.left || y < part.top || x >= part.right || y >= part.bottom)
             return;
         const uint32_t word = ToFormat(rgb); // little-endian, as the formats are
-        std::memcpy(pixels + static_cast<size_t>(y) * pitch + static_cast<size_t>(x) * pixel_size, &word, pixel_size);
+        std::memcpy(pixels + static_cast<size_t>(y - part.top) * pitch +
+                        static_cast<size_t>(x - part.left) * pixel_size,
+                    &word, pixel_size);
+    }
+    void Fill(uint32_t rgb) {
+        for (int y = part.top; y < part.bottom; ++y)
+            for (int x = part.left; x < part.right; ++x)
+                Set(x, y, rgb);
     }
 
 private:
@@ -45,6 +57,7 @@ private:
     }
 
     DeviceSurface* surface;
+    RECT part;
     uint8_t* pixels = nullptr;
     uint32_t pitch = 0, pixel_size = 0;
 };
@@ -65,32 +78,24 @@ void DrawGlyph(BackBufferPixels& picture, int left, int top, char c) {
 
 void DrawCaption(const RECT& window_rect, const std::string& text) {
     constexpr int LEFT = 3, TOP = 2; // of the text in the view
-    constexpr int CELL_WIDTH = 8, GLYPH_LEFT = 1, GLYPH_TOP = 2;
-    BackBufferPixels picture;
-    int left = window_rect.left + LEFT + GLYPH_LEFT;
+    constexpr int CELL_WIDTH = 8, CELL_HEIGHT = 16, GLYPH_LEFT = 1, GLYPH_TOP = 2;
+    int left = window_rect.left + LEFT;
+    const int top = window_rect.top + TOP;
+    BackBufferPixels picture({left, top, left + static_cast<int>(text.size()) * CELL_WIDTH, top + CELL_HEIGHT});
     for (const char c : text) {
-        DrawGlyph(picture, left, window_rect.top + TOP + GLYPH_TOP, c);
+        DrawGlyph(picture, left + GLYPH_LEFT, top + GLYPH_TOP, c);
         left += CELL_WIDTH;
     }
 }
 
 void DrawViewFrame(const RECT& window_rect, uint32_t color) {
     constexpr int THICKNESS = 2;
-    BackBufferPixels picture;
-    for (int inset = 0; inset < THICKNESS; ++inset) {
-        const int left = window_rect.left + inset, right = window_rect.right - inset - 1;
-        const int top = window_rect.top + inset, bottom = window_rect.bottom - inset - 1;
-        if (left > right || top > bottom)
-            return;
-        for (int x = left; x <= right; ++x) {
-            picture.Set(x, top, color);
-            picture.Set(x, bottom, color);
-        }
-        for (int y = top; y <= bottom; ++y) {
-            picture.Set(left, y, color);
-            picture.Set(right, y, color);
-        }
-    }
+    const auto& [left, top, right, bottom] = window_rect;
+    for (const RECT& strip : {RECT{left, top, right, std::min(top + THICKNESS, bottom)},
+                              RECT{left, std::max(bottom - THICKNESS, top), right, bottom},
+                              RECT{left, top, std::min(left + THICKNESS, right), bottom},
+                              RECT{std::max(right - THICKNESS, left), top, right, bottom}})
+        BackBufferPixels(strip).Fill(color);
 }
 
 std::vector<uint8_t> ReadBackBuffer(const RECT& rect) {

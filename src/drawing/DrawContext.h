@@ -13,11 +13,11 @@ struct DrawContext {
     D3DVECTOR camera_position; // of the perspective view
     DisplayFilters filters;
     bool show_links = false;
-    bool mask_enabled = false;        // the selected surface shows in the mask colour
-    bool show_texture_border = false; // a border on every repetition of a texture
+    bool mask_enabled = false;                   // the selected surface shows in the mask colour
+    bool show_texture_border = false;            // a border on every repetition of a texture
     uint32_t brush_texture = NO_TEXTURE_HANDLE;  // the dash pattern of boxes
     uint32_t border_texture = NO_TEXTURE_HANDLE; // the texture border
-    bool vertex_mode = false;         // the marks of the vertex net show, not only its lines
-    int selected_cross_vertex = -1;   // so_vertex whose axis cross is picked
-    int selected_cross_edge = 0;      // its arm: 0 x, 1 y, 2 z
+    bool vertex_mode = false;                    // the marks of the vertex net show, not only its lines
+    int selected_cross_vertex = -1;              // so_vertex whose axis cross is picked
+    int selected_cross_edge = 0;                 // its arm: 0 x, 1 y, 2 z
 };

@@ -1,5 +1,5 @@
-// The parts of a view that are no objects of the scene: grid, boxes, the vertex net, lines and arrows, caption and frame.
-// All of it draws between crBeginFrame and crEndFrame.
+// The parts of a view that are no objects of the scene: grid, boxes, the vertex net, lines and arrows, caption and
+// frame. All of it draws between crBeginFrame and crEndFrame.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,8 @@ class World;
 void DrawGrid(const RECT& rect, const int32_t position[2], int step, const uint32_t colors[3]);
 void DrawLine2D(const D3DVECTOR& from, const D3DVECTOR& to, uint32_t color); // pixels of the back buffer
 void DrawLine3D(const D3DVECTOR& from, const D3DVECTOR& to, uint32_t color1, uint32_t color2);
-void DrawArrow(const D3DVECTOR& from, const D3DVECTOR& to, uint32_t color); // the head stands near the middle, toward from
+void DrawArrow(const D3DVECTOR& from, const D3DVECTOR& to,
+               uint32_t color); // the head stands near the middle, toward from
 // The dashed outline of a box in an orthographic view; nothing in the perspective view.
 void RenderDragBox(const DrawContext& context, uint32_t color, const Box& box);
 void RenderOutline(const std::vector<D3DVECTOR>& points, uint32_t color); // a line strip in the world

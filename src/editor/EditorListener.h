@@ -12,7 +12,7 @@ public:
     virtual void StatusChanged(int /*pane*/) {}
     virtual void CursorChanged() {}
     virtual void TitleChanged() {}
-    virtual void LayoutChanged() {}  // of the frame's four views
+    virtual void LayoutChanged() {}        // of the frame's four views
     virtual void LibraryWindowChanged() {} // shown, hidden, another page
 
     virtual void WorldReplaced() {} // by a new or an opened project

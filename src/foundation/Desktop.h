@@ -1,5 +1,6 @@
-// What the program asks of the desktop around it, behind one interface: message boxes, small dialogs, notices, keys, the
-// pointer, time. Without a window system a HeadlessDesktop answers boxes from a list and keeps a record of what was asked.
+// What the program asks of the desktop around it, behind one interface: message boxes, small dialogs, notices, keys,
+// the pointer, time. Without a window system a HeadlessDesktop answers boxes from a list and keeps a record of what was
+// asked.
 #pragma once
 
 #include <cstdint>
@@ -33,7 +34,7 @@ struct FormField {
     enum Kind { Text, Number, Flag, Choice };
     std::string label;
     Kind kind = Text;
-    std::string value; // a flag: "1" or "0"
+    std::string value;                // a flag: "1" or "0"
     int least = 0, most = 0;          // of a number; both 0: any
     size_t max_length = 0;            // of a text; 0: any
     std::vector<std::string> choices; // of a choice

@@ -132,7 +132,9 @@ std::vector<MaterialItem> TextureDlg::List(Takes takes) {
 }
 
 std::vector<MaterialItem> TextureDlg::ListClass(std::string_view name) {
-    return List([name](const MaterialLibrary::MaterialClass& c, const auto&) { return name.empty() || EqualNoCase(c.name, name); });
+    return List([name](const MaterialLibrary::MaterialClass& c, const auto&) {
+        return name.empty() || EqualNoCase(c.name, name);
+    });
 }
 
 std::vector<MaterialItem> TextureDlg::ListUsed() {

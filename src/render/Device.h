@@ -26,6 +26,10 @@ struct TextureDescription {
     bool dynamic = false; // filled again and again
 };
 
+struct PixelRectangle {
+    uint32_t x = 0, y = 0, w = 0, h = 0;
+};
+
 class DeviceSurface {
 public:
     virtual ~DeviceSurface() = default;
@@ -39,6 +43,13 @@ public:
     // may lock a level to read it.
     virtual uint8_t* Lock(uint32_t level, uint32_t face, uint32_t& pitch) = 0;
     virtual bool Unlock(uint32_t level, uint32_t face) = 0;
+    // As Lock, of level 0 of the first face, of which only a part inside it is read or written: the first row of the
+    // part. Cheaper where the pixels lie with a graphics card. Unlock(0, 0) ends it.
+    virtual uint8_t* LockPart(const PixelRectangle& part, uint32_t& pitch) {
+        uint8_t* const first = Lock(0, 0, pitch);
+        return first ? first + static_cast<size_t>(part.y) * pitch + static_cast<size_t>(part.x) * (Format().bits / 8)
+                     : nullptr;
+    }
 };
 
 // The size of a side at a mip level.
@@ -54,10 +65,6 @@ struct VideoMode {
     uint32_t w = 0, h = 0;
     uint32_t bpp = 0;     // bits of a pixel
     uint32_t refresh = 0; // a second
-};
-
-struct PixelRectangle {
-    uint32_t x = 0, y = 0, w = 0, h = 0;
 };
 
 // How much the textures of a device cost. Sizes are bytes.

@@ -7,13 +7,6 @@
 #include "render/SoftVertices.h"
 #include "render/TexturePixels.h"
 
-namespace {
-
-constexpr uint32_t LONGEST_SIDE = 8192; // of the back buffer
-constexpr PixelFormat SCREEN_FORMAT{.rgb = true, .bits = 32, .mask = {0xFF0000, 0xFF00, 0xFF, 0}};
-
-} // namespace
-
 SoftSurface::SoftSurface(const TextureDescription& d)
     : width(d.width), height(d.height), levels(d.levels), faces(d.faces), pixel_size(d.format.bits / 8),
       format(d.format) {
@@ -39,11 +32,10 @@ uint8_t* SoftSurface::Lock(uint32_t level, uint32_t face, uint32_t& pitch) {
     return pixels.data() + offsets[face * levels + level];
 }
 
-void SoftSurface::ReadNarrowTexel(uint32_t x, uint32_t y, int (&rgba)[4]) const {
-    const uint32_t pixel =
-        ReadPixel(pixels.data() + static_cast<size_t>(y) * Pitch(0) + static_cast<size_t>(x) * pixel_size, pixel_size);
+void SoftSurface::Widen(const uint8_t* pixel, int (&rgba)[4]) const {
+    const uint32_t word = ReadPixel(pixel, pixel_size);
     for (int c = 0; c < 4; ++c) {
-        const uint32_t value = (pixel & format.mask[c]) >> shift[c];
+        const uint32_t value = (word & format.mask[c]) >> shift[c];
         const bool whole = largest[c] == 255;
         rgba[c] = largest[c] == 0 ? 255 : static_cast<int>(whole ? value : (value * 255 + largest[c] / 2) / largest[c]);
     }
@@ -107,7 +99,7 @@ bool SoftDevice::SetVideoMode(const VideoMode& mode) {
 
 bool SoftDevice::CreateBackBuffer(uint32_t w, uint32_t h) {
     Close();
-    if (w == 0 || h == 0 || w > LONGEST_SIDE || h > LONGEST_SIDE)
+    if (w == 0 || h == 0 || w > LONGEST_SCREEN_SIDE || h > LONGEST_SCREEN_SIDE)
         return false;
     TextureDescription description;
     description.width = w;

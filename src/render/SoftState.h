@@ -1,4 +1,4 @@
-// What the software device holds: its surfaces, and the state that its drawing goes by. For the sources of this room
+// What the software device holds: its surfaces, and the state that its drawing goes by. For the sources of the devices
 // only.
 #pragma once
 
@@ -6,6 +6,9 @@
 #include <vector>
 
 #include "render/Device.h"
+
+inline constexpr uint32_t LONGEST_SCREEN_SIDE = 8192; // of the back buffer
+inline constexpr PixelFormat SCREEN_FORMAT{.rgb = true, .bits = 32, .mask = {0xFF0000, 0xFF00, 0xFF, 0}};
 
 class SoftSurface : public DeviceSurface {
 public:
@@ -19,11 +22,14 @@ public:
     uint8_t* Lock(uint32_t level, uint32_t face, uint32_t& pitch) override;
     bool Unlock(uint32_t level, uint32_t face) override { return level < levels && face < faces; }
 
+    bool IsWholeBytes() const { return whole_bytes; }       // 0xAARRGGBB, with or without alpha
+    void Widen(const uint8_t* pixel, int (&rgba)[4]) const; // as ReadTexel, of a pixel of any format and level
+
     // A pixel of level 0 with every channel widened to 0 to 255: red, green, blue, alpha. A channel that the format
     // lacks is 255.
     void ReadTexel(uint32_t x, uint32_t y, int (&rgba)[4]) const {
         if (!whole_bytes) {
-            ReadNarrowTexel(x, y, rgba);
+            Widen(pixels.data() + static_cast<size_t>(y) * Pitch(0) + static_cast<size_t>(x) * pixel_size, rgba);
             return;
         }
         const uint8_t* const bgra = pixels.data() + (static_cast<size_t>(y) * width + x) * 4;
@@ -32,12 +38,11 @@ public:
     }
 
 private:
-    void ReadNarrowTexel(uint32_t x, uint32_t y, int (&rgba)[4]) const;
     uint32_t Pitch(uint32_t level) const { return LevelSide(width, level) * pixel_size; }
 
     uint32_t width, height, levels, faces, pixel_size;
     PixelFormat format;
-    bool whole_bytes;            // 0xAARRGGBB, with or without alpha
+    bool whole_bytes;
     int shift[4];                // to the lowest bit of a channel
     uint32_t largest[4];         // value of a channel, 0 without one
     std::vector<size_t> offsets; // of each level of each face

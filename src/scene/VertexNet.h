@@ -1,5 +1,5 @@
-// The vertices and edges of the selected brushes, unpacked for direct editing. They hold brush indices, so they are built
-// anew when the selection or the table of brushes changes.
+// The vertices and edges of the selected brushes, unpacked for direct editing. They hold brush indices, so they are
+// built anew when the selection or the table of brushes changes.
 #pragma once
 
 #include <cstddef>
@@ -20,8 +20,8 @@ struct SO_VERTEX {
 };
 
 struct SO_EDGE {
-    EDGE e;             // two vertices of the net
-    int32_t edge = 0;   // in the surface's edges; flat surfaces only, as the next two
+    EDGE e;           // two vertices of the net
+    int32_t edge = 0; // in the surface's edges; flat surfaces only, as the next two
     int32_t object = 0;
     int32_t surface = 0;
     bool curved = false; // a line of a control net: it only shows, and cannot be marked

@@ -9,11 +9,16 @@
 #include "commands/CommandTable.h"
 
 TEST(Accelerator, KeysHaveOneSpelling) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"ctrl+z", "Ctrl+Z"},        {"Shift+Ctrl+S", "Ctrl+Shift+S"}, {"Num+", "Num+"},
-        {"ctrl+num5", "Ctrl+Num5"},  {"Num0+Num-", "Num0+Num-"},       {"pgdn", "PgDn"},
-        {"alt+.", "Alt+."},          {"`", "`"},                       {"+", "+"},
-        {"Alt+Shift+Ctrl+E", "Ctrl+Shift+Alt+E"}};
+    const std::pair<const char*, const char*> cases[] = {{"ctrl+z", "Ctrl+Z"},
+                                                         {"Shift+Ctrl+S", "Ctrl+Shift+S"},
+                                                         {"Num+", "Num+"},
+                                                         {"ctrl+num5", "Ctrl+Num5"},
+                                                         {"Num0+Num-", "Num0+Num-"},
+                                                         {"pgdn", "PgDn"},
+                                                         {"alt+.", "Alt+."},
+                                                         {"`", "`"},
+                                                         {"+", "+"},
+                                                         {"Alt+Shift+Ctrl+E", "Ctrl+Shift+Alt+E"}};
     for (const auto& [text, spelling] : cases) {
         const std::optional<KeyCombination> keys = ParseKeys(text);
         ASSERT_TRUE(keys) << text;
@@ -42,15 +47,30 @@ TEST(CommandTable, EachKeyHasOneCommandAndEachCommandOneName) {
 }
 
 TEST(CommandTable, TheKeysThatHandsKnow) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"Ctrl+Z", "OnEditUndo"},          {"Alt+Backspace", "OnEditUndo"},     {"Space", "OnClone"},
-        {"Backspace", "OnDelete"},         {"Ctrl+Shift+Alt+E", "OnLinktofirst2"}, {"B", "OnBrushProperties"},
-        {"Ctrl+M", "OnEditMovie"},         {"Ctrl+Shift+F7", "OnCompileEntityVis"}, {"[", "OnRotateCcw"},
-        {"Alt+G", "OnUngroup"},            {"Shift+Tab", "OnCenterToSelection"}, {">", "OnViewNamedobjlist"},
-        {"?", "OnViewShowlevelsumary"},    {"F1", "OnView1"},                   {"Q", "OnCameraRotation"},
-        {"Left", "OnRotateLeft"},          {"Shift+Left", "OnUshiftsub"},       {"Num.", "OnVfitsub"},
-        {"Del", "OnVfitsub"},              {"Num*", "OnVFlip"},                 {";", "OnMoviePlay"},
-        {"Alt+,", "OnMovieFastbk"},        {"Ctrl+Up", "OnVscaleadd"},          {"Alt+0", "OnSelectionShowLights"}};
+    const std::pair<const char*, const char*> cases[] = {{"Ctrl+Z", "OnEditUndo"},
+                                                         {"Alt+Backspace", "OnEditUndo"},
+                                                         {"Space", "OnClone"},
+                                                         {"Backspace", "OnDelete"},
+                                                         {"Ctrl+Shift+Alt+E", "OnLinktofirst2"},
+                                                         {"B", "OnBrushProperties"},
+                                                         {"Ctrl+M", "OnEditMovie"},
+                                                         {"Ctrl+Shift+F7", "OnCompileEntityVis"},
+                                                         {"[", "OnRotateCcw"},
+                                                         {"Alt+G", "OnUngroup"},
+                                                         {"Shift+Tab", "OnCenterToSelection"},
+                                                         {">", "OnViewNamedobjlist"},
+                                                         {"?", "OnViewShowlevelsumary"},
+                                                         {"F1", "OnView1"},
+                                                         {"Q", "OnCameraRotation"},
+                                                         {"Left", "OnRotateLeft"},
+                                                         {"Shift+Left", "OnUshiftsub"},
+                                                         {"Num.", "OnVfitsub"},
+                                                         {"Del", "OnVfitsub"},
+                                                         {"Num*", "OnVFlip"},
+                                                         {";", "OnMoviePlay"},
+                                                         {"Alt+,", "OnMovieFastbk"},
+                                                         {"Ctrl+Up", "OnVscaleadd"},
+                                                         {"Alt+0", "OnSelectionShowLights"}};
     for (const auto& [key, name] : cases) {
         const Command* command = FindCommandOfKey(key);
         ASSERT_NE(command, nullptr) << key;

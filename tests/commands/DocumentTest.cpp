@@ -3,11 +3,16 @@
 #include "commands/ScriptData.h"
 
 TEST(IncrementalSave, Names) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"level.msp", "level_0000.msp"},       {"level_0000.msp", "level_0001.msp"}, {"level_0099.msp", "level_0100.msp"},
-        {"a7.msp", "a8.msp"},                  {"a19.msp", "a20.msp"},               {"level", "level_0000.msp"},
-        {"v1.2.msp", "v1.3.msp"},              {"a9.msp", ""},                       {"99.msp", ""},
-        {".msp", ""}};
+    const std::pair<const char*, const char*> cases[] = {{"level.msp", "level_0000.msp"},
+                                                         {"level_0000.msp", "level_0001.msp"},
+                                                         {"level_0099.msp", "level_0100.msp"},
+                                                         {"a7.msp", "a8.msp"},
+                                                         {"a19.msp", "a20.msp"},
+                                                         {"level", "level_0000.msp"},
+                                                         {"v1.2.msp", "v1.3.msp"},
+                                                         {"a9.msp", ""},
+                                                         {"99.msp", ""},
+                                                         {".msp", ""}};
     for (const auto& [name, next] : cases)
         EXPECT_EQ(IncrementedName(name), next) << name;
 }
@@ -29,8 +34,7 @@ TEST_F(ScriptData, SavingOpeningAndTheIncrementalSave) {
     EXPECT_EQ(interface->View(VIEW_TOP).window_rect.left, VIEW_SIDE) << "a stored window is not that of now";
     interface->project_file_name = "x9.msp";
     ASSERT_EQ(Run("key Ctrl+Shift+S\n"), "");
-    EXPECT_EQ(desktop.messages.back().text,
-              "Not enough digits available in project name !\n\nProject was not saved.");
+    EXPECT_EQ(desktop.messages.back().text, "Not enough digits available in project name !\n\nProject was not saved.");
     EXPECT_FALSE(std::filesystem::exists("x10.msp"));
 }
 
@@ -96,7 +100,8 @@ TEST_F(ScriptData, ACopyIsKeptAgainstACrashUntilTheWorkIsSaved) {
         // What a crash would leave behind: the files without a run that holds their lock.
         for (const char* ending : {".msp", ".json"})
             for (const auto& entry : std::filesystem::directory_iterator(folder))
-                if (entry.path().extension() == ending && entry.path().filename() != "level-crashed" + std::string(ending))
+                if (entry.path().extension() == ending &&
+                    entry.path().filename() != "level-crashed" + std::string(ending))
                     std::filesystem::copy_file(entry.path(), folder / ("level-crashed" + std::string(ending)),
                                                std::filesystem::copy_options::skip_existing);
     }

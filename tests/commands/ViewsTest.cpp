@@ -68,7 +68,8 @@ TEST_F(ScriptData, AnOrbitKeepsItsDistanceAndLooksAtItsCentre) {
     const D3DVECTOR centre{32, 0, 32};
     const float distance = Magnitude(D3DVECTOR{100, 200, -300} - centre);
     ExpectNear(vi.camera_position, {100, 200, -300}, 0.01f);
-    for (const char* line : {"key Left 7", "key Up 20", "key Right 100", "key Down 60", "drag perspective 10 10 150 90"}) {
+    for (const char* line :
+         {"key Left 7", "key Up 20", "key Right 100", "key Down 60", "drag perspective 10 10 150 90"}) {
         ASSERT_EQ(Run(line), "");
         EXPECT_NEAR(Magnitude(vi.camera_position - centre), distance, 0.05f) << line;
         D3DVECTOR direction, normal, right;

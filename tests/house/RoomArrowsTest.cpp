@@ -10,7 +10,7 @@ namespace fs = std::filesystem;
 
 static const std::map<std::string, int> floors = {
     {"foundation", 0}, {"files", 1},    {"render", 2}, {"scene", 3}, {"definitions", 4}, {"persistence", 5},
-    {"drawing", 5},    {"compiler", 6}, {"editor", 7}, {"pages", 8}, {"commands", 9}, {"desktop", 10}};
+    {"drawing", 5},    {"compiler", 6}, {"editor", 7}, {"pages", 8}, {"commands", 9},    {"desktop", 10}};
 
 // The room of an include line, empty for other lines and for includes that name none.
 static std::string IncludedRoom(const std::string& line) {

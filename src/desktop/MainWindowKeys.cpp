@@ -1,0 +1,102 @@
+// Keys of the main window: which of them are commands, and when a field keeps them.
+#include <QAbstractItemView>
+#include <QAbstractSlider>
+#include <QAbstractSpinBox>
+#include <QApplication>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTabBar>
+#include <QTextEdit>
+
+#include "desktop/KeyNames.h"
+#include "desktop/MainWindow.h"
+#include "desktop/ViewsWidget.h"
+
+namespace {
+
+bool IsTextField(const QWidget& widget) {
+    if (const auto* combo = qobject_cast<const QComboBox*>(&widget))
+        return combo->isEditable();
+    return qobject_cast<const QLineEdit*>(&widget) || qobject_cast<const QTextEdit*>(&widget) ||
+           qobject_cast<const QPlainTextEdit*>(&widget) || qobject_cast<const QAbstractSpinBox*>(&widget);
+}
+
+bool IsFunctionKey(int key) { return key >= Qt::Key_F1 && key <= Qt::Key_F35; }
+
+// Keys by which one walks in a list, pushes a button and goes from field to field.
+bool IsWalkingKey(int key) {
+    for (const int walking :
+         {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down, Qt::Key_Home, Qt::Key_End, Qt::Key_PageUp,
+          Qt::Key_PageDown, Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter, Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_Delete})
+        if (key == walking)
+            return true;
+    return false;
+}
+
+} // namespace
+
+// Outside of the views a field keeps what it can use itself.
+bool MainWindow::WidgetWants(QWidget& focus, const QKeyEvent& event) {
+    if (&focus == &views || &focus == this)
+        return false;
+    const bool other_window = focus.window() != this;
+    if (event.key() == Qt::Key_Escape)
+        return other_window; // which it closes
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & (Qt::ControlModifier | Qt::AltModifier);
+    if (!IsTextField(focus))
+        return modifiers == Qt::NoModifier && IsWalkingKey(event.key()) && !(event.modifiers() & Qt::KeypadModifier);
+    if (modifiers == Qt::NoModifier && !IsFunctionKey(event.key()))
+        return true;
+    QKeyEvent question(QEvent::ShortcutOverride, event.key(), event.modifiers(), event.text());
+    question.ignore();
+    probing = true;
+    QApplication::sendEvent(&focus, &question);
+    probing = false;
+    return question.isAccepted() || IsWalkingKey(event.key());
+}
+
+MainWindow::KeyMeaning MainWindow::MeaningOf(QWidget& focus, const QKeyEvent& event) {
+    if (WidgetWants(focus, event))
+        return {};
+    for (const std::string& keys : KeyTexts(event)) {
+        if (bindings.IsTaken(keys))
+            return {true, true, nullptr};
+        if (const Command* command = bindings.Find(keys))
+            return {true, false, command};
+        if (IsReservedKey(keys))
+            return {true, false, nullptr};
+    }
+    return {};
+}
+
+// Before the widgets and the letters of the menus see a key. Boxes, dialogs and open menus have their keys to
+// themselves.
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    const bool pressed = event->type() == QEvent::KeyPress;
+    if ((!pressed && event->type() != QEvent::ShortcutOverride) || probing || !watched->isWidgetType() ||
+        QApplication::activeModalWidget() || QApplication::activePopupWidget())
+        return QMainWindow::eventFilter(watched, event);
+    auto* widget = static_cast<QWidget*>(watched);
+    QWidget* focus = QApplication::focusWidget();
+    const bool ours = widget->window() == this || widget->window()->parentWidget() == this;
+    if (!ours || (focus && focus->window() == widget->window() && widget != focus))
+        return QMainWindow::eventFilter(watched, event);
+    const auto& key = *static_cast<QKeyEvent*>(event);
+    if (key.key() == Qt::Key_Escape && widget->window() == this && IsTextField(*widget) && pressed) {
+        views.setFocus(); // out of the field, before anything else
+        return true;
+    }
+    const KeyMeaning meaning = MeaningOf(*widget, key);
+    if (!meaning.found)
+        return QMainWindow::eventFilter(watched, event);
+    event->accept();
+    if (!pressed)
+        return true;
+    if (meaning.palette)
+        ShowPalette();
+    else if (meaning.command)
+        actions.Run(*meaning.command);
+    return true;
+}

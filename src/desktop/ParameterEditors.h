@@ -1,0 +1,82 @@
+// Editors for the parameters of an entity, one kind for each type of parameter. Each can show that several entities
+// differ; such a value stays until the user gives one.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <QDoubleSpinBox>
+
+#include "scene/Entity.h"
+
+class CColorButton;
+class QCheckBox;
+class QComboBox;
+class QLineEdit;
+
+// A number, written as shortly as it can be. With several values it shows a word instead, until one is given.
+class NumberField : public QDoubleSpinBox {
+    Q_OBJECT
+public:
+    explicit NumberField(int decimals, QWidget* parent = nullptr);
+    void ShowValue(double number, bool mixed); // without a signal
+
+signals:
+    void Given(double number); // by the user
+
+protected:
+    QString textFromValue(double number) const override;
+    double valueFromText(const QString& text) const override;
+    QValidator::State validate(QString& text, int& at) const override;
+    void stepBy(int steps) override;
+    void wheelEvent(QWheelEvent* event) override; // only with the focus: else the list under the pointer scrolls
+
+private:
+    void Give();
+
+    bool shown_mixed = false, is_mixed = false; // as it was shown; until the user types
+    double last_given = 0;
+};
+
+// What the editors ask of their page. parameter: its index.
+struct ParameterActions {
+    std::function<void(int parameter)> choose; // it has the focus
+    std::function<void(int parameter, const std::string& text)> write;
+    std::function<void(int parameter)> browse;      // for a file
+    std::function<void(int parameter)> edit_script; // in the script window
+};
+
+// The editor of one parameter: a widget with one or more fields in a row.
+class ParameterField : public QWidget {
+public:
+    ParameterField(const EntityParameter& parameter, int parameter_index, const std::vector<std::string>& choices,
+                   const ParameterActions& page_actions);
+    // With several values shown is the first one.
+    void ShowValue(const EntityParameter& shown, bool mixed);
+
+    const EntityParameterType type;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void MakeNumbers(int count, int decimals);
+    void MakeColor();
+    void MakeText(const EntityParameter& parameter);
+    void AddButton(const QString& tip, const std::function<void(int)>& action);
+    void Add(QWidget* field);
+    void WriteNumbers();
+
+    const int index;
+    const ParameterActions& actions;
+    QCheckBox* box = nullptr;
+    QComboBox* combo = nullptr;
+    QLineEdit* line = nullptr;
+    CColorButton* well = nullptr;
+    std::vector<NumberField*> numbers; // of a colour: its alpha
+    bool several_lines = false;        // of a script: too much for a line edit
+};
+
+// Whether a selected entity that has this parameter has another value of it.
+bool IsMixed(const class World& world, const EntityParameter& parameter);

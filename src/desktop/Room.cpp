@@ -1,1 +1,0 @@
-// Replaced while the room is built.

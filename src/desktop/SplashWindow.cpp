@@ -1,0 +1,58 @@
+#include "desktop/SplashWindow.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QPainter>
+#include <QTimer>
+
+namespace {
+
+constexpr int TIME_SHOWN = 1000; // milliseconds
+constexpr int WIDTH = 420, HEIGHT = 240;
+
+// A room in the four views' manner: a grid, and boxes in lines.
+QPixmap Picture(qreal ratio) {
+    QPixmap picture(QSize(WIDTH, HEIGHT) * ratio);
+    picture.setDevicePixelRatio(ratio);
+    QLinearGradient night(0, 0, 0, HEIGHT);
+    night.setColorAt(0, QColor(24, 30, 44));
+    night.setColorAt(1, QColor(10, 12, 18));
+    QPainter painter(&picture);
+    painter.fillRect(0, 0, WIDTH, HEIGHT, night);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(QColor(50, 62, 88), 1));
+    for (int x = 0; x <= WIDTH; x += 20)
+        painter.drawLine(x, 0, x, HEIGHT);
+    for (int y = 0; y <= HEIGHT; y += 20)
+        painter.drawLine(0, y, WIDTH, y);
+    painter.setPen(QPen(QColor(232, 196, 120), 2));
+    const QPointF front[] = {{240, 60}, {340, 60}, {340, 160}, {240, 160}};
+    const QPointF back[] = {{280, 40}, {380, 40}, {380, 140}, {280, 140}};
+    painter.drawPolygon(front, 4);
+    painter.drawPolygon(back, 4);
+    for (int corner = 0; corner < 4; ++corner)
+        painter.drawLine(front[corner], back[corner]);
+    QFont font = QApplication::font();
+    font.setPixelSize(30);
+    font.setBold(true);
+    painter.setFont(font);
+    painter.setPen(Qt::white);
+    painter.drawText(QRect(20, HEIGHT - 80, WIDTH - 40, 40), Qt::AlignLeft | Qt::AlignVCenter, "Marrowstead 2000");
+    return picture;
+}
+
+} // namespace
+
+SplashWindow::SplashWindow() : QSplashScreen(Picture(qApp->devicePixelRatio())) {
+    qApp->installEventFilter(this);
+    QTimer::singleShot(TIME_SHOWN, this, &QWidget::hide);
+}
+
+SplashWindow::~SplashWindow() { qApp->removeEventFilter(this); }
+
+bool SplashWindow::eventFilter(QObject*, QEvent* event) {
+    if (!isVisible() || (event->type() != QEvent::KeyPress && event->type() != QEvent::MouseButtonPress))
+        return false;
+    hide();
+    return true;
+}
