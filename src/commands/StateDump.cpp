@@ -132,7 +132,7 @@ Json EntitiesJson(const World& world) {
                         {"position", ToJson(e.position)},
                         {"linked_objects", NumbersJson(e.linked_objects)},
                         {"parameters", std::move(parameters)},
-                        {"is_hidden", e.IsHidden()},
+                        {"is_hidden", e.is_hidden},
                         {"path_parent_id", e.path_parent_id}});
     }
     return json;

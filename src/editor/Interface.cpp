@@ -221,8 +221,10 @@ CompileOutcome CInterface::CompileEntities(CProgressText& progress, bool update_
     RemoveFile(TRACE_LOG);
     const uint32_t start = GetDesktop().GetTickCount();
     StageTimer timer(progress);
+    compilation_active = true;
     const EntityUpdateResult result =
         ::CompileEntities(*world, MakeCompileOptions(), TargetFile(), update_ent_visibility, timer, problem_solver);
+    compilation_active = false;
     stage_times = timer.Finish();
     progress.AddText("\r\n" + TotalTime(start, "%02d:%02d:%02d"));
     switch (result) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -103,7 +104,8 @@ public:
     MaterialLibrary materials;
     std::unique_ptr<World> world;
     ProjectViews views;
-    bool is_initialized = false, compilation_active = false;
+    bool is_initialized = false;
+    std::atomic<bool> compilation_active = false; // nothing is drawn or kept; a compile may run on a thread of its own
     bool project_file_has_name = false, project_file_need_save = false;
     std::string project_file_path, project_file_name;
     std::string title = "Marrowstead 2000 - Untitled"; // of the main window
