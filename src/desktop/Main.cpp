@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <unistd.h>
 
+#include "commands/KeyTablePage.h"
 #include "commands/ScriptApplication.h"
 #include "desktop/Application.h"
 #include "editor/Application.h"
@@ -63,11 +64,17 @@ int main(int argc, char** argv) {
                                     "drive the editor by this script, without a window (-: standard input)")
                          ->excludes(edited);
     app.add_option("--size", view_size, "WxH: pixels of each view of a script (default: 512x512)")->needs(scripted);
+    bool keys = false;
+    app.add_flag("--keys", keys, "print all commands with their keys, as a page of the manual")->excludes(project);
     if (const std::optional<int> status = ParseOptions(app, argc, argv, EXIT_BAD_INPUT))
         return *status;
     command_line.kind = entities              ? CompileKind::Entities
                         : entities_visibility ? CompileKind::EntitiesAndVisibility
                                               : CompileKind::World;
+    if (keys) {
+        std::fputs(KeyTablePage().c_str(), stdout);
+        return EXIT_WRITTEN;
+    }
     std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow any more is a write that fails
     if (scripted->count() > 0) {
         char rest = 0;

@@ -83,7 +83,7 @@ constexpr Rule RULES[] = {
     {RIGHT, SPACE, ANY_MODE, PLAIN | ALT, "drag to move the camera"},
     {RIGHT, SPACE, ANY_MODE, SHIFT, "select an entity"},
     {RIGHT, SPACE, ANY_MODE, BOTH, "select an entity besides the others"},
-    {RIGHT, SPACE, ANY_MODE, CONTROL, "give this surface the chosen texture"},
+    {RIGHT, SPACE, ANY_MODE, CONTROL, "copy the selected surface's texture here"},
     {WHEEL, SPACE, ANY_MODE, PLAIN | ALT, "fly forward and back"},
     {WHEEL, SPACE, ANY_MODE, SHIFT, "fly fast"},
     {WHEEL, SPACE, ANY_MODE, CONTROL | BOTH, "fly slowly"},

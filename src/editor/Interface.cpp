@@ -185,7 +185,10 @@ CompileOutcome CInterface::Compile(CProgressText& progress) {
     compilation_active = true;
     if (settings.bkp_before_compile) {
         MakeFolders(project_file_path);
+        const bool unsaved = project_file_need_save;
         SaveProject(project_file_path, AUTOSAVE_NAME, false);
+        if (unsaved) // the copy is no save of the project
+            MarkFileAsDirty(true);
     }
     const uint32_t start = GetDesktop().GetTickCount();
     CompileLog log(project_file_has_name ? project_file_name : std::string(), world->map_file);
