@@ -39,7 +39,9 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "marrowstead2000 " MARROWSTEAD_VERSION);
     auto* project = app.add_option("PROJECT", command_line.project, "the project file to compile");
     EditorOptions editor;
-    auto* edited = app.add_option("--edit", editor.project, "open the editor with this project")->excludes(project);
+    auto* edited = app.add_option("--edit", editor.project, "open the editor, with this project")
+                       ->expected(0, 1)
+                       ->excludes(project);
     std::string device;
     app.add_option("--device", device, "what draws the views of the editor")
         ->check(CLI::IsMember({"gl", "soft"}))
