@@ -44,13 +44,15 @@ AIPage::AIPage(CMainFrame& main_frame, QWidget* parent)
         page.SelectGroup(name.toStdString());
         Refresh();
     });
-    const auto named = [this](bool (AIDlg::*action)(const std::string&)) {
-        if ((page.*action)(new_name->text().toStdString()))
+    const auto named = [this](bool done) {
+        if (done)
             new_name->clear();
         Refresh();
     };
-    connect(create, &QPushButton::clicked, this, [named] { named(&AIDlg::OnGroupCreate); });
-    connect(rename, &QPushButton::clicked, this, [named] { named(&AIDlg::OnGroupRename); });
+    connect(create, &QPushButton::clicked, this,
+            [this, named] { named(page.OnGroupCreate(new_name->text().toStdString())); });
+    connect(rename, &QPushButton::clicked, this,
+            [this, named] { named(page.OnGroupRename(new_name->text().toStdString())); });
     connect(erase, &QPushButton::clicked, this, [this] {
         page.OnGroupDelete();
         Refresh();
