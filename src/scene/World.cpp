@@ -1,6 +1,8 @@
 #include "scene/World.h"
 
 #include <algorithm>
+#include <mutex>
+#include <shared_mutex>
 
 #include "foundation/Desktop.h"
 #include "foundation/Strings.h"
@@ -9,6 +11,8 @@
 #include "scene/Undo.h"
 
 namespace {
+
+std::shared_mutex places_mutex; // of World::places
 
 const MaterialSource NO_MATERIALS;
 constexpr uint32_t DARKMAP_SIDE = 4;
@@ -37,7 +41,7 @@ World::~World() {
     crTDestroyAll(TL_MATERIAL | TL_LIGHTMAP);
 }
 
-// The places are learned together, but for a newcomer at the end.
+// The places are learned together, but for a newcomer at the end. The threads of a compile ask for them too.
 template <class T>
 int World::PlaceOf(const std::vector<std::unique_ptr<T>>& list, const T* object) const {
     const auto stands_at = [&](int place) {
@@ -45,9 +49,13 @@ int World::PlaceOf(const std::vector<std::unique_ptr<T>>& list, const T* object)
     };
     if (!object || list.empty())
         return -1;
-    const auto known = places.find(object);
-    if (known != places.end() && stands_at(known->second))
-        return known->second;
+    {
+        const std::shared_lock lock(places_mutex);
+        const auto known = places.find(object);
+        if (known != places.end() && stands_at(known->second))
+            return known->second;
+    }
+    const std::unique_lock lock(places_mutex);
     const int last = static_cast<int>(list.size()) - 1;
     if (stands_at(last))
         return places[object] = last;
