@@ -71,6 +71,7 @@ TEST_F(DesktopTest, MarksAndRulesFollowTheEditor) {
 // Keys ----------------------------------------------------------------------------------------------------------------
 
 TEST(KeyNames, ToldFromEvents) {
+    TestApplication(); // owns the keyboard that events name
     struct Case {
         int key;
         Qt::KeyboardModifiers modifiers;
