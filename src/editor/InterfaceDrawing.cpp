@@ -15,6 +15,19 @@ constexpr uint32_t SELECTION_BOX_COLOR = 0xFFFF0000, DRAG_BOX_COLOR = 0xFF00FF00
 constexpr uint32_t FRAME_COLOR = 0xFFFFFF, ORBIT_FRAME_COLOR = 0x00FF00;
 constexpr int LEAST_SIDE = 2; // pixels of a view that is drawn
 
+// Smooth textures that repeat, and lightmaps that end at their edges. Set for each frame, as a device that was opened
+// anew has forgotten them; what is set already is not sent again.
+void SetSamplers() {
+    for (const uint32_t stage : {0u, 1u}) {
+        criSetStageValue(stage, TSS_MAGFILTER, TF_LINEAR);
+        criSetStageValue(stage, TSS_MINFILTER, TF_LINEAR);
+    }
+    criSetStageValue(0, TSS_MIPFILTER, MF_LINEAR);
+    criSetStageValue(1, TSS_MIPFILTER, MF_NONE);
+    crTextureAddress(TA_WRAP, TA_WRAP, 0);
+    crTextureAddress(TA_CLAMP, TA_CLAMP, 1);
+}
+
 } // namespace
 
 void CInterface::RedrawView(int view) { Tell(&EditorListener::ViewChanged, view); }
@@ -61,6 +74,7 @@ void CInterface::DrawView(int view) {
     crSetViewport(rect.left, rect.top, rect.Width(), rect.Height());
     if (crBeginFrame() != 0)
         return;
+    SetSamplers();
     if (!perspective) {
         const int step = vi.zoom_in == 1 ? grid_size / vi.zoom_out : vi.zoom_in * grid_size;
         DrawGrid(rect, vi.view_position, std::max(step, 1), view_grid_color);
