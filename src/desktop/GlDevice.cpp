@@ -4,6 +4,8 @@
 
 #include <QOpenGLVersionFunctionsFactory>
 
+#include "desktop/GlMesh.h"
+
 GlDevice::GlDevice(QOpenGLContext* context) {
     auto* const functions =
         context ? QOpenGLVersionFunctionsFactory::get<GlFunctions>(context) : nullptr; // owned by the context
@@ -184,12 +186,13 @@ bool GlDevice::Draw(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32
     if (!opened || !in_scene || (fvf & (VT_XYZ | VT_XYZRHW)) == 0 || !vertices || prim < PT_POINT_LIST ||
         prim > PT_TRI_FAN)
         return false;
-    const PixelRectangle part = back->Inside(values.viewport);
-    if (part.w == 0 || part.h == 0)
-        return true;
     const GlShape shape = prim == PT_POINT_LIST                           ? GlShape::Points
                           : prim == PT_LINE_LIST || prim == PT_LINE_STRIP ? GlShape::Lines
                                                                           : GlShape::Triangles;
+    return Prepare(shape, fvf) && pipeline->Add(prim, vertices, vertex_count, indices, index_count);
+}
+
+bool GlDevice::Prepare(GlShape shape, uint32_t fvf) {
     if (UploadTextures() || values_changed || shape != last_shape || fvf != last_fvf) {
         if (!pipeline->Start(Resolve(shape, fvf), fvf))
             return false;
@@ -197,8 +200,24 @@ bool GlDevice::Draw(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32
         last_shape = shape;
         last_fvf = fvf;
     }
-    back->MarkDrawn(part);
-    return pipeline->Add(prim, vertices, vertex_count, indices, index_count);
+    if (const PixelRectangle part = back->Inside(values.viewport); part.w > 0 && part.h > 0)
+        back->MarkDrawn(part);
+    return true;
+}
+
+std::unique_ptr<DeviceMesh> GlDevice::CreateMesh(MeshData data) {
+    if (!IsUsable() || !pipeline->IsCurrent())
+        return nullptr;
+    pipeline->Flush();
+    auto mesh = std::make_unique<GlMesh>(pipeline, std::move(data));
+    return mesh->IsUsable() ? std::move(mesh) : nullptr;
+}
+
+bool GlDevice::DrawMesh(DeviceMesh& mesh, std::span<const MeshPart> parts) {
+    auto* const ours = dynamic_cast<GlMesh*>(&mesh);
+    if (!opened || !in_scene || !ours)
+        return false;
+    return Prepare(ours->Shape(), ours->Format()) && pipeline->DrawMesh(*ours, parts);
 }
 
 bool GlDevice::DrawPrimitive(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count) {

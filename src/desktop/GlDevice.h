@@ -58,6 +58,10 @@ public:
     bool DrawIndexedPrimitive(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count,
                               const uint16_t* indices, uint32_t index_count) override;
 
+    std::unique_ptr<DeviceMesh> CreateMesh(MeshData data) override;
+    bool DrawMesh(DeviceMesh& mesh, std::span<const MeshPart> parts) override;
+    bool WantsSortedStates() const override { return true; }
+
     std::unique_ptr<DeviceSurface> CreateTexture(const TextureDescription& description) override;
     void PreloadTexture(DeviceSurface& texture) override;
 
@@ -65,6 +69,8 @@ private:
     bool IsReady() const { return opened && pipeline->IsCurrent(); }
     bool Draw(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count, const uint16_t* indices,
               uint32_t index_count);
+    // Before something is drawn; false when it cannot be.
+    bool Prepare(GlShape shape, uint32_t fvf);
     bool UploadTextures(); // of the stages in use; false when none has changed
     uint32_t StageCount() const;
     GlDrawState Resolve(GlShape shape, uint32_t fvf) const;

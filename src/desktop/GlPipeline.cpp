@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "desktop/GlMesh.h"
+
 namespace {
 
 constexpr size_t MOST_BATCH_BYTES = size_t{2} << 20; // of vertices; a larger single call is drawn at once
@@ -311,4 +313,20 @@ bool GlPipeline::Flush() {
     vertices.clear();
     indices.clear();
     return drawn;
+}
+
+bool GlPipeline::DrawMesh(GlMesh& mesh, std::span<const MeshPart> parts) {
+    if (!Flush() || !program)
+        return false;
+    Apply(state);
+    part_counts.clear();
+    part_places.clear();
+    for (const MeshPart& part : parts) {
+        part_counts.push_back(static_cast<GLsizei>(part.index_count));
+        part_places.push_back(reinterpret_cast<const void*>(size_t{part.first_index} * sizeof(uint32_t)));
+    }
+    mesh.Bind();
+    gl.glMultiDrawElements(ModeOf(state.key.shape), part_counts.data(), GL_UNSIGNED_INT, part_places.data(),
+                           static_cast<GLsizei>(parts.size()));
+    return true;
 }

@@ -26,6 +26,8 @@ struct GlDrawState {
     bool operator==(const GlDrawState&) const = default;
 };
 
+class GlMesh;
+
 // The context of the device is current in all calls; those that give bool are false when something could not be drawn.
 class GlPipeline {
 public:
@@ -41,6 +43,7 @@ public:
     bool Start(const GlDrawState& wanted, uint32_t format); // what is added next; joins the batch where it can
     bool Add(PrimType prim, const uint8_t* data, uint32_t vertex_count, const uint16_t* order, uint32_t index_count);
     bool Flush();
+    bool DrawMesh(GlMesh& mesh, std::span<const MeshPart> parts); // in the state of the last Start
 
     void BindForFilling(GLuint texture); // at a stage of its own; 0: none
     void ForgetTexture(GLuint texture);  // draws what needs it and deletes it
@@ -74,4 +77,6 @@ private:
     const GlShaders::Program* sent_program = nullptr;
     std::array<GLuint, TEXTURE_STAGES> bound_textures{}, bound_samplers{};
     bool any_sent = false; // else nothing is known of the context
+    std::vector<GLsizei> part_counts;
+    std::vector<const void*> part_places;
 };

@@ -11,17 +11,7 @@ const void* AtOffset(size_t bytes) { return reinterpret_cast<const void*>(bytes)
 
 } // namespace
 
-void GlStream::BindLayout(uint32_t fvf) {
-    if (const auto known = layouts.find(fvf); known != layouts.end()) {
-        gl.glBindVertexArray(known->second);
-        gl.glBindBuffer(GL_ARRAY_BUFFER, vertex_ring.name);
-        return;
-    }
-    GLuint& layout_name = layouts[fvf];
-    gl.glGenVertexArrays(1, &layout_name);
-    gl.glBindVertexArray(layout_name);
-    gl.glBindBuffer(GL_ARRAY_BUFFER, vertex_ring.name);
-    gl.glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, index_ring.name);
+void SetGlLayout(GlFunctions& gl, uint32_t fvf) {
     const FvfLayout layout = MakeFvfLayout(fvf);
     const auto stride = static_cast<GLsizei>(layout.size);
     const auto field = [&](GLuint place, GLint size, GLenum type, bool normalized, CrOffsets from) {
@@ -34,6 +24,20 @@ void GlStream::BindLayout(uint32_t fvf) {
         field(GL_AT_COLOR, GL_BGRA, GL_UNSIGNED_BYTE, true, CRO_DIFF);
     for (uint32_t set = 0; set < layout.coordinate_sets; ++set)
         field(GL_AT_UV + set, 2, GL_FLOAT, false, static_cast<CrOffsets>(CRO_TEX1 + set));
+}
+
+void GlStream::BindLayout(uint32_t fvf) {
+    if (const auto known = layouts.find(fvf); known != layouts.end()) {
+        gl.glBindVertexArray(known->second);
+        gl.glBindBuffer(GL_ARRAY_BUFFER, vertex_ring.name);
+        return;
+    }
+    GLuint& layout_name = layouts[fvf];
+    gl.glGenVertexArrays(1, &layout_name);
+    gl.glBindVertexArray(layout_name);
+    gl.glBindBuffer(GL_ARRAY_BUFFER, vertex_ring.name);
+    gl.glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, index_ring.name);
+    SetGlLayout(gl, fvf);
 }
 
 ptrdiff_t GlStream::Put(Ring& ring, const void* bytes, size_t count, size_t alignment) {

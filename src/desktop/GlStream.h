@@ -6,6 +6,9 @@
 
 #include "desktop/GlShaders.h"
 
+// Says to the vertex array in use how the vertices of the bound buffer are laid out.
+void SetGlLayout(GlFunctions& gl, uint32_t fvf);
+
 class GlStream {
 public:
     explicit GlStream(GlFunctions& functions) : gl(functions) {}

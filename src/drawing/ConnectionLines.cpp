@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <string>
 #include <unordered_map>
 
@@ -9,6 +10,8 @@
 namespace {
 
 constexpr uint32_t LINK_COLOR = 0xFFFFD200, TARGET_LINK_COLOR = 0xFFEA2CB9, TRIGGER_COLOR = 0xFF88B32E;
+
+constexpr const char* CABLE = "CABLE";
 
 bool IsTrigger(const Entity& e) {
     return e.IsType("BOX_TRIGGER") || e.IsType("RADIAL_TRIGGER") || e.IsType("KEY_TRIGGER");
@@ -29,15 +32,25 @@ void ForEachWord(const std::string& text, const Use& use) {
 
 class ConnectionPass {
 public:
-    ConnectionPass(const World& scene, const DrawContext& draw_context) : world(scene), context(draw_context) {}
+    ConnectionPass(World& scene, const DrawContext& draw_context) : world(scene), context(draw_context) {}
 
     void DrawLinks() {
         for (const auto& b : world.brush)
             if (!b->is_hidden && context.filters.ShowsBrush(*b))
                 DrawLinksOf(*b, b->pivot);
         for (const auto& e : world.entity)
-            if (context.filters.show_entities && !e->IsHidden())
+            if (context.filters.show_entities && !e->IsHidden()) {
                 DrawLinksOf(*e, e->position);
+                FollowCables(*e);
+            }
+        lines.Flush();
+    }
+
+    // Those that were not met are no cables any more.
+    void DrawCables() {
+        std::erase_if(world.AllCables, [](const auto& cable) { return !cable->valid; });
+        for (const auto& cable : world.AllCables)
+            cable->Render();
     }
 
     // From each selected trigger to what its commands name.
@@ -68,6 +81,25 @@ public:
     }
 
 private:
+    // A cable hangs along each link of two of their ends.
+    void FollowCables(const Entity& begin) {
+        if (!begin.IsType(CABLE))
+            return;
+        for (const uint32_t id : begin.linked_objects) {
+            const Entity* const end = id == NO_OBJECT_ID ? nullptr : world.GetEntityFromID(id);
+            if (!end || !end->IsType(CABLE))
+                continue;
+            const auto known = std::find_if(world.AllCables.begin(), world.AllCables.end(), [&](const auto& cable) {
+                return cable->ID_1 == begin.GetObjectID() && cable->ID_2 == id;
+            });
+            if (known != world.AllCables.end() && (*known)->Follow(begin, *end))
+                continue;
+            auto cable = std::make_unique<CCableComputer>(CablePropertiesOf(begin, *end));
+            cable->ID_1 = begin.GetObjectID();
+            cable->ID_2 = id;
+            world.AllCables.push_back(std::move(cable));
+        }
+    }
     void DrawLinksOf(const BaseObject& object, const D3DVECTOR& place) {
         for (const uint32_t id : object.linked_objects) {
             if (id == NO_OBJECT_ID)
@@ -85,7 +117,7 @@ private:
         }
     }
 
-    const World& world;
+    World& world;
     const DrawContext& context;
     LineBatch lines;
 };
@@ -96,6 +128,11 @@ void World::RenderConnectionLines(const DrawContext& context) {
     if (!context.show_links)
         return;
     ConnectionPass pass(*this, context);
+    if (context.filters.show_entities)
+        for (const auto& cable : AllCables)
+            cable->valid = false;
     pass.DrawLinks();
+    if (context.filters.show_entities)
+        pass.DrawCables();
     pass.DrawCommands();
 }

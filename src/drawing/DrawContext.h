@@ -20,4 +20,5 @@ struct DrawContext {
     bool vertex_mode = false;                    // the marks of the vertex net show, not only its lines
     int selected_cross_vertex = -1;              // so_vertex whose axis cross is picked
     int selected_cross_edge = 0;                 // its arm: 0 x, 1 y, 2 z
+    float anim_time = 0;                         // seconds of the movie: where on its path an object is
 };

@@ -4,6 +4,7 @@
 #include "drawing/BoxFaces.h"
 #include "drawing/DrawContext.h"
 #include "drawing/GeometryBatch.h"
+#include "drawing/PathDrawing.h"
 #include "drawing/WireDrawing.h"
 #include "render/Matrix.h"
 #include "render/StateCache.h"
@@ -32,9 +33,11 @@ public:
 
     void DrawAll() {
         for (size_t i = 0; i < world.entity.size(); ++i) {
-            const Entity& e = *world.entity[i];
+            Entity& e = *world.entity[i];
             if (e.IsHidden() || !context.filters.ShowsEntityType(e) || (!selected[i] && IsPointOfUnselectedPath(e)))
                 continue;
+            if (selected[i] || HasSelectedPath(e))
+                AddObjectPaths(lines, context, e);
             DrawShape(e, selected[i]);
             if (selected[i])
                 DrawLightMarks(e);
@@ -44,15 +47,17 @@ public:
     }
 
 private:
-    bool IsPointOfUnselectedPath(const Entity& e) const {
-        const BaseObject* const owner = BaseObject::GetObjectFromID(e.path_parent_id);
-        if (!owner)
-            return false;
-        for (const auto* points : {&owner->path, &owner->target_path})
+    bool HasSelectedPath(const BaseObject& owner) const {
+        for (const auto* points : {&owner.path, &owner.target_path})
             for (const uint32_t id : *points)
                 if (selected_ids.contains(id))
-                    return false;
-        return true;
+                    return true;
+        return false;
+    }
+
+    bool IsPointOfUnselectedPath(const Entity& e) const {
+        const BaseObject* const owner = BaseObject::GetObjectFromID(e.path_parent_id);
+        return owner && !HasSelectedPath(*owner);
     }
 
     void DrawShape(const Entity& e, bool is_selected) {

@@ -5,6 +5,7 @@
 
 #include "drawing/DrawContext.h"
 #include "drawing/GeometryBatch.h"
+#include "drawing/SolidLook.h"
 #include "render/StateCache.h"
 
 class World;
@@ -13,27 +14,18 @@ class SolidPass {
 public:
     SolidPass(const World& scene, const DrawContext& draw_context);
     void Draw(const Brush& brush);
+    void DrawDecals(const Brush& brush); // on a brush just drawn, with the masks that show which are selected
+
+    void Flush() { batch.reset(); } // the next brush sets its state anew
+    static void SetDepthState();    // of all solid brushes
 
 private:
-    enum Kind { BARE, MARKED, TEXTURED, DARK, LIGHTMAPPED, BORDER };
-    struct Look {
-        Kind kind = BARE;
-        bool blended = false;
-        uint32_t texture = NO_TEXTURE_HANDLE, lightmap = NO_TEXTURE_HANDLE;
-        bool operator==(const Look&) const = default;
-    };
-
-    GeometryBatch& Batch(const Look& look); // in whose state it is drawn
-    static void SetState(const Look& look);
-    Look PlainLook(const Surface& surface) const;
-    void DrawMarked(const Brush& brush);
-    void DrawPlain(const Surface& surface, const Look& look, const uint32_t* fixed_color,
-                   const std::vector<uint32_t>& colors);
-    void DrawLightmapped(const Surface& surface);
-    void DrawBorder(const Surface& surface);
+    GeometryBatch& Batch(const SolidLook& look); // in whose state it is drawn
 
     const World& world;
     const DrawContext& context;
-    Look current;
+    SolidOptions options;
+    SolidLook current;
+    std::vector<SolidSurface> found;      // of the last brush
     std::unique_ptr<GeometryBatch> batch; // null before the first
 };

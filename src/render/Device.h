@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,25 @@ public:
 inline uint32_t LevelSide(uint32_t side, uint32_t level) {
     return level < 32 && (side >> level) > 0 ? side >> level : 1;
 }
+
+// Vertices and the lines or triangles between them that a device keeps, for what is drawn again and again. May outlive
+// the device.
+class DeviceMesh {
+public:
+    virtual ~DeviceMesh() = default;
+};
+
+struct MeshData {
+    PrimType prim = PT_TRI_LIST; // or PT_LINE_LIST
+    uint32_t fvf = 0;            // with VT_XYZ
+    std::vector<uint8_t> vertices;
+    std::vector<uint32_t> indices; // all of them name vertices that are there
+};
+
+// A part of a mesh; its indices name no vertex outside its own.
+struct MeshPart {
+    uint32_t first_index = 0, index_count = 0, first_vertex = 0, vertex_count = 0;
+};
 
 struct DepthFormat {
     uint32_t depth_bits = 0, stencil_bits = 0;
@@ -118,6 +138,16 @@ public:
     virtual bool DrawPrimitive(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count) = 0;
     virtual bool DrawIndexedPrimitive(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count,
                                       const uint16_t* indices, uint32_t index_count) = 0;
+
+    // Meshes. Null when the data are none or the device is out of memory.
+    virtual std::unique_ptr<DeviceMesh> CreateMesh(MeshData data) = 0;
+    virtual bool DrawMesh(DeviceMesh& mesh, std::span<const MeshPart> parts) = 0; // a mesh of this device
+    // What is drawn between these two may be kept back until the second, and is seen as if drawn in its order. Until
+    // then no texture changes or goes, no mesh goes and no surface is locked.
+    virtual void BeginGroup() {}
+    virtual void EndGroup() {}
+    // True where changes of state cost more than the order of drawing helps.
+    virtual bool WantsSortedStates() const { return false; }
 
     // Textures
     virtual std::unique_ptr<DeviceSurface> CreateTexture(const TextureDescription& description) = 0; // null on failure

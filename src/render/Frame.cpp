@@ -21,6 +21,7 @@ bool crvBgErase = true, crvRenderEnabled = false, crvTryRestore = false;
 float crvFps = 0;
 uint32_t crvDwFps = 0, crvFpsFrames = 0, crvLastFpsOldTime = 0;
 uint32_t crvStatVerts = 0, crvStatFaces = 0;
+uint32_t crvDeviceChanges = 0;
 bool crD3DTextureInfoEnable = false;
 std::string crvD3DTextureInfo;
 float crvTrigTable[TRIG_STEPS], crvSqrtTable[SQRT_STEPS + 1];
@@ -98,6 +99,7 @@ int crInit(const std::vector<Device*>& devices) {
 void criSetRenderer(CR_DDDevice* dd, CR_D3DDevice* d3d) {
     crvCurDDDevice = dd;
     crvCurD3DDevice = d3d;
+    ++crvDeviceChanges;
     criSetTextureDevice(d3d ? d3d->device : nullptr);
     criForgetFonts();
     criClearStateBlocks();
@@ -141,6 +143,7 @@ int crRelease() {
     if (crvCurD3DDevice)
         crvCurD3DDevice->device->Close();
     crvD3DDevice = nullptr;
+    ++crvDeviceChanges;
     criTransparentFacesFree();
     criFreeRootDevices();
     criSetTextureDevice(nullptr);
@@ -161,6 +164,7 @@ int crBeginFrame() {
         if (!crvD3DDevice->RestoreSurfaces())
             return FRAME_DISABLED;
         criMarkVertexBuffersLost();
+        ++crvDeviceChanges;
         crvRenderEnabled = true;
         crvTryRestore = false;
     } else if (!crvRenderEnabled) {

@@ -77,6 +77,7 @@ extern bool crvTryRestore;    // the next crBeginFrame restores the surfaces
 extern float crvFps;
 extern uint32_t crvDwFps, crvFpsFrames, crvLastFpsOldTime;
 extern uint32_t crvStatVerts, crvStatFaces; // of the current frame
+extern uint32_t crvDeviceChanges;           // counts what makes the meshes of a device useless
 extern bool crD3DTextureInfoEnable;         // crEndFrame writes crvD3DTextureInfo
 extern std::string crvD3DTextureInfo;
 extern float crvTrigTable[TRIG_STEPS];     // sin(i * 2 pi / 1024)

@@ -15,6 +15,11 @@ void CoarseDepth::Forget() {
     std::fill(squares.begin(), squares.end(), Square{std::numeric_limits<float>::infinity(), true});
 }
 
+void CoarseDepth::Forget(int top, int bottom) {
+    for (int row = top / SIDE; row * SIDE < bottom; ++row)
+        std::fill_n(&At(0, row), columns, Square{std::numeric_limits<float>::infinity(), true});
+}
+
 void CoarseDepth::Touch(int left, int top, int right, int bottom) {
     for (int row = top / SIDE; row * SIDE < bottom; ++row)
         for (int column = left / SIDE; column * SIDE < right; ++column)

@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstring>
 
-#include "render/SoftVertices.h"
+#include "render/SoftGroup.h"
 #include "render/TexturePixels.h"
 
 SoftSurface::SoftSurface(const TextureDescription& d)
@@ -41,7 +41,7 @@ void SoftSurface::Widen(const uint8_t* pixel, int (&rgba)[4]) const {
     }
 }
 
-SoftDevice::SoftDevice() : scratch(std::make_unique<SoftScratch>()) {}
+SoftDevice::SoftDevice() : scratch(std::make_unique<SoftScratch>()), group(std::make_unique<SoftGroup>()) {}
 
 SoftDevice::~SoftDevice() = default;
 
@@ -69,6 +69,17 @@ SoftState::SoftState() {
         values[TSS_MIPFILTER] = MF_NONE;
     }
     std::fill(std::begin(transforms), std::end(transforms), crIdentity());
+}
+
+bool SoftState::IsSame(const SoftState& other) const {
+    const auto same_plane = [](const PLANE& a, const PLANE& b) { return a.normal == b.normal && a.D == b.D; };
+    const PixelRectangle &a = viewport, &b = other.viewport;
+    return std::equal(std::begin(textures), std::end(textures), other.textures) &&
+           std::memcmp(states, other.states, sizeof(states)) == 0 &&
+           std::memcmp(stages, other.stages, sizeof(stages)) == 0 &&
+           std::equal(std::begin(transforms), std::end(transforms), other.transforms) &&
+           std::equal(std::begin(planes), std::end(planes), other.planes, same_plane) && a.x == b.x && a.y == b.y &&
+           a.w == b.w && a.h == b.h;
 }
 
 std::vector<VideoMode> SoftDevice::VideoModes() const {
@@ -127,6 +138,8 @@ bool SoftDevice::Open() {
 }
 
 void SoftDevice::Close() {
+    grouping = false;
+    *group = SoftGroup();
     opened = in_scene = false;
     back.reset();
     front.reset();
@@ -153,6 +166,7 @@ SoftTarget SoftDevice::Target(const PixelRectangle& part) {
 bool SoftDevice::Clear(uint32_t clear_flags, uint32_t color, float depth, uint32_t) {
     if (!opened || (clear_flags & CLEAR_STENCIL) != 0)
         return false;
+    DrawGroup();
     const SoftTarget target = Target(state.viewport);
     if ((clear_flags & CLEAR_ZBUFFER) != 0)
         coarse_depth.Forget();
@@ -175,7 +189,9 @@ bool SoftDevice::BeginScene() {
 
 bool SoftDevice::EndScene() {
     const bool ended = in_scene;
-    in_scene = false;
+    in_scene = grouping = false;
+    if (opened)
+        DrawGroup();
     return ended;
 }
 
@@ -224,11 +240,46 @@ bool SoftDevice::SetClipPlane(uint32_t index, const PLANE& plane) {
     return true;
 }
 
+// Within a group what is not a mesh becomes one of its own. False when it is to be drawn at once.
+bool SoftDevice::KeepBack(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count,
+                          const uint16_t* indices, uint32_t n) {
+    if (group->IsEmpty() || prim < PT_LINE_LIST || prim > PT_TRI_FAN || (fvf & (VT_XYZ | VT_XYZRHW)) == 0 || !vertices)
+        return false;
+    MeshData data;
+    data.prim = prim <= PT_LINE_STRIP ? PT_LINE_LIST : PT_TRI_LIST;
+    data.fvf = fvf;
+    data.vertices.assign(vertices, vertices + size_t{vertex_count} * MakeFvfLayout(fvf).size);
+    const auto add = [&](std::initializer_list<uint32_t> places) {
+        for (const uint32_t place : places)
+            data.indices.push_back(indices ? indices[place] : place);
+    };
+    if (prim == PT_LINE_LIST || prim == PT_TRI_LIST)
+        for (uint32_t i = 0; i < n; ++i)
+            add({i});
+    else if (prim == PT_LINE_STRIP)
+        for (uint32_t i = 0; i + 1 < n; ++i)
+            add({i, i + 1});
+    else if (prim == PT_TRI_STRIP)
+        for (uint32_t i = 0; i + 2 < n; ++i)
+            add({i, i + 1 + i % 2, i + 2 - i % 2}); // every second one turns the other way
+    else
+        for (uint32_t i = 1; i + 1 < n; ++i)
+            add({0, i, i + 1});
+    if (vertex_count > 0)
+        group->AddOwn(state, Target(state.viewport), std::move(data));
+    return true;
+}
+
 bool SoftDevice::Draw(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count,
                       const uint16_t* indices, uint32_t index_count) {
     if (!opened || !in_scene)
         return false;
-    SoftVertices drawing(state, Target(state.viewport), *scratch);
+    if (KeepBack(prim, fvf, vertices, vertex_count, indices, index_count))
+        return true;
+    DrawGroup();
+    SoftRaster raster(state, Target(state.viewport));
+    raster.Start();
+    SoftVertices drawing(state, raster.CoordinateSets(), raster, *scratch);
     return drawing.Read(fvf, vertices, vertex_count) && drawing.Draw(prim, indices, index_count);
 }
 
@@ -239,6 +290,33 @@ bool SoftDevice::DrawPrimitive(PrimType prim, uint32_t fvf, const uint8_t* verti
 bool SoftDevice::DrawIndexedPrimitive(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count,
                                       const uint16_t* indices, uint32_t index_count) {
     return indices && Draw(prim, fvf, vertices, vertex_count, indices, index_count);
+}
+
+std::unique_ptr<DeviceMesh> SoftDevice::CreateMesh(MeshData data) {
+    if (data.vertices.empty() || data.indices.empty())
+        return nullptr;
+    return std::make_unique<SoftMesh>(std::move(data));
+}
+
+bool SoftDevice::DrawMesh(DeviceMesh& mesh, std::span<const MeshPart> parts) {
+    const auto* const ours = dynamic_cast<const SoftMesh*>(&mesh);
+    if (!opened || !in_scene || !ours)
+        return false;
+    group->Add(state, Target(state.viewport), *ours, parts);
+    if (!grouping)
+        DrawGroup();
+    return true;
+}
+
+void SoftDevice::DrawGroup() {
+    if (!group->IsEmpty())
+        group->Draw();
+}
+
+void SoftDevice::EndGroup() {
+    grouping = false;
+    if (opened)
+        DrawGroup();
 }
 
 std::unique_ptr<DeviceSurface> SoftDevice::CreateTexture(const TextureDescription& d) {

@@ -11,6 +11,7 @@
 #include "render/Device.h"
 #include "render/SoftState.h"
 
+class SoftGroup;
 struct SoftScratch;
 
 class SoftDevice : public Device {
@@ -54,17 +55,27 @@ public:
     bool DrawIndexedPrimitive(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count,
                               const uint16_t* indices, uint32_t index_count) override;
 
+    std::unique_ptr<DeviceMesh> CreateMesh(MeshData data) override;
+    bool DrawMesh(DeviceMesh& mesh, std::span<const MeshPart> parts) override;
+    void BeginGroup() override { grouping = true; }
+    void EndGroup() override;
+
     std::unique_ptr<DeviceSurface> CreateTexture(const TextureDescription& description) override; // zeroed pixels
 
 private:
     bool Draw(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count, const uint16_t* indices,
               uint32_t index_count);
     SoftTarget Target(const PixelRectangle& part);
+    void DrawGroup(); // what has been kept back
+    bool KeepBack(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count, const uint16_t* indices,
+                  uint32_t index_count);
 
     SoftState state;
     std::unique_ptr<SoftSurface> back, front;
     std::vector<float> depth_buffer;
     CoarseDepth coarse_depth;
     std::unique_ptr<SoftScratch> scratch; // of one call of Draw
+    std::unique_ptr<SoftGroup> group;
+    bool grouping = false;
     bool opened = false, in_scene = false;
 };

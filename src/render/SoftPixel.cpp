@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "render/SoftRaster.h"
+#include "render/SoftFill.h"
 
 namespace {
 
@@ -90,13 +90,6 @@ uint32_t Addressed(int64_t at, uint32_t side, uint32_t address) {
     return static_cast<uint32_t>(place < size ? place : period - 1 - place);
 }
 
-// A coordinate in 1/256 texels; one too large for that counts as 0.
-int64_t ToSubtexels(float coordinate, uint32_t side) {
-    constexpr double FARTHEST = 1e12;
-    const double at = static_cast<double>(coordinate) * side * 256.0;
-    return at > -FARTHEST && at < FARTHEST ? FloorToInteger(at) : 0;
-}
-
 } // namespace
 
 SoftPixel::SoftPixel(const SoftState& device_state, const SoftTarget& picture)
@@ -129,6 +122,7 @@ SoftPixel::SoftPixel(const SoftState& device_state, const SoftTarget& picture)
         if (stage.texture)
             coordinate_sets = std::max(coordinate_sets, set + 1);
     }
+    word_stages = HasWordStages();
 }
 
 // Without a texture: white.

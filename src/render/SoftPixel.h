@@ -5,6 +5,16 @@
 #include <cstdint>
 
 #include "render/SoftState.h"
+#include "render/SoftVertex.h"
+
+// A coordinate in 1/256 texels; one too large for that counts as 0.
+inline int64_t ToSubtexels(float coordinate, uint32_t side) {
+    constexpr double FARTHEST = 1e12;
+    const double at = static_cast<double>(coordinate) * side * 256.0;
+    return at > -FARTHEST && at < FARTHEST ? FloorToInteger(at) : 0;
+}
+
+struct SoftFill;
 
 class SoftPixel {
 public:
@@ -25,6 +35,14 @@ public:
     FlatColor Flat(uint32_t argb) const;                        // without a texture
     // Nearer or equal wins, is kept and covers what is there.
     bool IsPlain() const { return depth_test && depth_func == CMP_LESSEQUAL && depth_write && !blend; }
+    bool IsOpaque() const {
+        return !blend && !alpha_test;
+    } // what is there does not show through, nor anything is left out
+    // The colours of some pixels of a row, of which the first lies at these 1/256 pixels from the fill's origin; for
+    // what is opaque.
+    void Color(const SoftFill& fill, double across, double down, uint32_t* pixels, int count) const;
+    // The values of one pixel; its colour is left as it is when the fill has but one.
+    static void Take(const SoftFill& fill, double across, double down, Input& input);
 
     // Only pixels no farther than what is there are drawn.
     bool HidesBehind() const {
@@ -54,6 +72,9 @@ private:
     };
 
     static void Sample(const Stage& stage, const float* uv, int (&rgba)[4]);
+    static void SampleWords(const Stage& stage, float u, float v, uint32_t (&rgb)[3]);
+    bool HasWordStages() const;
+    void ColorWords(const SoftFill& fill, double across, double down, uint32_t* pixels, int count) const;
     void RunStages(const Input& input, int (&rgba)[4]) const;
     uint32_t Blended(uint32_t under, const int (&src)[4]) const;
     bool CompareDepth(float depth, float there) const;
@@ -61,6 +82,7 @@ private:
     SoftTarget target;
     Stage stages[TEXTURE_STAGES];
     uint32_t stage_count = 0, coordinate_sets = 0;
+    bool word_stages = false; // all of them are simple enough for ColorWords
     bool depth_test, depth_write, alpha_test, blend;
     uint32_t depth_func, alpha_func, src_blend, dst_blend;
     int alpha_ref;

@@ -7,8 +7,7 @@
 namespace {
 
 constexpr int64_t SUBPIXELS = 256, CENTRE = SUBPIXELS / 2; // of a pixel
-// Places among the values of a pixel
-enum : int { V_DEPTH, V_RHW, V_COLOR, V_UV = V_COLOR + 4 };
+constexpr int V_DEPTH = SoftFill::V_DEPTH, V_RHW = SoftFill::V_RHW, V_COLOR = SoftFill::V_COLOR, V_UV = SoftFill::V_UV;
 
 int32_t ToSubpixels(float pixels) {
     return static_cast<int32_t>(FloorToInteger(static_cast<double>(pixels) * SUBPIXELS + 0.5)); // halves up
@@ -52,11 +51,15 @@ private:
     int64_t pixel, rest, divisor, step, step_rest;
 };
 
-SoftRaster::SoftRaster(const SoftState& device_state, const SoftTarget& picture)
-    : target(picture), pixel(device_state, picture), cull(device_state.states[RS_CULLMODE]),
+SoftRaster::SoftRaster(const SoftState& device_state, const SoftTarget& picture, SoftShades* later)
+    : target(picture), pixel(device_state, picture), shades(later), cull(device_state.states[RS_CULLMODE]),
       value_count(V_UV + 2 * static_cast<int>(pixel.CoordinateSets())) {
+    colors_later = shades && pixel.IsPlain() && pixel.IsOpaque();
+}
+
+void SoftRaster::Start() {
     if (pixel.WritesDepth() && !pixel.HidesBehind())
-        target.coarse->Forget();
+        target.coarse->Forget(target.top, target.bottom);
 }
 
 void SoftRaster::Round(SoftVertex& vertex) {
@@ -66,6 +69,7 @@ void SoftRaster::Round(SoftVertex& vertex) {
 
 bool SoftRaster::StartFill(Fill& fill, bool one_color, uint32_t argb) {
     fill.one_color = one_color;
+    fill.value_count = value_count;
     fill.flat = one_color && pixel.IsFlat();
     if (fill.flat) {
         if (!flat_known || flat_argb != argb) {
@@ -77,7 +81,7 @@ bool SoftRaster::StartFill(Fill& fill, bool one_color, uint32_t argb) {
     }
     constexpr int ARGB_SHIFT[4] = {16, 8, 0, 24};
     for (int c = 0; one_color && c < 4; ++c)
-        fill.input.color[c] = static_cast<int>(argb >> ARGB_SHIFT[c] & 255);
+        fill.color[c] = static_cast<int>(argb >> ARGB_SHIFT[c] & 255);
     return true;
 }
 
@@ -107,25 +111,31 @@ bool SoftRaster::IsHidden(const Corner* corners, int count) {
     return false;
 }
 
+int64_t SoftRaster::AreaOf(const Corner& a, const Corner& b, const Corner& c) {
+    return (b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y);
+}
+
+bool SoftRaster::TurnsOut(const SoftVertex* const* vertices, int count, uint32_t cull_mode) {
+    int64_t whole = 0; // above 0: the corners turn clockwise on the screen
+    for (int k = 1; k + 1 < count; ++k)
+        whole += AreaOf(ToCorner(*vertices[0]), ToCorner(*vertices[k]), ToCorner(*vertices[k + 1]));
+    return whole == 0 || (whole > 0 && cull_mode == CULL_CW) || (whole < 0 && cull_mode == CULL_CCW);
+}
+
 void SoftRaster::Polygon(const SoftVertex* const* vertices, int count) {
-    const auto area_of = [](const Corner& a, const Corner& b, const Corner& c) {
-        return (b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y);
-    };
     Corner corners[MOST_CORNERS];
     bool one_color = true;
     for (int k = 0; k < count; ++k) {
         corners[k] = ToCorner(*vertices[k]);
         one_color = one_color && !vertices[k]->mixed && vertices[k]->argb == vertices[0]->argb;
     }
-    int64_t whole = 0; // above 0: the corners turn clockwise on the screen
+    if (TurnsOut(vertices, count, cull) || IsHidden(corners, count))
+        return;
+    int64_t whole = 0;
     for (int k = 1; k + 1 < count; ++k)
-        whole += area_of(corners[0], corners[k], corners[k + 1]);
-    if (whole == 0 || (whole > 0 && cull == CULL_CW) || (whole < 0 && cull == CULL_CCW))
-        return;
-    if (IsHidden(corners, count))
-        return;
+        whole += AreaOf(corners[0], corners[k], corners[k + 1]);
     for (int k = 1; k + 1 < count; ++k) {
-        const int64_t area = area_of(corners[0], corners[k], corners[k + 1]);
+        const int64_t area = AreaOf(corners[0], corners[k], corners[k + 1]);
         if (area != 0 && (area > 0) == (whole > 0)) // rounding may turn a sliver over
             Triangle(corners[0], corners[k], corners[k + 1], area, one_color);
     }
@@ -148,49 +158,56 @@ void SoftRaster::Triangle(const Corner& a, const Corner& b, const Corner& c, int
         fill.planes[k] = {value, (to_b * cy - to_c * by) / static_cast<double>(area),
                           (to_c * bx - to_b * cx) / static_cast<double>(area)};
     }
+    fill.x = a.x, fill.y = a.y;
+    later_word = colors_later && !fill.flat && !shades->IsFull() ? shades->NextWord() : 0;
+    later_seen = false;
     EdgeRows long_edge(top, bottom, first_row);
     const auto rows = [&](const Corner& from, const Corner& to, int64_t row, int64_t end) {
         if (row >= end)
             return;
         for (EdgeRows short_edge(from, to, row); row < end; ++row, long_edge.NextRow(), short_edge.NextRow())
             Span(static_cast<int>(row), std::min(long_edge.Pixel(), short_edge.Pixel()),
-                 std::max(long_edge.Pixel(), short_edge.Pixel()), a, fill);
+                 std::max(long_edge.Pixel(), short_edge.Pixel()), fill);
     };
     const int64_t turn = std::clamp(FirstCentre(middle.y), first_row, end_row);
     rows(top, middle, first_row, turn);
     rows(middle, bottom, turn, end_row);
+    if (later_seen)
+        shades->Keep(fill, pixel);
 }
 
-void SoftRaster::Span(int row, int64_t first, int64_t end, const Corner& origin, Fill& fill) {
+void SoftRaster::Span(int row, int64_t first, int64_t end, const Fill& fill) {
     const int left = static_cast<int>(std::max<int64_t>(first, target.left));
     const int right = static_cast<int>(std::min<int64_t>(end, target.right));
     if (left >= right)
         return;
-    const auto down = static_cast<double>(row * SUBPIXELS + CENTRE - origin.y);
-    auto across = static_cast<double>(left * SUBPIXELS + CENTRE - origin.x);
-    if (fill.flat) {
-        FlatSpan(target.At(left, row), target.At(right, row), across, down, fill.planes[V_DEPTH]);
-        return;
-    }
-    size_t at = target.At(left, row);
-    const int first_color = fill.one_color ? V_UV : V_COLOR;
-    for (int x = left; x < right; ++x, ++at, across += SUBPIXELS) {
-        const auto value = [&](int k) {
-            const Plane& plane = fill.planes[k];
-            return plane.start + plane.right * across + plane.down * down;
-        };
-        const float depth = ToDepth(value(V_DEPTH));
+    const auto down = static_cast<double>(row * SUBPIXELS + CENTRE - fill.y);
+    const auto across = static_cast<double>(left * SUBPIXELS + CENTRE - fill.x);
+    const size_t at = target.At(left, row), end_place = target.At(right, row);
+    if (fill.flat)
+        FlatSpan(at, end_place, across, down, fill.planes[V_DEPTH], flat_color.word);
+    else if (later_word != 0)
+        later_seen |= FlatSpan(at, end_place, across, down, fill.planes[V_DEPTH], later_word);
+    else
+        ColorSpan(at, end_place, across, down, fill);
+}
+
+void SoftRaster::ColorSpan(size_t at, size_t end, double across, double down, const Fill& fill) {
+    SoftPixel::Input input;
+    std::copy_n(fill.color, 4, input.color);
+    for (; at < end; ++at, across += SUBPIXELS) {
+        const float depth = ToDepth(fill.planes[V_DEPTH].At(across, down));
         if (!pixel.DepthPasses(at, depth))
             continue;
-        double values[MOST_VALUES];
-        values[V_RHW] = value(V_RHW);
-        for (int k = first_color; k < value_count; ++k)
-            values[k] = value(k);
-        Pixel(at, depth, values, fill);
+        SoftPixel::Take(fill, across, down, input);
+        Settle(at);
+        pixel.Put(at, depth, input);
     }
 }
 
-void SoftRaster::FlatSpan(size_t at, size_t end, double across, double down, const Plane& plane) {
+bool SoftRaster::FlatSpan(size_t at, size_t end, double across, double down, const Plane& plane, uint32_t value) {
+    bool any = false;
+    const bool plain = pixel.IsPlain();
     const double start = plane.start, growth = plane.right, row_part = plane.down * down;
     const auto depth_at = [&](double place) { return start + growth * place + row_part; };
     const auto unclamped = [&] { // the ends, and so all between
@@ -198,12 +215,12 @@ void SoftRaster::FlatSpan(size_t at, size_t end, double across, double down, con
         return std::min(first, last) >= 0 && std::max(first, last) <= 1;
     };
     constexpr size_t BLOCK = 4, WORTHWHILE = 2 * BLOCK;
-    if (end - at >= WORTHWHILE && pixel.IsPlain() && unclamped()) {
+    if (end - at >= WORTHWHILE && plain && unclamped()) {
         using Doubles = double __attribute__((vector_size(16)));
         using Floats = float __attribute__((vector_size(16)));
         using Words = uint32_t __attribute__((vector_size(16)));
         using Halves = uint64_t __attribute__((vector_size(16)));
-        const Words word = Words{} + flat_color.word;
+        const Words word = Words{} + value;
         Doubles place = {across, across + SUBPIXELS};
         for (; at + BLOCK <= end; at += BLOCK, place += static_cast<double>(BLOCK * SUBPIXELS)) {
             const Doubles left = start + growth * place + row_part;
@@ -216,6 +233,7 @@ void SoftRaster::FlatSpan(size_t at, size_t end, double across, double down, con
             const auto halves = reinterpret_cast<Halves>(wins);
             if ((halves[0] | halves[1]) == 0)
                 continue;
+            any = true;
             Words pixels;
             std::memcpy(&pixels, target.pixels + at, sizeof(pixels));
             pixels = (wins & word) | (~wins & pixels);
@@ -226,8 +244,13 @@ void SoftRaster::FlatSpan(size_t at, size_t end, double across, double down, con
         across = place[0];
     }
     for (; at < end; ++at, across += SUBPIXELS)
-        if (const float depth = ToDepth(depth_at(across)); pixel.DepthPasses(at, depth))
-            pixel.PutFlat(at, depth, flat_color);
+        if (const float depth = ToDepth(depth_at(across)); plain && depth <= target.depth[at]) {
+            target.depth[at] = depth;
+            target.pixels[at] = value;
+            any = true;
+        } else if (!plain && pixel.DepthPasses(at, depth))
+            PutFlat(at, depth);
+    return any;
 }
 
 // Pixels of one depth, stride places apart.
@@ -235,7 +258,7 @@ void SoftRaster::FlatRun(size_t at, size_t stride, int64_t count, float depth) {
     if (!pixel.IsPlain()) {
         for (; count > 0; --count, at += stride)
             if (pixel.DepthPasses(at, depth))
-                pixel.PutFlat(at, depth, flat_color);
+                PutFlat(at, depth);
         return;
     }
     const uint32_t word = flat_color.word;
@@ -248,17 +271,29 @@ void SoftRaster::FlatRun(size_t at, size_t stride, int64_t count, float depth) {
         }
 }
 
-void SoftRaster::Pixel(size_t at, float depth, const double* values, Fill& fill) {
+void SoftRaster::Pixel(size_t at, float depth, const double* values, const Fill& fill) {
+    SoftPixel::Input input;
+    std::copy_n(fill.color, 4, input.color);
     const double w = 1.0 / values[V_RHW];
     for (int c = 0; !fill.one_color && c < 4; ++c)
-        fill.input.color[c] = static_cast<int>(std::clamp(values[V_COLOR + c] * w, 0.0, 255.0) + 0.5);
+        input.color[c] = static_cast<int>(std::clamp(values[V_COLOR + c] * w, 0.0, 255.0) + 0.5);
     for (int k = 0; k < value_count - V_UV; ++k)
-        fill.input.uv[k] = static_cast<float>(values[V_UV + k] * w);
-    pixel.Put(at, depth, fill.input);
+        input.uv[k] = static_cast<float>(values[V_UV + k] * w);
+    Settle(at);
+    pixel.Put(at, depth, input);
+}
+
+void SoftRaster::FlatLine(const OneColorLine& line) {
+    DrawLine({line.x1, line.y1, nullptr}, {line.x2, line.y2, nullptr}, line.depth1, line.depth2, true, line.argb);
 }
 
 void SoftRaster::Line(const SoftVertex& from, const SoftVertex& to) {
-    const Corner a = ToCorner(from), b = ToCorner(to);
+    DrawLine(ToCorner(from), ToCorner(to), from.v[SoftVertex::Z], to.v[SoftVertex::Z],
+             !from.mixed && !to.mixed && from.argb == to.argb, from.argb);
+}
+
+void SoftRaster::DrawLine(const Corner& a, const Corner& b, float from_depth, float to_depth, bool one_color,
+                          uint32_t argb) {
     const bool across = std::abs(b.x - a.x) >= std::abs(b.y - a.y);
     const int64_t start = across ? a.x : a.y, end = across ? b.x : b.y;
     if (start == end)
@@ -277,11 +312,11 @@ void SoftRaster::Line(const SoftVertex& from, const SoftVertex& to) {
     else
         place = std::min(place, high - 1), stop = std::max(stop, low - 1);
     Fill fill;
-    if ((stop - place) * step <= 0 || !StartFill(fill, !from.mixed && !to.mixed && from.argb == to.argb, from.argb))
+    if ((stop - place) * step <= 0 || !StartFill(fill, one_color, argb))
         return;
 
-    const bool level = from.v[SoftVertex::Z] == to.v[SoftVertex::Z];
-    float depth = ToDepth(from.v[SoftVertex::Z]);
+    const bool level = from_depth == to_depth;
+    float depth = ToDepth(from_depth);
     if (side_growth == 0 && level && fill.flat) { // the same pixels in either direction
         const int64_t side = side_start >> 8, first = step > 0 ? place : stop + 1;
         if (side >= side_low && side < side_high)
@@ -295,8 +330,8 @@ void SoftRaster::Line(const SoftVertex& from, const SoftVertex& to) {
     const int64_t dividend = side_start * step * length + side_growth * step * gone;
     int64_t side = FloorDivide(dividend, divisor), rest = dividend - side * divisor;
     const auto value_at = [&](int k, double t) {
-        const double value = from.v[SoftVertex::Z + k];
-        return value + (to.v[SoftVertex::Z + k] - value) * t;
+        const double value = k == V_DEPTH ? from_depth : a.vertex->v[SoftVertex::Z + k];
+        return value + ((k == V_DEPTH ? to_depth : b.vertex->v[SoftVertex::Z + k]) - value) * t;
     };
     for (; place != stop; place += step, gone += SUBPIXELS * step) {
         if (side >= side_low && side < side_high) {
@@ -307,9 +342,9 @@ void SoftRaster::Line(const SoftVertex& from, const SoftVertex& to) {
                 depth = ToDepth(value_at(V_DEPTH, t));
             if (pixel.DepthPasses(at, depth)) {
                 if (fill.flat) {
-                    pixel.PutFlat(at, depth, flat_color);
+                    PutFlat(at, depth);
                 } else {
-                    double values[MOST_VALUES];
+                    double values[SoftFill::MOST_VALUES];
                     for (int k = V_RHW; k < value_count; ++k)
                         values[k] = value_at(k, t);
                     Pixel(at, depth, values, fill);
@@ -335,10 +370,10 @@ void SoftRaster::Point(const SoftVertex& vertex) {
     if (!pixel.DepthPasses(at, depth) || !StartFill(fill, !vertex.mixed, vertex.argb))
         return;
     if (fill.flat) {
-        pixel.PutFlat(at, depth, flat_color);
+        PutFlat(at, depth);
         return;
     }
-    double values[MOST_VALUES] = {};
+    double values[SoftFill::MOST_VALUES] = {};
     std::copy_n(vertex.v + SoftVertex::Z, value_count, values);
     Pixel(at, depth, values, fill);
 }

@@ -2,70 +2,105 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
+#include "render/SoftFill.h"
 #include "render/SoftPixel.h"
 
-struct SoftVertex {
-    static constexpr int COORDINATE_SETS = 3;
-    // In clip space; W is 1 / w once on the screen, where the colours and coordinates are multiplied by it. Colours 0
-    // to 255. CUT: distances from the clip planes.
-    enum : int { X, Y, Z, W, RED, UV = RED + 4, CUT = UV + 2 * COORDINATE_SETS, COUNT = CUT + 6 };
-    float v[COUNT] = {};
-    uint32_t argb = 0;                      // the colour in one word
-    bool mixed = false;                     // the colour lies between two, argb does not hold
-    int32_t subpixel_x = 0, subpixel_y = 0; // on the screen, 1/256 pixels
+// Takes primitives whose corners are on the screen, no farther out than 65536 pixels.
+class SoftSink {
+public:
+    static constexpr int MOST_CORNERS = 3 + 13; // every plane of a cut adds one at most
+
+    virtual ~SoftSink() = default;
+    virtual void Polygon(const SoftVertex* const* vertices, int count) = 0; // convex and flat
+    virtual void Line(const SoftVertex& from, const SoftVertex& to) = 0;
+    virtual void Point(const SoftVertex& at) = 0;
 };
 
-// The next whole number at or below, of values that fit 64 bits.
-inline int64_t FloorToInteger(double value) {
-    const auto whole = static_cast<int64_t>(value);
-    return whole - (static_cast<double>(whole) > value ? 1 : 0);
-}
-
-class SoftRaster {
+// Textured surfaces that cover what is there are told apart before they are coloured: each pixel holds the number of
+// the surface that is seen there, until all of them are known.
+class SoftShades {
 public:
-    SoftRaster(const SoftState& device_state, const SoftTarget& picture);
+    static constexpr uint32_t PENDING = 0x80000000; // of a pixel that holds a number
 
-    static constexpr int MOST_CORNERS = 3 + 13; // every plane of a cut adds one at most
+    uint32_t NextWord() const { return PENDING | static_cast<uint32_t>(shades.size()); }
+    bool IsFull() const { return shades.size() >= PENDING; }
+    void Keep(const SoftFill& fill, const SoftPixel& pixel) { shades.push_back({fill, &pixel}); }
+    void ColorPixel(const SoftTarget& target, size_t at) const;
+    void ColorAll(const SoftTarget& target); // and forgets the surfaces
+
+private:
+    struct Shade {
+        SoftFill fill;
+        const SoftPixel* pixel;
+    };
+    int ColorRun(const SoftTarget& target, size_t at, int x, int y, int most) const; // how many pixels it takes
+
+    std::vector<Shade> shades;
+};
+
+class SoftRaster final : public SoftSink {
+public:
+    // later: takes what can be coloured later; may be null.
+    SoftRaster(const SoftState& device_state, const SoftTarget& picture, SoftShades* later = nullptr);
 
     // Rounds the position of a vertex that has come to the screen.
     static void Round(SoftVertex& vertex);
+    // True when a polygon is left out by its turn, or has no area.
+    static bool TurnsOut(const SoftVertex* const* vertices, int count, uint32_t cull_mode);
     uint32_t CoordinateSets() const { return pixel.CoordinateSets(); }
-    int ValuesEnd() const { return SoftVertex::Z + value_count; } // of the values of a vertex that pixels need
-    // Corners on the screen, no farther out than 65536 pixels.
-    void Polygon(const SoftVertex* const* vertices, int count); // convex and flat
-    void Line(const SoftVertex& from, const SoftVertex& to);
-    void Point(const SoftVertex& at);
+    struct OneColorLine {
+        uint32_t setting; // for whom it concerns
+        uint32_t argb;
+        int32_t x1, y1, x2, y2; // 1/256 pixels
+        float depth1, depth2;
+    };
+    void FlatLine(const OneColorLine& line); // without a texture
+    void Start();                            // before what is drawn first, or after something else was drawn
+    void Polygon(const SoftVertex* const* vertices, int count) override;
+    void Line(const SoftVertex& from, const SoftVertex& to) override;
+    void Point(const SoftVertex& at) override;
 
 private:
-    static constexpr int MOST_VALUES = SoftVertex::CUT - SoftVertex::Z;
     struct Corner {
         int64_t x, y; // 1/256 pixels
         const SoftVertex* vertex;
     };
-    struct Plane {                 // of one value over the picture
-        double start, right, down; // at the first corner, and its growth by 1/256 pixels
-    };
-    struct Fill { // of one primitive
-        bool one_color = false, flat = false;
-        SoftPixel::Input input; // its colour, if it is one
-        Plane planes[MOST_VALUES];
-    };
+    using Fill = SoftFill;
+    using Plane = SoftFill::Plane;
     class EdgeRows;
 
     static Corner ToCorner(const SoftVertex& vertex) { return {vertex.subpixel_x, vertex.subpixel_y, &vertex}; }
+    // The ends of what is not flat are vertices.
+    void DrawLine(const Corner& a, const Corner& b, float from_depth, float to_depth, bool one_color, uint32_t argb);
+    static int64_t AreaOf(const Corner& a, const Corner& b, const Corner& c); // twice, above 0: clockwise
     // True when nothing of a polygon can show. Else notes that it will be drawn.
     bool IsHidden(const Corner* corners, int count);
     // False when nothing of it will show.
     bool StartFill(Fill& fill, bool one_color, uint32_t argb);
     void Triangle(const Corner& a, const Corner& b, const Corner& c, int64_t area, bool one_color);
-    void Span(int row, int64_t first, int64_t end, const Corner& origin, Fill& fill);
-    void FlatSpan(size_t at, size_t end, double across, double down, const Plane& depth);
+    void Span(int row, int64_t first, int64_t end, const Fill& fill);
+    // One word where the depth wins; true if it does anywhere.
+    bool FlatSpan(size_t at, size_t end, double across, double down, const Plane& depth, uint32_t word);
+    void ColorSpan(size_t at, size_t end, double across, double down, const Fill& fill);
     void FlatRun(size_t at, size_t stride, int64_t count, float depth);
-    void Pixel(size_t at, float depth, const double* values, Fill& fill);
+    void Pixel(size_t at, float depth, const double* values, const Fill& fill);
+    void Settle(size_t at) { // before something blends with it
+        if (shades && (target.pixels[at] & SoftShades::PENDING) != 0)
+            shades->ColorPixel(target, at);
+    }
+    void PutFlat(size_t at, float depth) {
+        Settle(at);
+        pixel.PutFlat(at, depth, flat_color);
+    }
 
     SoftTarget target;
     SoftPixel pixel;
+    SoftShades* shades;
+    bool colors_later = false; // this state's textured pixels
+    uint32_t later_word = 0;   // of the primitive that is coloured later
+    bool later_seen = false;   // it has a pixel
     uint32_t cull;
     int value_count; // of the values that the pixels need, from Z on
     SoftPixel::FlatColor flat_color;

@@ -25,6 +25,8 @@ public:
     bool IsWholeBytes() const { return whole_bytes; }       // 0xAARRGGBB, with or without alpha
     void Widen(const uint8_t* pixel, int (&rgba)[4]) const; // as ReadTexel, of a pixel of any format and level
 
+    const uint8_t* Row(uint32_t y) const { return pixels.data() + static_cast<size_t>(y) * Pitch(0); } // of level 0
+
     // A pixel of level 0 with every channel widened to 0 to 255: red, green, blue, alpha. A channel that the format
     // lacks is 255.
     void ReadTexel(uint32_t x, uint32_t y, int (&rgba)[4]) const {
@@ -51,6 +53,7 @@ private:
 
 struct SoftState {
     SoftState(); // as a device opens
+    bool IsSame(const SoftState& other) const;
 
     uint32_t states[RENDER_STATES] = {};
     uint32_t stages[TEXTURE_STAGES][STAGE_STATES] = {};
@@ -64,7 +67,8 @@ struct SoftState {
 class CoarseDepth {
 public:
     void Resize(int picture_width, int picture_height);
-    void Forget(); // depths may have grown
+    void Forget();                    // depths may have grown
+    void Forget(int top, int bottom); // in these rows
     // Depths in this area may have become smaller. Right and bottom are outside.
     void Touch(int left, int top, int right, int bottom);
     // True if every pixel of the area is nearer than this depth.

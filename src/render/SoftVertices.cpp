@@ -19,40 +19,46 @@ Value ReadField(const uint8_t* at) {
 
 } // namespace
 
-SoftVertices::SoftVertices(const SoftState& device_state, const SoftTarget& target, SoftScratch& memory)
-    : state(device_state), scratch(memory), raster(device_state, target) {
+SoftVertices::SoftVertices(const SoftState& device_state, uint32_t coordinate_sets, SoftSink& to, SoftScratch& memory)
+    : state(device_state), scratch(memory), sink(to), needed_sets(coordinate_sets) {
     const D3DMATRIX* const m = state.transforms;
     crMMultiply(m[CRM_WORLD], m[CRM_VIEW], to_clip_space);
     crMMultiply(to_clip_space, m[CRM_PROJ], to_clip_space);
 }
 
-bool SoftVertices::Read(uint32_t fvf, const uint8_t* data, uint32_t count) {
+bool SoftVertices::Read(uint32_t fvf, const uint8_t* data, uint32_t count, size_t place) {
     if ((fvf & (VT_XYZ | VT_XYZRHW)) == 0 || !data)
         return false;
-    transformed = (fvf & VT_XYZ) == 0;
-    plane_mask = transformed ? 0 : state.states[RS_CLIPPLANEENABLE];
-    MakeCuts();
-    const FvfLayout layout = MakeFvfLayout(fvf);
-    vertex_count = count;
-    uv_end = SoftVertex::UV + 2 * static_cast<int>(std::max(layout.coordinate_sets, raster.CoordinateSets()));
-    uv_end = std::min<int>(uv_end, SoftVertex::CUT);
-    if (scratch.outside.size() < count) {
-        scratch.in_clip_space.resize(count);
-        scratch.on_screen.resize(count);
-        scratch.outside.resize(count);
+    if (fvf != format) {
+        format = fvf;
+        layout = MakeFvfLayout(fvf);
+        transformed = (fvf & VT_XYZ) == 0;
+        plane_mask = transformed ? 0 : state.states[RS_CLIPPLANEENABLE];
+        MakeCuts();
+        uv_end = SoftVertex::UV + 2 * static_cast<int>(std::max(layout.coordinate_sets, needed_sets));
+        uv_end = std::min<int>(uv_end, SoftVertex::CUT);
     }
+    vertices = data;
+    vertex_count = count;
+    if (scratch.outside.size() < place + count) {
+        scratch.on_screen.resize(place + count);
+        scratch.outside.resize(place + count);
+    }
+    on_screen = scratch.on_screen.data() + place;
+    outside_of = scratch.outside.data() + place;
+    SoftVertex vertex;
     for (uint32_t i = 0; i < count; ++i) {
-        SoftVertex& vertex = scratch.in_clip_space[i];
-        ReadVertex(layout, fvf, data + static_cast<size_t>(i) * layout.size, vertex);
+        ReadVertex(i, vertex);
         const uint32_t outside = IsFinite(vertex) ? Outside(vertex) : NOT_USABLE;
-        scratch.outside[i] = outside;
+        outside_of[i] = outside;
         if (outside == 0)
-            ToScreen(vertex, scratch.on_screen[i]);
+            ToScreen(vertex, on_screen[i]);
     }
     return true;
 }
 
-void SoftVertices::ReadVertex(const FvfLayout& layout, uint32_t fvf, const uint8_t* at, SoftVertex& vertex) const {
+void SoftVertices::ReadVertex(uint32_t i, SoftVertex& vertex) const {
+    const uint8_t* const at = vertices + static_cast<size_t>(i) * layout.size;
     float* const v = vertex.v;
     const auto position = ReadField<D3DVECTOR>(at + layout.offsets[CRO_XYZ]);
     if (transformed) {
@@ -60,11 +66,14 @@ void SoftVertices::ReadVertex(const FvfLayout& layout, uint32_t fvf, const uint8
         v[SoftVertex::X] = position.x, v[SoftVertex::Y] = position.y, v[SoftVertex::Z] = position.z;
         v[SoftVertex::W] = rhw > 0 ? rhw : 1.0f;
     } else {
-        const auto& m = to_clip_space.m;
-        for (int k = 0; k < 4; ++k)
-            v[SoftVertex::X + k] = position.x * m[0][k] + position.y * m[1][k] + position.z * m[2][k] + m[3][k];
+        using Floats = float __attribute__((vector_size(16)));
+        Floats rows[4];
+        static_assert(sizeof(rows) == sizeof(to_clip_space.m));
+        std::memcpy(rows, to_clip_space.m, sizeof(rows));
+        const Floats placed = position.x * rows[0] + position.y * rows[1] + position.z * rows[2] + rows[3];
+        std::memcpy(v + SoftVertex::X, &placed, sizeof(placed));
     }
-    vertex.argb = (fvf & VT_DIFFUSE) != 0 ? ReadField<uint32_t>(at + layout.offsets[CRO_DIFF]) : 0xFFFFFFFF;
+    vertex.argb = (format & VT_DIFFUSE) != 0 ? ReadField<uint32_t>(at + layout.offsets[CRO_DIFF]) : 0xFFFFFFFF;
     vertex.mixed = false;
     constexpr int ARGB_SHIFT[4] = {16, 8, 0, 24};
     for (int c = 0; c < 4; ++c)
@@ -76,13 +85,13 @@ void SoftVertices::ReadVertex(const FvfLayout& layout, uint32_t fvf, const uint8
         v[SoftVertex::UV + 2 * set] = uv.u;
         v[SoftVertex::UV + 2 * set + 1] = uv.v;
     }
-    for (uint32_t i = 0; plane_mask != 0 && i < CLIP_PLANES; ++i) {
-        v[SoftVertex::CUT + i] = 0;
-        if ((plane_mask >> i & 1) == 0)
+    for (uint32_t p = 0; plane_mask != 0 && p < CLIP_PLANES; ++p) {
+        v[SoftVertex::CUT + p] = 0;
+        if ((plane_mask >> p & 1) == 0)
             continue;
         D3DVECTOR in_world;
         crMTransform(state.transforms[CRM_WORLD], position, in_world);
-        v[SoftVertex::CUT + i] = state.planes[i].get_cos(in_world);
+        v[SoftVertex::CUT + p] = state.planes[p].get_cos(in_world);
     }
     if (transformed) // what follows the picture linearly, as ToScreen makes it
         for (int k = SoftVertex::RED; k < uv_end; ++k)
@@ -155,7 +164,7 @@ SoftVertex SoftVertices::Between(const SoftVertex& in, const SoftVertex& out, do
 }
 
 void SoftVertices::CutPolygon(Polygon& polygon, const Cut& cut) {
-    double from[SoftRaster::MOST_CORNERS];
+    double from[SoftSink::MOST_CORNERS];
     bool any_outside = false;
     for (int k = 0; k < polygon.count; ++k) {
         from[k] = Distance(cut, polygon.corners[k]);
@@ -166,9 +175,9 @@ void SoftVertices::CutPolygon(Polygon& polygon, const Cut& cut) {
     Polygon kept;
     for (int k = 0; k < polygon.count; ++k) {
         const int next = k + 1 < polygon.count ? k + 1 : 0;
-        if (from[k] >= 0 && kept.count < SoftRaster::MOST_CORNERS)
+        if (from[k] >= 0 && kept.count < SoftSink::MOST_CORNERS)
             kept.corners[kept.count++] = polygon.corners[k];
-        if ((from[k] < 0) != (from[next] < 0) && kept.count < SoftRaster::MOST_CORNERS) {
+        if ((from[k] < 0) != (from[next] < 0) && kept.count < SoftSink::MOST_CORNERS) {
             const int in = from[k] < 0 ? next : k, out = from[k] < 0 ? k : next;
             kept.corners[kept.count++] = Between(polygon.corners[in], polygon.corners[out], from[in], from[out]);
         }
@@ -181,7 +190,7 @@ void SoftVertices::ToScreen(const SoftVertex& vertex, SoftVertex& placed) const 
     placed.mixed = vertex.mixed;
     const float* const from = vertex.v;
     float* const v = placed.v;
-    const int end = raster.ValuesEnd();
+    const int end = SoftVertex::UV + 2 * static_cast<int>(needed_sets);
     if (transformed) {
         std::copy_n(from, end, v);
         SoftRaster::Round(placed);
@@ -206,22 +215,23 @@ void SoftVertices::ToScreen(const SoftVertex& vertex, SoftVertex& placed) const 
 void SoftVertices::DrawTriangle(uint32_t a, uint32_t b, uint32_t c) {
     if (a >= vertex_count || b >= vertex_count || c >= vertex_count)
         return;
-    const uint32_t outside[3] = {scratch.outside[a], scratch.outside[b], scratch.outside[c]};
+    const uint32_t outside[3] = {outside_of[a], outside_of[b], outside_of[c]};
     const uint32_t any = outside[0] | outside[1] | outside[2];
     if ((any & NOT_USABLE) != 0 || (outside[0] & outside[1] & outside[2]) != 0)
         return;
     if (any == 0 && state.states[RS_SHADEMODE] != SHADE_FLAT) {
-        const SoftVertex* const corners[3] = {&scratch.on_screen[a], &scratch.on_screen[b], &scratch.on_screen[c]};
-        raster.Polygon(corners, 3);
+        const SoftVertex* const corners[3] = {&on_screen[a], &on_screen[b], &on_screen[c]};
+        sink.Polygon(corners, 3);
         return;
     }
-    DrawCutTriangle(scratch.in_clip_space[a], scratch.in_clip_space[b], scratch.in_clip_space[c]);
+    DrawCutTriangle(a, b, c);
 }
 
-void SoftVertices::DrawCutTriangle(const SoftVertex& a, const SoftVertex& b, const SoftVertex& c) {
+void SoftVertices::DrawCutTriangle(uint32_t first, uint32_t second, uint32_t third) {
     Polygon polygon;
-    polygon.corners[0] = a, polygon.corners[1] = b, polygon.corners[2] = c;
-    polygon.count = 3;
+    for (const uint32_t i : {first, second, third})
+        ReadVertex(i, polygon.corners[polygon.count++]);
+    const SoftVertex& a = polygon.corners[0];
     if (state.states[RS_SHADEMODE] == SHADE_FLAT)
         for (int k = 1; k < 3; ++k) {
             SoftVertex& corner = polygon.corners[k];
@@ -234,27 +244,29 @@ void SoftVertices::DrawCutTriangle(const SoftVertex& a, const SoftVertex& b, con
         CutPolygon(polygon, cut);
     if (polygon.count < 3)
         return;
-    SoftVertex placed[SoftRaster::MOST_CORNERS];
-    const SoftVertex* corners[SoftRaster::MOST_CORNERS];
+    SoftVertex placed[SoftSink::MOST_CORNERS];
+    const SoftVertex* corners[SoftSink::MOST_CORNERS];
     for (int k = 0; k < polygon.count; ++k) {
         ToScreen(polygon.corners[k], placed[k]);
         corners[k] = &placed[k];
     }
-    raster.Polygon(corners, polygon.count);
+    sink.Polygon(corners, polygon.count);
 }
 
 void SoftVertices::DrawLine(uint32_t a, uint32_t b) {
     if (a >= vertex_count || b >= vertex_count)
         return;
-    const uint32_t outside[2] = {scratch.outside[a], scratch.outside[b]};
+    const uint32_t outside[2] = {outside_of[a], outside_of[b]};
     if (outside[0] == 0 && outside[1] == 0)
-        raster.Line(scratch.on_screen[a], scratch.on_screen[b]);
+        sink.Line(on_screen[a], on_screen[b]);
     else if (((outside[0] | outside[1]) & NOT_USABLE) == 0 && (outside[0] & outside[1]) == 0)
-        DrawCutLine(scratch.in_clip_space[a], scratch.in_clip_space[b]);
+        DrawCutLine(a, b);
 }
 
-void SoftVertices::DrawCutLine(const SoftVertex& a, const SoftVertex& b) {
-    SoftVertex ends[2] = {a, b};
+void SoftVertices::DrawCutLine(uint32_t a, uint32_t b) {
+    SoftVertex ends[2];
+    ReadVertex(a, ends[0]);
+    ReadVertex(b, ends[1]);
     for (const Cut& cut : cuts) {
         const double from[2] = {Distance(cut, ends[0]), Distance(cut, ends[1])};
         if (from[0] < 0 && from[1] < 0)
@@ -266,12 +278,12 @@ void SoftVertices::DrawCutLine(const SoftVertex& a, const SoftVertex& b) {
     SoftVertex placed[2];
     ToScreen(ends[0], placed[0]);
     ToScreen(ends[1], placed[1]);
-    raster.Line(placed[0], placed[1]);
+    sink.Line(placed[0], placed[1]);
 }
 
 void SoftVertices::DrawPoint(uint32_t a) {
-    if (a < vertex_count && scratch.outside[a] == 0)
-        raster.Point(scratch.on_screen[a]);
+    if (a < vertex_count && outside_of[a] == 0)
+        sink.Point(on_screen[a]);
 }
 
 bool SoftVertices::Draw(PrimType prim, const uint16_t* indices, uint32_t n) {
@@ -303,4 +315,13 @@ bool SoftVertices::Draw(PrimType prim, const uint16_t* indices, uint32_t n) {
         return true;
     }
     return false;
+}
+
+void SoftVertices::DrawList(PrimType prim, const uint32_t* indices, uint32_t n, uint32_t first) {
+    if (prim == PT_LINE_LIST)
+        for (uint32_t i = 0; i + 1 < n; i += 2)
+            DrawLine(indices[i] - first, indices[i + 1] - first);
+    else
+        for (uint32_t i = 0; i + 2 < n; i += 3)
+            DrawTriangle(indices[i] - first, indices[i + 1] - first, indices[i + 2] - first);
 }

@@ -7,21 +7,26 @@
 
 // Memory that one call leaves to the next.
 struct SoftScratch {
-    std::vector<SoftVertex> in_clip_space, on_screen; // on_screen: of the vertices that no plane cuts off
-    std::vector<uint32_t> outside;                    // bit i: outside cut i; or NOT_USABLE
+    std::vector<SoftVertex> on_screen; // of the vertices that no plane cuts off
+    std::vector<uint32_t> outside;     // bit i: outside cut i; or NOT_USABLE
 };
 
 class SoftVertices {
 public:
-    SoftVertices(const SoftState& device_state, const SoftTarget& target, SoftScratch& memory);
+    // coordinate_sets: that the pixels need. What is drawn goes to the sink.
+    SoftVertices(const SoftState& device_state, uint32_t coordinate_sets, SoftSink& to, SoftScratch& memory);
 
-    bool Read(uint32_t fvf, const uint8_t* data, uint32_t count);            // false for a format without a position
+    // False for a format without a position. The data must outlive the drawing. The vertices come to the screen from
+    // this place of the memory on.
+    bool Read(uint32_t fvf, const uint8_t* data, uint32_t count, size_t place = 0);
     bool Draw(PrimType prim, const uint16_t* indices, uint32_t index_count); // without indices: in their order
+    // A list of lines or triangles, whose indices count from a first vertex.
+    void DrawList(PrimType prim, const uint32_t* indices, uint32_t index_count, uint32_t first);
 
 private:
     static constexpr uint32_t NOT_USABLE = 0x80000000; // not made of finite numbers
     struct Polygon {
-        SoftVertex corners[SoftRaster::MOST_CORNERS];
+        SoftVertex corners[SoftSink::MOST_CORNERS];
         int count = 0;
     };
     struct Cut { // inside where the sum of the factors times the first four values, plus add, is not negative
@@ -29,7 +34,7 @@ private:
         int plane = -1; // or where the distance from this clip plane is not negative
     };
 
-    void ReadVertex(const FvfLayout& layout, uint32_t fvf, const uint8_t* at, SoftVertex& vertex) const;
+    void ReadVertex(uint32_t i, SoftVertex& vertex) const; // to clip space
     bool IsFinite(const SoftVertex& vertex) const;
     uint32_t Outside(const SoftVertex& vertex) const;
     void MakeCuts();
@@ -38,14 +43,20 @@ private:
     static void CutPolygon(Polygon& polygon, const Cut& cut);
     void ToScreen(const SoftVertex& vertex, SoftVertex& placed) const;
     void DrawTriangle(uint32_t a, uint32_t b, uint32_t c);
-    void DrawCutTriangle(const SoftVertex& a, const SoftVertex& b, const SoftVertex& c);
+    void DrawCutTriangle(uint32_t a, uint32_t b, uint32_t c);
     void DrawLine(uint32_t a, uint32_t b);
-    void DrawCutLine(const SoftVertex& a, const SoftVertex& b);
+    void DrawCutLine(uint32_t a, uint32_t b);
     void DrawPoint(uint32_t a);
 
     const SoftState& state;
     SoftScratch& scratch;
-    SoftRaster raster;
+    SoftSink& sink;
+    uint32_t needed_sets; // of coordinates
+    const uint8_t* vertices = nullptr;
+    uint32_t format = 0;
+    FvfLayout layout;
+    SoftVertex* on_screen = nullptr; // in the memory, as the next
+    uint32_t* outside_of = nullptr;
     uint32_t vertex_count = 0, plane_mask = 0;
     int uv_end = SoftVertex::UV; // behind the coordinates that the vertices have or the pixels need
     bool transformed = false;    // positions are on the screen already

@@ -16,6 +16,8 @@ protected:
         world.darkmap = MakeTexture(4, 4, std::vector<uint32_t>(16, 0xFF000000));
     }
     void Draw() {
+        for (const auto& b : world.brush) // the tests write into the surfaces
+            b->MarkDrawnChanged();
         screen.NextFrame();
         world.RenderBrushes(context);
     }
