@@ -49,6 +49,8 @@ public:
     // The first linked entity of this type word (any case), null if there is none.
     Entity* FindLinkedEntity(const char* type_word) const;
 
+    float ComputePathTime(bool target) const; // seconds of path or target_path (scene/MoviePath.cpp)
+
     uint32_t class_id = 0;
     SimpleList<uint32_t> linked_objects;
     SimpleList<uint32_t> path;        // key-point entities of the object's own path

@@ -1,5 +1,7 @@
 #include "scene/Brush.h"
 
+#include <atomic>
+
 #include <algorithm>
 
 #include "scene/BrushParts.h"
@@ -77,6 +79,11 @@ Surface CopyCurvedSurface(const Surface& s, bool custom) {
     copy.cp_count = s.cp_count;
     copy.texture = s.texture;
     return copy;
+}
+
+uint64_t Brush::NextDrawnVersion() {
+    static std::atomic<uint64_t> last = 0;
+    return ++last;
 }
 
 Brush::Brush() { group_id = OBJECT_BRUSH; }
@@ -167,6 +174,7 @@ Brush& Brush::operator=(const Brush& src) {
     GenerateTextureSpaces();
     MapFans();
     is_selected = src.is_selected; // last: broken geometry selects the copy
+    MarkDrawnChanged();
     return *this;
 }
 
@@ -185,6 +193,7 @@ void Brush::CopyExactly(const Brush& src) {
             copies[s].CopyShape(sources[s]);
     }
     is_selected = src.is_selected;
+    MarkDrawnChanged();
 }
 
 void Brush::CopyProperties(const Brush& src) {
@@ -265,6 +274,7 @@ void Brush::PivotFromBBox(const Box& box, D3DVECTOR& p) {
 void Brush::RecalcBBox() {
     BBoxFromVertices(bbox);
     PivotFromBBox(bbox, pivot);
+    MarkDrawnChanged();
 }
 
 void Brush::ComputeBrushSpheres() {
@@ -274,6 +284,7 @@ void Brush::ComputeBrushSpheres() {
 }
 
 void Brush::ComputeNormals() {
+    MarkDrawnChanged();
     ForEachSurface([this](Surface& s, int, bool curved) {
         if (SumNormals(s) && !curved)
             is_selected = true;
@@ -286,6 +297,7 @@ void Brush::ComputeNormals() {
 }
 
 void Brush::SurfaceLight() {
+    MarkDrawnChanged();
     ForEachSurface([this](Surface& s, int, bool) {
         s.diffuse.resize(s.normal.size());
         for (size_t i = 0; i < s.normal.size(); ++i) {
@@ -301,6 +313,7 @@ void Brush::SurfaceLight() {
 void Brush::SetColor(const D3DCOLORVALUE& c) {
     color_vector = c;
     color = PackColor(c);
+    MarkDrawnChanged();
 }
 
 void Brush::ChangeColor(const D3DCOLORVALUE& c) {
@@ -313,6 +326,7 @@ void Brush::Initialize(int material_count) {
         if (s.texture.index < 0 || s.texture.index >= material_count)
             s.texture.index = 0;
     });
+    MarkDrawnChanged();
 }
 
 bool Brush::IsTransparent(const World& world) const {

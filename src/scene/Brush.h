@@ -12,9 +12,11 @@
 #include "foundation/SpecialMath.h"
 #include "foundation/Vector.h"
 #include "scene/BaseObject.h"
+#include "scene/Decal.h"
 #include "scene/PhysicsData.h"
 #include "scene/Selection.h"
 #include "scene/Surface.h"
+#include "scene/Terrain.h"
 
 class World;
 class Lighting;
@@ -131,7 +133,9 @@ public:
     float CURVE_DELTA = 0.25f;
     int32_t selected_surface = -1;
     bool selected_surface_curved = false;
-    SIZE terrain_vertex_size;
+    SIZE terrain_vertex_size;                    // vertices a row, rows; row 0 has the greatest z
+    std::vector<float> temporary_terrain_height; // one a vertex, between a smoothing and UpdateTerrainHeights
+    std::vector<std::unique_ptr<Decal>> decal_list;
     Selection light_list; // lights whose box meets this brush's, entity indices
     Selection tn_list;    // neighbouring terrain segments
     CPhysicsData physics_data;
@@ -209,6 +213,24 @@ public:
 
     // Picking by the wire: true if an edge passes the pixel under the current matrices and viewport.
     bool TestWireSelection(POINT mouse) const;
+
+    // Terrain (scene/BrushTerrain.cpp)
+    void GenerateTerrainSegment(const HeightMap& map, const TerrainSegment& segment);
+    // World: where smoothing finds the heights of neighbours.
+    void ModifyTerrain(const D3DVECTOR& center, const TERRAIN_MODIFIER& tm, bool up, const NoiseField& random_field,
+                       const World& world);
+    void UpdateTerrainHeights();
+    bool IsTerrainGrid() const; // the vertices really make the grid of terrain_vertex_size
+
+    // Decals (scene/WorldDecals.cpp)
+    void ReplaceDecals(); // each of them is cut anew, wherever else it lies
+    void ResetDecals() { decal_list.clear(); }
+
+    // Changes with everything that is drawn of the brush itself: geometry, mapping, shades, colours. A version never
+    // comes back within a run, so that what was made from a brush can tell whether it still holds.
+    uint64_t drawn_version = NextDrawnVersion();
+    void MarkDrawnChanged() { drawn_version = NextDrawnVersion(); }
+    static uint64_t NextDrawnVersion();
 
     // Drawing (defined in drawing/)
     void RenderWire() const;

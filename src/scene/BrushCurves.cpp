@@ -124,6 +124,7 @@ void TesselatePatch(Surface& s, int n, int detail, float delta) {
 void Brush::TesselateCurves() {
     if (IsCustom())
         return;
+    MarkDrawnChanged();
     const int n = static_cast<int>(CURVE_SEGMENTS) + 1;
     const int detail = static_cast<int>(CURVE_DETAIL);
     bool unknown_kind = false;

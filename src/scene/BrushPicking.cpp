@@ -11,6 +11,42 @@ struct SurfaceHit {
     bool curved = false;
 };
 
+// Which triangles of a large surface the line of a ray may meet: not those whose corners all lie on one side of it,
+// seen along either of the two axes that it runs across most. The margin is more than the test of a triangle can round.
+class LineSides {
+public:
+    LineSides(const Surface& s, const Box& box, const D3DVECTOR& position, const D3DVECTOR& direction) {
+        if (s.tri_indices.size() < WORTHWHILE)
+            return;
+        const float x = std::fabs(direction.x), y = std::fabs(direction.y), z = std::fabs(direction.z);
+        const int along = x > y && x > z ? 0 : y > z ? 1 : 2, a = (along + 1) % 3, b = (along + 2) % 3;
+        const float step = Component(direction, along), step_a = Component(direction, a),
+                    step_b = Component(direction, b);
+        const float reach = Extent(BoxMin(box)) + Extent(BoxMax(box)) + Extent(position);
+        const float margin = 1 + reach * ROUNDING;
+        const float margin_a = margin * (std::fabs(step) + std::fabs(step_a)),
+                    margin_b = margin * (std::fabs(step) + std::fabs(step_b));
+        sides.resize(s.vertices.size());
+        for (size_t i = 0; i < sides.size(); ++i) {
+            const D3DVECTOR d = s.vertices[i] - position;
+            const float beside_a = Component(d, a) * step - Component(d, along) * step_a,
+                        beside_b = Component(d, b) * step - Component(d, along) * step_b;
+            sides[i] = static_cast<uint8_t>((beside_a > margin_a) | (beside_a < -margin_a) << 1 |
+                                            (beside_b > margin_b) << 2 | (beside_b < -margin_b) << 3);
+        }
+    }
+    bool MayMeet(const TRIANGLE& t) const { // whose corners are there
+        return sides.empty() || !(sides[t.i[0]] & sides[t.i[1]] & sides[t.i[2]]);
+    }
+
+private:
+    static constexpr size_t WORTHWHILE = 32; // triangles
+    static constexpr float ROUNDING = 0.000002f;
+    static float Extent(const D3DVECTOR& v) { return std::fabs(v.x) + std::fabs(v.y) + std::fabs(v.z); }
+
+    std::vector<uint8_t> sides; // a bit each: beyond the margin on the one and the other side, of the two axes
+};
+
 // The nearest hit nearer than p; p follows it. Flat surfaces come first.
 bool FindNearestHit(const Brush& brush, const D3DVECTOR& position, const D3DVECTOR& direction, float& p,
                     SurfaceHit& hit) {
@@ -19,8 +55,9 @@ bool FindNearestHit(const Brush& brush, const D3DVECTOR& position, const D3DVECT
         return false;
     bool found = false;
     brush.ForEachSurface([&](const Surface& s, int index, bool curved) {
+        const LineSides sides(s, brush.bbox, position, direction);
         for (const TRIANGLE& triangle : s.tri_indices) {
-            if (!s.HasCorners(triangle))
+            if (!s.HasCorners(triangle) || !sides.MayMeet(triangle))
                 continue;
             const D3DVECTOR &p0 = s.vertices[triangle.i[0]], &p1 = s.vertices[triangle.i[1]],
                             &p2 = s.vertices[triangle.i[2]];

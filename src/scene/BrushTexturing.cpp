@@ -86,13 +86,20 @@ void Brush::GenerateTextureSpaces() {
     });
 }
 
-void Brush::CalculateUV(int surface) { MapVertices(surfaces[static_cast<size_t>(surface)]); }
+void Brush::CalculateUV(int surface) {
+    MapVertices(surfaces[static_cast<size_t>(surface)]);
+    MarkDrawnChanged();
+}
 
-void Brush::CalculateUV4CurveT1(int surface) { MapVertices(curved_surfaces[static_cast<size_t>(surface)]); }
+void Brush::CalculateUV4CurveT1(int surface) {
+    MapVertices(curved_surfaces[static_cast<size_t>(surface)]);
+    MarkDrawnChanged();
+}
 
 void Brush::MapFans() {
     if (IsCustom())
         return;
+    MarkDrawnChanged();
     for (size_t c = 0; c < curved_surfaces.size(); ++c) {
         Surface& s = curved_surfaces[c];
         if (s.cp_count != CURVE_FAN)
@@ -131,6 +138,7 @@ void Brush::FitTexture(float fu, float fv) {
     TEX_INFO* info = GetSelectedSurfaceTexInfo();
     if (!info)
         return;
+    MarkDrawnChanged();
     if (!selected_surface_curved) {
         info->fitted = false;
         FitPlanar(surfaces[static_cast<size_t>(selected_surface)], MappingNormal(selected_surface, false), fu, fv);
@@ -146,9 +154,10 @@ void Brush::FitTexture(float fu, float fv) {
 }
 
 void Brush::FitTexture4CurveT1(float fu, float fv) {
-    if (GetSelectedSurfaceTexInfo() && selected_surface_curved)
-        FitPlanar(curved_surfaces[static_cast<size_t>(selected_surface)], MappingNormal(selected_surface, true), fu,
-                  fv);
+    if (!GetSelectedSurfaceTexInfo() || !selected_surface_curved)
+        return;
+    FitPlanar(curved_surfaces[static_cast<size_t>(selected_surface)], MappingNormal(selected_surface, true), fu, fv);
+    MarkDrawnChanged();
 }
 
 void Brush::SelectNextSurface() {

@@ -119,6 +119,7 @@ void Brush::Move(const D3DVECTOR& move, bool texture_lock) {
     RecalcBBox();
     RemapFlatSurfaces(*this, true);
     assigned_to_cell = false;
+    ReplaceDecals();
 }
 
 void Brush::Scale(const Box& new_box, const Box& old_box) {
@@ -128,6 +129,7 @@ void Brush::Scale(const Box& new_box, const Box& old_box) {
     MapFans();
     RemapFlatSurfaces(*this, true);
     assigned_to_cell = false;
+    ReplaceDecals();
 }
 
 void Brush::Rotate(float angle, int view, const D3DVECTOR& center, bool texture_lock) {
@@ -145,6 +147,7 @@ void Brush::Rotate(float angle, int view, const D3DVECTOR& center, bool texture_
     MapFans();
     RemapFlatSurfaces(*this, true);
     assigned_to_cell = false;
+    ReplaceDecals();
 }
 
 void Brush::Transform(const D3DMATRIX& matrix, bool remap) {
@@ -155,6 +158,7 @@ void Brush::Transform(const D3DMATRIX& matrix, bool remap) {
         MapFans();
         RemapFlatSurfaces(*this, false);
     }
+    ReplaceDecals();
 }
 
 void Brush::FlipNormals() {
@@ -170,9 +174,11 @@ void Brush::FlipNormals() {
     GenerateTextureSpaces();
     MapFans();
     RemapFlatSurfaces(*this, false);
+    ReplaceDecals();
 }
 
 void Brush::AlignVertices() {
     const auto whole = [](float c) { return std::trunc(c) + 0.0f; }; // never a negative zero
     ForEachPosition(*this, [&whole](D3DVECTOR& p) { p = {whole(p.x), whole(p.y), whole(p.z)}; });
+    MarkDrawnChanged();
 }

@@ -81,6 +81,7 @@ public:
     std::vector<std::unique_ptr<ObjectCopy>> objects; // as they were
     std::vector<uint32_t> absent;                     // did not exist
     std::optional<GroupIds> groups;                   // when they differ
+    std::optional<DecalState> decals;                 // when they differ
     SelectionIds selection;
 
 private:
@@ -102,6 +103,8 @@ void CUndoActionChange::CreateRedo(CUndoAction& redo, World& world) {
         inverse.AddID(id, world);
     if (groups)
         inverse.groups = GroupsByIds(world);
+    if (decals)
+        inverse.decals = DecalState(world);
     inverse.selection = SelectionIds(world);
 }
 
@@ -115,6 +118,8 @@ void CUndoActionChange::Undo(World& world) {
             copy->Create(world);
     if (groups)
         SetGroups(world, *groups);
+    if (decals)
+        decals->Restore(world);
     selection.Restore(world);
     if (!absent.empty() || brushes != world.GetBrushCount() || entities != world.GetEntityCount()) {
         GetFrontEnd().EntityTypesChanged();
@@ -154,11 +159,13 @@ struct ChangeRecord::State {
     std::vector<std::unique_ptr<ObjectCopy>> objects;
     std::unordered_set<uint32_t> ids; // of all objects
     GroupIds groups;
+    DecalState decals;
     SelectionIds selection;
 };
 
 // Objects that link to a selected one are touched when that one is deleted.
-ChangeRecord::State::State(const World& world, ChangeScope scope) : groups(GroupsByIds(world)), selection(world) {
+ChangeRecord::State::State(const World& world, ChangeScope scope)
+    : groups(GroupsByIds(world)), decals(world), selection(world) {
     std::unordered_set<uint32_t> selected(selection.objects.brushes.begin(), selection.objects.brushes.end());
     selected.insert(selection.objects.entities.begin(), selection.objects.entities.end());
     if (selection.surface_brush != NO_OBJECT_ID)
@@ -167,6 +174,8 @@ ChangeRecord::State::State(const World& world, ChangeScope scope) : groups(Group
     ForEachObject(world, [&](const BaseObject& object) {
         const uint32_t id = object.GetObjectID();
         ids.insert(id);
+        if (scope == ChangeScope::Added)
+            return;
         if (scope == ChangeScope::AllObjects || is_selected(id) ||
             std::any_of(object.linked_objects.begin(), object.linked_objects.end(), is_selected))
             objects.push_back(std::make_unique<ObjectCopy>(object, world));
@@ -178,6 +187,11 @@ ChangeRecord::ChangeRecord(World& changed, std::string what, ChangeScope scope)
       description(std::move(what)) {}
 
 ChangeRecord::~ChangeRecord() { Commit(); }
+
+void ChangeRecord::AddObject(const BaseObject& object) {
+    if (before && before->ids.count(object.GetObjectID()))
+        before->objects.push_back(std::make_unique<ObjectCopy>(object, world));
+}
 
 void ChangeRecord::Discard() { before.reset(); }
 
@@ -199,8 +213,12 @@ void ChangeRecord::Commit() {
     });
     const bool groups_differ = was->groups != GroupsByIds(world);
     action->selection = std::move(was->selection);
-    if (action->objects.empty() && action->absent.empty() && !groups_differ && action->selection == SelectionIds(world))
+    const bool decals_differ = !was->decals.HasSameTemplates(world);
+    if (action->objects.empty() && action->absent.empty() && !groups_differ && !decals_differ &&
+        action->selection == SelectionIds(world))
         return;
+    if (decals_differ)
+        action->decals = std::move(was->decals);
     if (groups_differ || gone || !action->absent.empty())
         action->groups = std::move(was->groups);
     world.AddUndoAction(std::move(action));

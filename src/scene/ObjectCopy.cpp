@@ -129,6 +129,7 @@ void ObjectCopy::FindMaterials(Brush& restored, World& world) const {
             if ((curved ? copy.curved_surfaces : copy.surfaces)[place].texture.index == used.index)
                 s.texture.index = now;
         });
+        restored.MarkDrawnChanged();
     }
 }
 
@@ -159,6 +160,7 @@ bool ObjectCopy::Restore(BaseObject& live, World& world) const {
     FindMaterials(brush, world);
     if (curve_detail != world.curve_detail)
         brush.ChangeCurveDetail(world.curve_detail);
+    RecutDecals(world, brush);
     return true;
 }
 
@@ -244,7 +246,7 @@ void SetGroups(World& world, const GroupIds& groups) {
     }
 }
 
-SceneRelations::SceneRelations(const World& world) : groups(GroupsByIds(world)) {
+SceneRelations::SceneRelations(const World& world) : groups(GroupsByIds(world)), decals(world) {
     const auto note = [this](const BaseObject& object) {
         if (object.GetLinkedObjectsCount() > 0)
             links.emplace_back(object.GetObjectID(),
@@ -285,6 +287,7 @@ void SceneRelations::Restore(World& world, const std::unordered_set<uint32_t>& r
     std::erase_if(left, [](const ObjectIds& ids) { return ids.MemberCount() < MIN_GROUP; });
     if (left != groups && GroupsByIds(world) == left)
         SetGroups(world, groups);
+    decals.RestoreMissing(world);
 }
 
 void SceneRelations::RenameIDs(const IdRenaming& renamed) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "scene/BaseObject.h"
+#include "scene/DecalCutting.h"
 #include "scene/UndoBuffer.h"
 #include "scene/World.h"
 
@@ -59,11 +60,11 @@ using GroupIds = std::vector<ObjectIds>;
 GroupIds GroupsByIds(const World& world);
 void SetGroups(World& world, const GroupIds& groups); // groups without members are left out
 
-// Links and groups of the whole level, so that objects which come back get back their place in them.
+// Links, groups and decals of the whole level, so that objects which come back get back their place in them.
 class SceneRelations {
 public:
     explicit SceneRelations(const World& world);
-    // Links and memberships of these objects that a deletion has taken, and only those, come back.
+    // Links, memberships and decals of these objects that a deletion has taken, and only those, come back.
     void Restore(World& world, const std::unordered_set<uint32_t>& returned) const;
     void RenameIDs(const IdRenaming& renamed);
 
@@ -72,4 +73,5 @@ private:
 
     std::vector<std::pair<uint32_t, std::vector<uint32_t>>> links; // of each object that has some
     GroupIds groups;
+    DecalState decals;
 };

@@ -135,7 +135,7 @@ private:
 };
 
 // What a command is about to touch, taken before it runs. Does nothing unless full undo is on.
-enum class ChangeScope { Selection, AllObjects };
+enum class ChangeScope { Selection, AllObjects, Added }; // Added: only what AddObject names
 class ChangeRecord {
 public:
     // description: a sentence for the undo list, such as "Scale objects."
@@ -144,6 +144,7 @@ public:
     ChangeRecord(const ChangeRecord&) = delete;
     ChangeRecord& operator=(const ChangeRecord&) = delete;
 
+    void AddObject(const BaseObject& object); // an object that is about to be touched, too; one made since is not kept
     // Adds the action, if anything differs: also objects made or deleted since, groups, and the selection with them.
     void Commit();
     void Discard(); // nothing will be added

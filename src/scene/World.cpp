@@ -8,6 +8,7 @@
 #include "foundation/Strings.h"
 #include "render/Textures.h"
 #include "scene/FrontEnd.h"
+#include "scene/TerrainStroke.h"
 #include "scene/Undo.h"
 
 namespace {
@@ -27,6 +28,7 @@ void RefuseWithBox(const char* what, int limit) { GetDesktop().MessageBox(LimitS
 } // namespace
 
 World::World(const MaterialSource* source) : material(1), material_source(source ? source : &NO_MATERIALS) {
+    decal_color = MakeColor(255, 255, 255, 255);
     darkmap = crTCreate(DARKMAP_SIDE, DARKMAP_SIDE, 32, TL_DARKMAP, TEX_NORMAL, 0, false);
     const std::vector<uint32_t> black(DARKMAP_SIDE * DARKMAP_SIDE, 0);
     crTFillTexture(darkmap, black.data(), 0, 0);
@@ -247,6 +249,9 @@ void World::ChangeCurveDetail(bool higher) {
     curve_detail += higher ? -1 : 1;
     for (const auto& b : brush)
         b->ChangeCurveDetail(curve_detail);
+    for (const auto& b : brush)
+        if (!b->curved_surfaces.empty())
+            b->ReplaceDecals();
 }
 
 void World::MoveEntity(const D3DVECTOR& v) {
@@ -288,18 +293,6 @@ void World::ChangeEntityParameter(const EntityParameter& value, const char* enti
         GetFrontEnd().MarkFileAsDirty(true);
     }
 }
-
-DecalTemplate* World::AddNewDecal(std::unique_ptr<DecalTemplate> decal) {
-    if (decal_template.size() >= MAX_DECAL_TEMPLATES) {
-        NoticeOnce(LimitSentence("decals", MAX_DECAL_TEMPLATES));
-        return nullptr;
-    }
-    last_decal_id = decal->id;
-    decal_template.push_back(std::move(decal));
-    return decal_template.back().get();
-}
-
-void World::ClearAllDecals() { decal_template.clear(); }
 
 void World::AddDefaultGroups() {
     for (int i = 0; i < 2; ++i) {

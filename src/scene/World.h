@@ -13,11 +13,13 @@
 
 #include "scene/ActorGroup.h"
 #include "scene/Brush.h"
+#include "scene/CableComputer.h"
 #include "scene/DecalTemplate.h"
 #include "scene/Entity.h"
 #include "scene/MaterialSource.h"
 #include "scene/Picking.h"
 #include "scene/Selection.h"
+#include "scene/Terrain.h"
 #include "scene/UndoBuffer.h"
 #include "scene/VertexNet.h"
 
@@ -51,7 +53,16 @@ struct ObjectGroupLists {
 class ActorDefGroups;
 class CompileProgress;
 class CScriptSyntax;
+class EntityParser;
+class MaterialLibrary;
+class TerrainStroke;
 struct DrawContext;
+
+// What the drawing room keeps of a world from frame to frame.
+class KeptDrawing {
+public:
+    virtual ~KeptDrawing() = default;
+};
 
 class World {
 public:
@@ -81,8 +92,10 @@ public:
     std::vector<std::unique_ptr<DecalTemplate>> decal_template;
     uint32_t last_decal_id = 0;
     COLOR decal_color;
-    Selection decal_selection;
-    uint32_t darkmap = 0xFFFFFFFF; // handle of a black 4 by 4 texture
+    Selection decal_selection;                              // ids
+    Selection b_list;                                       // terrain brushes that the tool has touched, indices
+    std::vector<std::unique_ptr<CCableComputer>> AllCables; // kept by the drawing of connection lines
+    uint32_t darkmap = 0xFFFFFFFF;                          // handle of a black 4 by 4 texture
     CUndoBuffer undo_buffer, redo_buffer;
     std::vector<SO_VERTEX> so_vertex; // of vertex mode, or of the selection shown in wire
     std::vector<SO_EDGE> so_edge;
@@ -224,16 +237,54 @@ public:
     // The nearest hit of any surface along a ray, false if there is none.
     bool NearestHit(const D3DVECTOR& position, const D3DVECTOR& direction, D3DVECTOR& hit) const;
 
-    // Decals
-    DecalTemplate* AddNewDecal(std::unique_ptr<DecalTemplate> decal);
+    // Decals (scene/WorldDecals.cpp). A point is a pixel of the perspective view, whose matrices are set. What touches
+    // no surface is dropped by the next FlushDecalTemplates.
+    void PlaceDecal(POINT point, const D3DVECTOR& camera_position, std::string_view texture_class,
+                    std::string_view texture_name);
+    DecalTemplate* AddNewDecal(std::unique_ptr<DecalTemplate> decal); // null when the table is full
+    void ReplaceDecal(uint32_t id);                                   // cuts it anew
+    void FlushDecalTemplates();
+    DecalTemplate* FindDecal(uint32_t id) const; // null if there is none
+    void SelectDecal(POINT point, const D3DVECTOR& camera_position, bool add);
+    void DeleteDecalSelection();
+    void MoveDecal(POINT point, const D3DVECTOR& camera_position);
+    void CopyDecal(POINT point, const D3DVECTOR& camera_position);
+    void SetDecalColor(const COLOR& color);
+    void RotateDecal(float angle);     // degrees
+    void ScaleDecal(float x, float y); // world units more
     void ClearAllDecals();
 
     // AI groups
     void AddDefaultGroups();
     void ClearActorGroups() { actor_groups.clear(); }
 
-    // Terrain: border normals of neighbouring segments become one.
-    void SmoothTerrainEdgeNormals();
+    // Terrain (scene/WorldTerrain.cpp, scene/TerrainTool.cpp)
+    // False with a sentence; the world is then as it was.
+    bool GenerateTerrain(const TerrainShape& shape, std::string& error);
+    void SmoothTerrainEdgeNormals(); // border normals of neighbouring segments become one
+    // One application of the tool at a pixel of the perspective view, whose matrices are set.
+    void ModifyTerrain(const TERRAIN_MODIFIER& tm, POINT point, const D3DVECTOR& camera_position, bool up);
+    // The applications between these two are one undo step, with full undo on.
+    void BeginTerrainStroke();
+    void EndTerrainStroke();
+    // Where the tool meets the ground. Adds the segments in its reach to b_list. False if it meets none.
+    bool AimTerrainTool(const TERRAIN_MODIFIER& tm, POINT point, const D3DVECTOR& camera_position, D3DVECTOR& center);
+    // The vertex beside `vertex` on the grid of a neighbouring segment, the vertex itself if there is none.
+    D3DVECTOR GetNeighbourTerrainVertex(const D3DVECTOR& vertex, const Brush* origin, int sx, int sy) const;
+
+    // Movie paths (scene/WorldPaths.cpp)
+    float ComputePathTimeForSelection() const; // seconds; 0 when the selection names no path
+    bool IsPathSelected(uint32_t id) const;    // any point of the object's two lists
+    static bool IsMovieModeEntity(std::string_view type_word);
+    void AlignPaths(SimpleList<uint32_t>& src, SimpleList<uint32_t>& dst);
+    void AlignTimeOfPoints();            // of the selected objects, and of the owners of selected points
+    void DeletePaths(BaseObject& owner); // with their points
+
+    // Prefabs (defined in persistence/Prefab.cpp). False with a sentence that names the file and the reason; the world
+    // is then as it was.
+    bool SavePrefab(std::string_view name, std::string_view description, std::string& error);
+    bool PlacePrefab(std::string_view name, const D3DVECTOR& position, MaterialLibrary& materials, EntityParser& parser,
+                     std::string& error); // what is placed is selected
 
     // The compile (defined in compiler/)
     // Leaves every brush at the coarsest curve detail. False after a stop.
@@ -241,10 +292,15 @@ public:
 
     // Drawing (defined in drawing/)
     void RenderBrushes(const DrawContext& context);
+    std::unique_ptr<KeptDrawing> kept_drawing; // null before the first drawing
     void RenderEntities(const DrawContext& context);
     void RenderCameraPosition(const DrawContext& context);
     void RenderCurveEdges(const DrawContext& context);
     void RenderConnectionLines(const DrawContext& context);
+    void RenderTerrainBrush(const DrawContext& context, const TERRAIN_MODIFIER& tm, POINT point);
+    // One list of points. Gives the place on it at the context's anim_time, the first point if it has no other.
+    D3DVECTOR RenderPath(const DrawContext& context, SimpleList<uint32_t>& path, uint32_t color);
+    void RenderObjectPaths(const DrawContext& context, BaseObject& object);
 
 private:
     void UnlinkFromAll(const std::unordered_set<uint32_t>& ids);
@@ -269,12 +325,20 @@ private:
     int FindMaterialRow(std::string_view mc, std::string_view mn); // -1 if absent
     void LoadTexture(MaterialRow& row);
     Surface* SelectedSurface(); // null if none
+    void CutDecal(const DecalTemplate& source);
+    void DecorateTerrain(const TERRAIN_MODIFIER& tm, const D3DVECTOR& center);
     template <class Fn>
     void ForEachSelectedSurface(Fn&& fn) { // of the selected brushes: flat, then curved
         for (const int b : brush_selection)
-            brush[static_cast<size_t>(b)]->ForEachSurface([&fn](Surface& s, int, bool) { fn(s); });
+            ForEachSurfaceOf(*brush[static_cast<size_t>(b)], fn);
+    }
+    template <class Fn>
+    static void ForEachSurfaceOf(Brush& b, Fn&& fn) { // to change them
+        b.ForEachSurface([&fn](Surface& s, int, bool) { fn(s); });
+        b.MarkDrawnChanged();
     }
 
+    std::unique_ptr<TerrainStroke> terrain_stroke; // while one is under way, with full undo on
     const MaterialSource* material_source;
     mutable std::unordered_map<const void*, int> places; // table index by object, checked at each use
     std::unordered_map<std::string, int> material_rows;  // by lower-case class\name

@@ -5,6 +5,7 @@
 #include "foundation/Desktop.h"
 #include "foundation/Strings.h"
 #include "scene/BrushParts.h"
+#include "scene/DecalCutting.h"
 #include "scene/FrontEnd.h"
 #include "scene/World.h"
 
@@ -188,9 +189,14 @@ void World::Collapse() {
             sources.AddItemMulti(i);
     }
     brush_selection = std::move(sources);
+    const DecalState decals(*this);
     DeleteSelection();
 
-    SetBrushSelection(AddBrush(std::move(merged))->index, true);
+    Brush& added = *AddBrush(std::move(merged));
+    SetBrushSelection(added.index, true);
+    RecutDecals(*this, added);
+    decals.RestoreMissing(*this);
+    FlushDecalTemplates();
     GetFrontEnd().SelectionChanged();
     GetFrontEnd().CountsChanged();
 }

@@ -76,6 +76,9 @@ void World::EraseObjects(const std::vector<bool>& gone_brushes, const std::vecto
     CollectIds(entity, gone_entities, ids);
     if (!ids.empty())
         UnlinkFromAll(ids);
+    bool bore_decals = false;
+    for (size_t b = 0; b < gone_brushes.size(); ++b)
+        bore_decals = bore_decals || (gone_brushes[b] && !brush[b]->decal_list.empty());
     if (!gone_brushes.empty()) {
         EraseMarked(brush, gone_brushes);
         RenumberBrushes(gone_brushes);
@@ -88,6 +91,8 @@ void World::EraseObjects(const std::vector<bool>& gone_brushes, const std::vecto
         Renumber(entity_selection, gone_entities, gone_before);
         GetFrontEnd().EntityTypesChanged();
     }
+    if (bore_decals)
+        FlushDecalTemplates();
     GetFrontEnd().CountsChanged();
 }
 
@@ -98,6 +103,7 @@ void World::RenumberBrushes(const std::vector<bool>& gone) {
     for (const auto& b : brush)
         Renumber(b->tn_list, gone, gone_before);
     Renumber(brush_selection, gone, gone_before);
+    Renumber(b_list, gone, gone_before);
     if (selected_surface_brush < 0)
         return;
     const auto place = static_cast<size_t>(selected_surface_brush);
@@ -171,6 +177,7 @@ void World::DeleteSelection() {
     if (!owners.empty() || !BaseObject::GetObjectFromID(first_selected_id))
         first_selected_id = NO_OBJECT_ID;
     SelectPathOwners(owners);
+    FlushDecalTemplates();
     GetFrontEnd().SelectionChanged();
 }
 

@@ -1,6 +1,5 @@
 // Picking of entities by a click or a rectangle.
 #include <algorithm>
-#include <array>
 
 #include "render/Matrix.h"
 #include "scene/FrontEnd.h"
@@ -55,11 +54,6 @@ int NearestEntity(const World& world, const PickRay& ray, const PickRequest& req
         }
     }
     return nearest;
-}
-
-bool IsMovieType(const Entity& e) {
-    static constexpr std::array<const char*, 3> TYPES = {"CAMERA", "PATH_POINT_TGT", "PATH_POINT_POS"};
-    return std::any_of(TYPES.begin(), TYPES.end(), [&e](const char* type) { return e.IsType(type); });
 }
 
 } // namespace
@@ -120,7 +114,7 @@ bool World::EntityDragBoxSelection(const Box& box, const PickRequest& request, b
         const bool of_kind = all_entities || entity_selection.GetItemCount() == 0 ||
                              e.IsType(entity[static_cast<size_t>(entity_selection.GetItem(0))]->str_type);
         return !e.IsHidden() && of_kind && (all_entities || Shown(e, request.filters)) &&
-               (!request.movie_editing || IsMovieType(e)) && (e.model == EM_BOX || e.model == EM_MESH) &&
+               (!request.movie_editing || IsMovieModeEntity(e.str_type)) && (e.model == EM_BOX || e.model == EM_MESH) &&
                s_math.BoxBoxIntersect(center - e.model_size, center + e.model_size, BoxMin(reach), BoxMax(reach));
     };
     for (int i = 0; i < GetEntityCount(); ++i)

@@ -102,6 +102,10 @@ void World::FlushUnusedMaterials() {
     std::unordered_map<std::string, int> rows_of_texture;
     for (size_t row = 1; row < material.size(); ++row)
         ++rows_of_texture[texture_key(material[row])];
+    const auto of_decal = [this](uint32_t texture) {
+        return std::any_of(decal_template.begin(), decal_template.end(),
+                           [texture](const auto& decal) { return decal->texture == texture; });
+    };
     std::vector<int> new_row(material.size());
     int kept = 0;
     for (size_t row = 0; row < material.size(); ++row) {
@@ -112,7 +116,7 @@ void World::FlushUnusedMaterials() {
             ++kept;
             continue;
         }
-        if (--rows_of_texture[texture_key(material[row])] == 0)
+        if (--rows_of_texture[texture_key(material[row])] == 0 && !of_decal(material[row].texture_index))
             crTDestroy(material[row].texture_index);
         material_source->FlushMaterial(kept);
     }
@@ -122,7 +126,7 @@ void World::FlushUnusedMaterials() {
     material.resize(static_cast<size_t>(kept));
     indexed_rows = 0;
     for (const auto& b : brush)
-        b->ForEachSurface([&](Surface& s, int, bool) {
+        ForEachSurfaceOf(*b, [&](Surface& s) {
             int32_t& index = s.texture.index;
             if (index >= static_cast<int>(new_row.size()))
                 index -= removed;

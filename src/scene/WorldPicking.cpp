@@ -10,28 +10,6 @@ namespace {
 
 constexpr float FARTHEST_HIT = 1000000.0f;
 
-// The nearest brush under a pixel of the perspective view, -1 if there is none.
-int NearestBrush(const World& world, const PickRequest& request) {
-    PLANE planes[6];
-    crMUpdate();
-    crGetClipPlanes(planes);
-    const D3DVECTOR ray = s_math.GetSelectionRay(request.point, request.camera_position);
-    float best = FARTHEST_HIT;
-    int hit = -1;
-    for (int i = 0; i < world.GetBrushCount(); ++i) {
-        const Brush& b = *world.brush[static_cast<size_t>(i)];
-        if (b.is_hidden || !request.filters.ShowsBrush(b))
-            continue;
-        float distance = best;
-        // The ray leaves out nearly all of them, so it comes before the clip planes.
-        if (b.TestSolidSelection(request.camera_position, ray, distance) && b.Visible(planes)) {
-            best = distance;
-            hit = i;
-        }
-    }
-    return hit;
-}
-
 // The last brush whose wire passes the pixel. What is shown is not asked.
 int WireBrush(const World& world, const PickRequest& request) {
     int i = world.GetBrushCount() - 1;
@@ -51,6 +29,27 @@ void AddDifference(CUndoAction& action, const Selection& from, const Selection& 
 }
 
 } // namespace
+
+BrushHit NearestBrush(const World& world, const PickRequest& request) {
+    PLANE planes[6];
+    crMUpdate();
+    crGetClipPlanes(planes);
+    BrushHit hit;
+    hit.ray = s_math.GetSelectionRay(request.point, request.camera_position);
+    hit.distance = FARTHEST_HIT;
+    for (int i = 0; i < world.GetBrushCount(); ++i) {
+        const Brush& b = *world.brush[static_cast<size_t>(i)];
+        if (b.is_hidden || !request.filters.ShowsBrush(b))
+            continue;
+        float distance = hit.distance;
+        // The ray leaves out nearly all of them, so it comes before the clip planes.
+        if (b.TestSolidSelection(request.camera_position, hit.ray, distance) && b.Visible(planes)) {
+            hit.distance = distance;
+            hit.brush = i;
+        }
+    }
+    return hit;
+}
 
 Box WidenAlongView(Box box, int view) {
     constexpr float FAR_AWAY = 10000000000.0f;
@@ -124,7 +123,7 @@ bool World::EndBrushPick(const Selection& brushes_before, const Selection& entit
 bool World::PointSelection(const PickRequest& request) {
     DeselectForPick(request.additive);
     const Selection brushes_before = brush_selection, entities_before = entity_selection;
-    const int hit = request.view == VIEW_PERSPECTIVE ? NearestBrush(*this, request) : WireBrush(*this, request);
+    const int hit = request.view == VIEW_PERSPECTIVE ? NearestBrush(*this, request).brush : WireBrush(*this, request);
     if (hit != -1) {
         const bool was_selected = brush_selection.TestItem(hit) != -1;
         if (!was_selected || request.additive)

@@ -86,6 +86,7 @@ void World::ChangeTexture(std::string_view mc, std::string_view mn, std::string_
         return;
     const int index = std::max(AddMaterial(mc, mn, tc, tn), 0);
     SetMaterial(s->texture, index, TextureSize(index));
+    brush[static_cast<size_t>(selected_surface_brush)]->MarkDrawnChanged();
     GetFrontEnd().SurfaceSelectionChanged();
     GetFrontEnd().MarkFileAsDirty(true);
 }
@@ -100,6 +101,7 @@ void World::ChangeTextureToAll(std::string_view mc, std::string_view mn, std::st
 void World::RemoveTextureFromSurface(const char* mc, const char* mn) {
     if (Surface* s = SelectedSurface()) {
         s->texture.index = 0;
+        brush[static_cast<size_t>(selected_surface_brush)]->MarkDrawnChanged();
         GetFrontEnd().SurfaceSelectionChanged();
     } else if (brush_selection.GetItemCount() > 0)
         ForEachSelectedSurface([](Surface& selected) { selected.texture.index = 0; });
@@ -110,7 +112,7 @@ void World::RemoveTextureFromSurface(const char* mc, const char* mn) {
         if (row == -1)
             return;
         for (const auto& b : brush)
-            b->ForEachSurface([row](Surface& carrier, int, bool) {
+            ForEachSurfaceOf(*b, [row](Surface& carrier) {
                 if (carrier.texture.index == row)
                     carrier.texture.index = 0;
             });
@@ -136,7 +138,7 @@ void World::ReplaceTextureOnSurface(std::string_view mc, std::string_view mn, st
             ForEachSelectedSurface(replace);
         else
             for (const auto& b : brush)
-                b->ForEachSurface([&replace](Surface& s, int, bool) { replace(s); });
+                ForEachSurfaceOf(*b, replace);
         FlushUnusedMaterials();
         GetFrontEnd().SurfaceSelectionChanged();
     }

@@ -1,8 +1,10 @@
-// Terrain segments are separate meshes; along their common borders their normals are made one.
+// Terrains as a whole: made segment by segment from a height map. The segments are separate meshes; along their common
+// borders their normals are made one.
 #include <algorithm>
 
 #include "scene/FrontEnd.h"
-#include "scene/World.h"
+#include "scene/TerrainParts.h"
+#include "scene/Undo.h"
 
 namespace {
 
@@ -11,21 +13,13 @@ constexpr float SAME_PLACE = 1.0f;       // vertices nearer than this on each ax
 constexpr size_t MAX_SHARED = 512;       // vertices that share a normal
 constexpr D3DVECTOR MARGIN = {NEIGHBOUR_MARGIN, NEIGHBOUR_MARGIN, NEIGHBOUR_MARGIN};
 
-// True if the vertices really make the grid that the brush names.
-bool IsGrid(const Brush& b) {
-    const SIZE& size = b.terrain_vertex_size;
-    return b.surfaces.size() == 1 && size.cx > 0 && size.cy > 0 &&
-           b.surfaces[0].normal.size() == b.surfaces[0].vertices.size() &&
-           static_cast<uint64_t>(size.cx) * static_cast<uint64_t>(size.cy) == b.surfaces[0].vertices.size();
-}
-
-// First and last row, first and last column, in index order.
+// Indices of the border vertices.
 std::vector<size_t> BorderOf(const SIZE& size) {
-    const auto cx = static_cast<size_t>(size.cx), cy = static_cast<size_t>(size.cy);
     std::vector<size_t> border;
-    for (size_t y = 0; y < cy; ++y)
-        for (size_t x = 0; x < cx; x += y == 0 || y + 1 == cy || x + 1 >= cx ? 1 : cx - 1)
-            border.push_back(y * cx + x);
+    FindBorderVertex(size, [&](int32_t x, int32_t y) {
+        border.push_back(static_cast<size_t>(y) * static_cast<size_t>(size.cx) + static_cast<size_t>(x));
+        return false;
+    });
     return border;
 }
 
@@ -76,7 +70,7 @@ void World::SmoothTerrainEdgeNormals() {
         if (candidate.type != BT_TERRAIN)
             continue;
         terrain.push_back(b);
-        if (!IsGrid(candidate))
+        if (!candidate.IsTerrainGrid())
             continue;
         segment_of[b] = segments.size();
         segments.push_back({b, &candidate.surfaces[0], BorderOf(candidate.terrain_vertex_size)});
@@ -104,7 +98,48 @@ void World::SmoothTerrainEdgeNormals() {
             for (D3DVECTOR* normal : shared)
                 *normal = common;
         }
-    for (const int b : terrain)
+    for (const int b : terrain) {
         brush[static_cast<size_t>(b)]->SurfaceLight();
+        brush[static_cast<size_t>(b)]->MarkDrawnChanged();
+    }
     GetFrontEnd().MarkFileAsDirty(true);
+}
+
+bool World::GenerateTerrain(const TerrainShape& shape, std::string& error) {
+    HeightMap map;
+    error = CheckTerrainShape(shape, MAX_BRUSHES - GetBrushCount());
+    if (!error.empty() || !LoadHeightMap(shape.heightmap, map, error))
+        return false;
+    const bool had_selection = IsSomethingSelected();
+    {
+        const ChangeRecord record(*this, "Generate terrain.");
+        const auto size_x = static_cast<float>(shape.size_x), size_z = static_cast<float>(shape.size_z);
+        TerrainSegment segment;
+        segment.map_unit_x = size_x / static_cast<float>(map.width);
+        segment.map_unit_y = size_z / static_cast<float>(map.height);
+        segment.terrain_origin = {-size_x / 2, 0, size_z / 2};
+        segment.size_x = size_x / static_cast<float>(shape.seg_x);
+        segment.size_y = size_z / static_cast<float>(shape.seg_y);
+        segment.height = static_cast<float>(shape.size_y);
+        segment.detail = shape.detail;
+        ClearSelection();
+        for (int y = 0; y < shape.seg_y; ++y)
+            for (int x = 0; x < shape.seg_x; ++x) {
+                segment.start = {static_cast<float>(x) * segment.size_x - size_x / 2, 0,
+                                 size_z / 2 - static_cast<float>(y) * segment.size_y};
+                auto made = std::make_unique<Brush>();
+                made->GenerateTerrainSegment(map, segment);
+                made->GenerateNewObjectID();
+                SetBrushSelection(AddBrush(std::move(made))->index, true);
+            }
+        SmoothTerrainEdgeNormals();
+        CreateGroup();
+        ClearSelection();
+    }
+    if (had_selection)
+        GetFrontEnd().SelectionRestored(false);
+    GetFrontEnd().SelectionChanged();
+    GetFrontEnd().CountsChanged();
+    GetFrontEnd().RedrawAllViews();
+    return true;
 }

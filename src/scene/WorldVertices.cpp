@@ -225,5 +225,6 @@ void World::SOVertexMove(const D3DVECTOR& move) {
         b.ComputeNormals();
         b.SurfaceLight();
         b.RemapAll();
+        b.ReplaceDecals();
     }
 }
