@@ -1,4 +1,4 @@
-// The chunks of a project file, in the order of writing.
+// The chunks of project and prefab files, in the order of writing.
 #pragma once
 
 inline constexpr const char* CHUNK_FORMAT = "FormatID";
@@ -12,6 +12,10 @@ inline constexpr const char* CHUNK_MP_GAMES = "MPGames";
 inline constexpr const char* CHUNK_AI_GROUPS = "AIGroups";
 inline constexpr const char* CHUNK_DECALS = "Decals";
 
+inline constexpr const char* CHUNK_DESCRIPTION = "Description"; // of a prefab
+
+inline constexpr const char* PREFAB_FORMAT_1_1 = "Marrowstead2000 Prefab";
+inline constexpr const char* PREFAB_FORMAT_2_0 = "Marrowstead2000 Prefab v2.0";
 inline constexpr const char* PROJECT_FORMAT_1_1 = "Marrowstead2000 Project v1.1";
 inline constexpr const char* PROJECT_FORMAT_2_0 = "Marrowstead2000 Project v2.0";
 

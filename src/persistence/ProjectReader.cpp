@@ -1,12 +1,12 @@
-#include <cmath>
-
 #include "files/ChunkFile.h"
 #include "foundation/Desktop.h"
 #include "foundation/Strings.h"
 #include "persistence/BrushReader.h"
+#include "persistence/ObjectChunks.h"
 #include "persistence/Project.h"
 #include "persistence/ProjectChunks.h"
 #include "persistence/Records.h"
+#include "scene/DecalCutting.h"
 
 namespace {
 
@@ -25,18 +25,19 @@ public:
             return false;
         if (version < PROJECT_VERSION_2_0)
             ConvertBrushLinks();
-        RestoreDerivedData();
+        for (const auto& brush : world.brush)
+            RestoreDerivedData(*brush, world.GetMaterialCount());
         world.SmoothTerrainEdgeNormals();
         world.GenerateIDs();
         return ReadMapInfo() && ReadGroups() && ReadBoxes() && ReadGames() && ReadActorGroups() && ReadDecals();
     }
     // Only the decals, in place of the world's.
     bool ReadOnlyDecals() {
-        std::vector<std::unique_ptr<DecalTemplate>> old = std::move(world.decal_template);
+        const DecalState old(world);
         world.ClearAllDecals();
         if (ReadDecals())
             return true;
-        world.decal_template = std::move(old);
+        old.Restore(world);
         return false;
     }
     const std::string& Error() const { return error; }
@@ -90,11 +91,10 @@ private:
 
     bool ReadMaterials() {
         return ForEachChunk(CHUNK_MATERIAL, [&](int n) {
-            const std::vector<uint8_t> record = file.GetArrayAlloc(0);
-            if (record.size() != TEXTURE_RECORD)
+            MaterialRow stored;
+            if (!ReadMaterial(file, stored))
                 return DamagedChunk("material", n + 1);
-            std::string material_class, name;
-            RecordReader(record).GetText(material_class, NAME_FIELD).GetText(name, NAME_FIELD);
+            const std::string &material_class = stored.material_class, &name = stored.material_name;
             int row = -1;
             if (materials.MaterialExist(material_class, name)) {
                 materials.AddMaterialToUseList(material_class, name);
@@ -130,43 +130,13 @@ private:
             }
             auto entity = std::make_unique<Entity>(*entity_template);
             uint32_t id = NO_OBJECT_ID;
-            if (!ReadEntity(*entity, id))
+            if (!ReadEntity(file, version, *entity, id))
                 return DamagedChunk("entity", n);
             if (id != NO_OBJECT_ID)
                 entity->SetObjectID(id);
             entities_of_file.back() = world.AddEntity(std::move(entity));
             return entities_of_file.back() != nullptr || Fail(Format("it has more than %d entities", MAX_ENTITIES));
         });
-    }
-
-    bool ReadEntity(Entity& entity, uint32_t& id) {
-        file.SkipNextArray(); // the type word: the definition's holds
-        int32_t links = 0;
-        if (!file.GetNextValue(entity.position) || !file.GetNextString(entity.variable_name) ||
-            !file.GetNextValue(links))
-            return false;
-        for (float* value : {&entity.position.x, &entity.position.y, &entity.position.z})
-            if (!std::isfinite(*value))
-                *value = 0;
-        if (version < PROJECT_VERSION_2_0) {
-            if (links != -1)
-                entity.AddLinkedObjectID(static_cast<uint32_t>(links));
-        } else if (links != 0) {
-            std::vector<uint32_t> ids;
-            if (links < 0 || !file.GetNextValues(ids, static_cast<size_t>(links)))
-                return false;
-            for (uint32_t linked : ids)
-                entity.AddLinkedObjectID(linked);
-        }
-        if (!LoadEntityParameters(file, entity))
-            return false;
-        uint8_t hidden = 0;
-        int32_t stored_id = -1;
-        file.GetNextValue(hidden);
-        file.GetNextValue(stored_id);
-        entity.is_hidden = hidden != 0;
-        id = stored_id < 0 ? NO_OBJECT_ID : static_cast<uint32_t>(stored_id);
-        return !file.SizeMismatch();
     }
 
     // Up to version 1.1 a brush names its entity by the place in the file. Entities need their ids before that.
@@ -181,18 +151,6 @@ private:
                 else
                     brush->RemoveLinkedObjectIDAtIndex(k);
             }
-    }
-
-    void RestoreDerivedData() {
-        for (const auto& brush : world.brush) {
-            brush->Initialize(world.GetMaterialCount());
-            brush->TesselateCurves();
-            brush->RecalcBBox();
-            brush->ComputeNormals();
-            brush->SurfaceLight();
-            brush->GenerateTextureSpaces();
-            brush->RemapAllInit();
-        }
     }
 
     bool ReadPathField(std::string& text) {

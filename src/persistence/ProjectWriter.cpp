@@ -3,102 +3,14 @@
 
 #include "files/ChunkFile.h"
 #include "foundation/Paths.h"
+#include "persistence/ObjectChunks.h"
 #include "persistence/Project.h"
 #include "persistence/ProjectChunks.h"
 #include "persistence/Records.h"
 
-static void WriteSurfaceCounts(UChunkFile& file, const Surface& surface, bool curved) {
-    RecordWriter record;
-    record.Put(static_cast<int32_t>(surface.vertices.size())).Put(static_cast<int32_t>(surface.tri_indices.size()));
-    record.Put(static_cast<int32_t>(surface.edge_indices.size())).Put<int32_t>(curved ? surface.cp_count : 0);
-    record.Put<int32_t>(0); // lights: no meaning in a project
-    record.WriteTo(file);
-}
-
-template <class T>
-static void WriteFirst(UChunkFile& file, const std::vector<T>& values) {
-    file.WriteValue(values.empty() ? T{} : values.front());
-}
-
-static void WriteFlatSurface(UChunkFile& file, const Surface& surface) {
-    file.WriteValues(surface.vertices);
-    WriteFirst(file, surface.normal);
-    file.WriteValues(surface.uv);
-    WriteFirst(file, surface.diffuse);
-    file.WriteValues(surface.tri_indices);
-    file.WriteValues(surface.edge_indices);
-    PackTexInfo(surface.texture).WriteTo(file);
-}
-
-// Curved geometry is rebuilt from its control points; only a custom brush stores its mesh.
-static void WriteCurvedSurface(UChunkFile& file, const Surface& surface, bool custom) {
-    if (custom) {
-        file.WriteValues(surface.vertices);
-        file.WriteValues(surface.normal);
-        file.WriteValues(surface.uv);
-        file.WriteValues(surface.diffuse);
-        file.WriteValues(surface.tri_indices);
-        file.WriteValues(surface.edge_indices);
-    } else {
-        file.WriteValues(surface.cp);
-    }
-    PackTexInfo(surface.texture).WriteTo(file);
-}
-
-// The length without terminator, then the characters if there are any.
-static void WriteCountedText(UChunkFile& file, const std::string& text) {
-    file.WriteValue(static_cast<int32_t>(text.size()));
-    if (!text.empty())
-        file.WriteArray(text.data(), text.size());
-}
-
-static void WriteBrush(UChunkFile& file, const Brush& brush, int index) {
-    file.CreateChunk(CHUNK_BRUSH, static_cast<uint32_t>(index));
-    const int links = brush.linked_objects.GetCount();
-    RecordWriter record;
-    record.Put(static_cast<uint32_t>(brush.type)).Put(brush.bbox).Put(brush.pivot);
-    record.Put(PackColor(brush.color_vector)).Put(brush.color_vector);
-    record.Put(static_cast<int32_t>(brush.surfaces.size())).Put(static_cast<int32_t>(brush.curved_surfaces.size()));
-    record.Put<int32_t>(links).PutFlag(false).PutFlag(brush.is_hidden).PutFlag(brush.is_frozen);
-    record.WriteTo(file);
-    if (links > 0)
-        file.WriteArray(brush.linked_objects.GetListPtr(), static_cast<size_t>(links) * sizeof(uint32_t));
-    brush.ForEachSurface([&](const Surface& surface, int, bool curved) { WriteSurfaceCounts(file, surface, curved); });
-    for (const Surface& surface : brush.surfaces)
-        WriteFlatSurface(file, surface);
-    for (const Surface& surface : brush.curved_surfaces)
-        WriteCurvedSurface(file, surface, brush.IsCustom());
-
-    file.WriteValue(brush.GetObjectID());
-    file.WriteValue(brush.properties);
-    WriteCountedText(file, brush.name);
-    file.WriteValue<uint32_t>(brush.energy);
-    file.WriteValue(brush.mass);
-    WriteCountedText(file, brush.death_particle);
-    file.WriteValue(brush.elasticity);
-    file.WriteValue(brush.static_friction);
-    file.WriteValue(brush.dynamic_friction);
-    file.WriteValue(brush.terrain_vertex_size);
-    file.WriteValue(brush.coll_dmg);
-    file.WriteValue(brush.touch_dmg);
-    file.WriteValue(brush.time_scale);
-    file.WriteValue(brush.rotation_factor);
-    file.WriteValue(brush.link_action);
-    file.CloseChunk();
-}
-
-static void WriteMaterial(UChunkFile& file, const MaterialRow& row, int index) {
-    file.CreateChunk(CHUNK_MATERIAL, static_cast<uint32_t>(index));
-    RecordWriter().PutText(row.material_class, NAME_FIELD).PutText(row.material_name, NAME_FIELD).WriteTo(file);
-    RecordWriter().PutText(row.texture_class, NAME_FIELD).PutText(row.texture_name, NAME_FIELD).WriteTo(file);
-    file.CloseChunk();
-}
-
-static void WriteEntity(UChunkFile& file, const Entity& entity, int index) {
+static void WriteEntityWithLinks(UChunkFile& file, const Entity& entity, int index) {
     file.CreateChunk(CHUNK_ENTITY, static_cast<uint32_t>(index));
-    file.WriteString(entity.name);
-    WriteEntityArrays(file, entity);
-    file.WriteValue(entity.GetObjectID());
+    WriteEntity(file, entity, entity.GetObjectID());
     const int links = entity.linked_objects.GetCount();
     file.WriteValue<int32_t>(links);
     file.WriteArray(entity.linked_objects.GetListPtr(), static_cast<size_t>(links) * sizeof(uint32_t));
@@ -141,12 +53,12 @@ static void WriteChunks(UChunkFile& file, const World& world, const ProjectViews
     file.WriteString(PROJECT_FORMAT_2_0);
     file.CloseChunk();
     for (int b = 0; b < world.GetBrushCount(); ++b)
-        WriteBrush(file, *world.brush[static_cast<size_t>(b)], b);
+        WriteBrush(file, *world.brush[static_cast<size_t>(b)], b, world.brush[static_cast<size_t>(b)]->GetObjectID());
     for (int m = 1; m < world.GetMaterialCount(); ++m)
         WriteMaterial(file, world.material[static_cast<size_t>(m)], m);
     for (int e = 0; e < world.GetEntityCount(); ++e)
         if (const Entity& entity = *world.entity[static_cast<size_t>(e)]; !entity.IsPathPoint())
-            WriteEntity(file, entity, e);
+            WriteEntityWithLinks(file, entity, e);
     WriteMapInfo(file, world, views);
     WriteGroups(file, world);
     file.CreateChunk(CHUNK_CORDON, ANY_CHUNK_ID);

@@ -1,5 +1,7 @@
 #include "persistence/Records.h"
 
+#include <cmath>
+
 #include "foundation/Desktop.h"
 #include "foundation/Log.h"
 #include "foundation/Strings.h"
@@ -62,6 +64,11 @@ bool UnpackDecalTemplate(const std::vector<uint8_t>& record, DecalTemplate& deca
     reader.GetText(texture_class, NAME_FIELD).GetText(texture_name, NAME_FIELD);
     reader.Get(decal.o_position).Get(decal.o_normal).Get(decal.color);
     reader.Get(decal.x_size).Get(decal.y_size).Get(decal.o_rotation).Get(decal.id);
+    for (float* value : {&decal.o_position.x, &decal.o_position.y, &decal.o_position.z, &decal.o_normal.x,
+                         &decal.o_normal.y, &decal.o_normal.z, &decal.x_size, &decal.y_size, &decal.o_rotation,
+                         &decal.color.r, &decal.color.g, &decal.color.b, &decal.color.a})
+        if (!std::isfinite(*value))
+            *value = 0;
     decal.texture = crTGet("Textures\\" + texture_class, texture_name, TL_MATERIAL);
     if (decal.texture == CR_NO_TEXTURE) {
         if (!EqualNoCase(texture_name, "no_texture"))
