@@ -9,6 +9,7 @@
 #include "pages/AdvancedSelection.h"
 #include "pages/BrushProperties.h"
 #include "pages/SmallDialogs.h"
+#include "persistence/MeshFile.h"
 
 namespace {
 
@@ -18,7 +19,6 @@ constexpr const char* DOC = "CMarrowstead2Doc";
 constexpr const char* PERSPECTIVE = "CPerspectiveView";
 constexpr float QUARTER_TURN = 1.5707964f;             // radians
 constexpr float MOVIE_STEP = 0.02f, MOVIE_JUMP = 1.0f; // seconds
-constexpr auto NOT_AVAILABLE = nullptr;
 
 template <BrushType TYPE>
 Command Template(const char* name, const char* text) {
@@ -76,21 +76,16 @@ std::vector<Command> FileCommands() {
         {DOC, "OnFileSave", "File", "&Save", "Ctrl+S", [](F& f) { f.document.OnFileSave(); }},
         {DOC, "OnFileSaveAs", "File", "Save &As...", "", [](F& f) { f.document.OnFileSaveAs(); }},
         {DOC, "OnSaveplus", "File", "In&cremental save", "Ctrl+Shift+S", [](F& f) { f.document.OnSaveplus(); }},
-        {DOC, "OnFileImport", "File", "&Import...", "", NOT_AVAILABLE},
-        {DOC, "OnFileExport", "File", "&Export...", "", NOT_AVAILABLE},
-        {FRAME, "OnFileNewmovie", "File", "New Movie", "",
-         [](F& f) {
-             const ChangeRecord record(*f.interface.world, "New movie.", ChangeScope::AllObjects);
-             f.interface.ClearAnimation(NO_OBJECT_ID);
-             f.interface.UpdateSelectionBox();
-             f.interface.RedrawAllViews();
-             f.interface.MarkDirty();
-         }},
-        {FRAME, "OnFileLoadmovie", "File", "Load Movie", "", NOT_AVAILABLE},
-        {FRAME, "OnFileLoadmovieforselection", "File", "Load Movie For Selection", "", NOT_AVAILABLE},
-        {FRAME, "OnFileMergemovie", "File", "Merge Movie", "", NOT_AVAILABLE},
-        {FRAME, "OnFileSavemovie", "File", "Save Movie", "", NOT_AVAILABLE},
-        {FRAME, "OnFileSavemovieas", "File", "Save Movie As", "", NOT_AVAILABLE},
+        {DOC, "OnFileImport", "File", "&Import...", "", [](F& f) { f.document.OnFileImport(); }, nullptr,
+         [](F&) { return CanImportMeshes(); }},
+        {DOC, "OnFileExport", "File", "&Export...", "", [](F& f) { f.document.OnFileExport(); }},
+        {FRAME, "OnFileNewmovie", "File", "New Movie", "", [](F& f) { f.OnFileNewmovie(); }},
+        {FRAME, "OnFileLoadmovie", "File", "Load Movie", "", [](F& f) { f.OnFileLoadmovie(); }},
+        {FRAME, "OnFileLoadmovieforselection", "File", "Load Movie For Selection", "",
+         [](F& f) { f.OnFileLoadmovieforselection(); }},
+        {FRAME, "OnFileMergemovie", "File", "Merge Movie", "", [](F& f) { f.OnFileMergemovie(); }},
+        {FRAME, "OnFileSavemovie", "File", "Save Movie", "", [](F& f) { f.SaveMovie(); }},
+        {FRAME, "OnFileSavemovieas", "File", "Save Movie As", "", [](F& f) { f.SaveMovieAs(); }},
         {FRAME, "OnFileMergeDecals", "File", "Load decals from project...", "",
          [](F& f) { f.document.OnFileMergeDecals(); }},
     };
@@ -140,13 +135,15 @@ std::vector<Command> BrushCommands() {
 
 std::vector<Command> ToolCommands() {
     return {
-        {FRAME, "OnToolsTerraingenerator", "Tools", "Terrain &Generator...", "Ctrl+T", NOT_AVAILABLE},
+        {FRAME, "OnToolsTerraingenerator", "Tools", "Terrain &Generator...", "Ctrl+T",
+         [](F& f) { f.OnToolsTerraingenerator(); }},
         {FRAME, "OnToolsSmoothterrainedges", "Tools", "Sm&ooth Terrain Edges", "Alt+S",
          [](F& f) {
              f.interface.world->SmoothTerrainEdgeNormals();
              f.interface.RedrawAllViews();
          }},
-        {FRAME, "OnToolsTerrainmodifier", "Tools", "Terrain Modifier...", "Shift+T", NOT_AVAILABLE},
+        {FRAME, "OnToolsTerrainmodifier", "Tools", "Terrain Modifier...", "Shift+T",
+         [](F& f) { f.OnToolsTerrainmodifier(); }},
         {FRAME, "OnRotate", "Tools", "&Rotation mode", "R", [](F& f) { f.OnRotate(); }},
         {FRAME, "OnSheering", "Tools", "&Sheer mode", "S", [](F& f) { f.interface.ToggleShearing(); }},
         {FRAME, "OnVertexMode", "Tools", "&Vertex mode", "V", [](F& f) { f.OnVertexMode(); }},
@@ -154,7 +151,8 @@ std::vector<Command> ToolCommands() {
         {FRAME, "OnPickTexture", "Tools", "&Texture picker", "I", [](F& f) { f.OnPickTexture(); }},
         {FRAME, "OnTexturelock", "Tools", "T&exture Lock", "L",
          [](F& f) { f.interface.texture_lock = !f.interface.texture_lock; }, IsOn<&CInterface::texture_lock>},
-        {FRAME, "OnDecals", "Tools", "&Decals", "D", NOT_AVAILABLE},
+        {FRAME, "OnDecals", "Tools", "&Decals", "D", [](F& f) { f.OnDecals(); },
+         [](F& f) { return f.interface.editor_state == ES_DECAL; }},
         {FRAME, "OnPrefab", "Tools", "&Prefabs", "", ShowTab<TAB_PREFAB>},
         {FRAME, "OnClipbox", "Tools", "&Clip state", "", [](F& f) { f.OnClipbox(); }, IsOn<&CInterface::clip_active>,
          [](F& f) { return !f.interface.movie_editing; }},
@@ -164,7 +162,7 @@ std::vector<Command> ToolCommands() {
          IsOn<&CInterface::edit_cordon_bounds>, [](F& f) { return f.CordonboundsEnabled(); }},
         {FRAME, "OnEditMovie", "Tools", "Movie Edit", "Ctrl+M", [](F& f) { f.OnEditMovie(); },
          IsOn<&CInterface::movie_editing>},
-        {FRAME, "OnToolsTrackedit", "Tools", "Track Edit", "Alt+T", NOT_AVAILABLE},
+        {FRAME, "OnToolsTrackedit", "Tools", "Track Edit", "Alt+T", [](F& f) { f.OnToolsTrackedit(); }},
         {FRAME, "OnCompile", "Tools", "&Compile world", "F7", [](F& f) { f.OnCompile(); }},
         {FRAME, "OnCompileEntity", "Tools", "Compile entities", "Ctrl+F7", [](F& f) { f.CompileEntities(false); }},
         {FRAME, "OnCompileEntityVis", "Tools", "Compile entities + visibility", "Ctrl+Shift+F7",
@@ -296,8 +294,9 @@ std::vector<Command> MovieCommands() {
         {FRAME, "OnMovieTrackbk", "Movie", "Track Bk", ",", [](F& f) { f.StepMovie(-MOVIE_STEP); }},
         {FRAME, "OnMovieFastfw", "Movie", "Fast Fw", "Alt+.", [](F& f) { f.StepMovie(MOVIE_JUMP); }},
         {FRAME, "OnMovieFastbk", "Movie", "Fast Bk", "Alt+,", [](F& f) { f.StepMovie(-MOVIE_JUMP); }},
-        {FRAME, "OnMovieAligntimeofpoints", "Movie", "Align Time Of Points", "", NOT_AVAILABLE},
-        {FRAME, "OnMovieComputetime", "Movie", "Compute Time", "", NOT_AVAILABLE},
+        {FRAME, "OnMovieAligntimeofpoints", "Movie", "Align Time Of Points", "",
+         [](F& f) { f.OnMovieAligntimeofpoints(); }},
+        {FRAME, "OnMovieComputetime", "Movie", "Compute Time", "", [](F& f) { f.OnMovieComputetime(); }},
     };
 }
 

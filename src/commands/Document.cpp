@@ -74,8 +74,7 @@ bool CMarrowstead2Doc::SaveModified() {
         return true;
     switch (GetDesktop().MessageBox("Do you want to save active project?", TITLE, MessageButtons::YesNoCancel)) {
     case MessageAnswer::Yes:
-        return interface.project_file_has_name ? Save(interface.project_file_path, interface.project_file_name)
-                                               : SaveAs();
+        return SaveActive();
     case MessageAnswer::No:
         interface.MarkFileAsDirty(false);
         return true;
@@ -156,15 +155,18 @@ bool CMarrowstead2Doc::SaveTo(const std::string& path) {
 bool CMarrowstead2Doc::SaveAs() {
     const std::optional<std::string> path = GetDesktop().AskFile(
         {true, "Save As", PROJECT_FILTER, PROJECT_FOLDER, PROJECT_ENDING, interface.project_file_name});
-    return path && SaveTo(*path);
+    return path && SaveTo(*path) && SaveMovie(true);
 }
 
-void CMarrowstead2Doc::OnFileSave() {
-    if (interface.project_file_has_name)
-        Save(interface.project_file_path, interface.project_file_name);
-    else
-        SaveAs();
+bool CMarrowstead2Doc::SaveMovie(bool as) { return !interface.movie_editing || !save_movie || save_movie(as); }
+
+bool CMarrowstead2Doc::SaveActive() {
+    if (!interface.project_file_has_name)
+        return SaveAs();
+    return Save(interface.project_file_path, interface.project_file_name) && SaveMovie(false);
 }
+
+void CMarrowstead2Doc::OnFileSave() { SaveActive(); }
 
 void CMarrowstead2Doc::OnFileSaveAs() { SaveAs(); }
 
@@ -187,6 +189,7 @@ void CMarrowstead2Doc::OnSaveplus() {
 void CMarrowstead2Doc::MergeDecals(const std::string& path) {
     std::string error;
     World& world = *interface.world;
+    const ChangeRecord record(world, "Load decals.", ChangeScope::Added);
     if (!LoadDecals(path, world, interface.materials, *interface.entity_parser, error)) {
         GetDesktop().Notice(error);
         return;

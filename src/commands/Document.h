@@ -1,6 +1,7 @@
 // The document commands: new, open, save, incremental save, the recent files, and decals from another project.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,10 @@ public:
     void OnFileSaveAs();
     void OnSaveplus(); // the incremental save
     void OnFileMergeDecals();
+    void OnFileExport(); // VRML
+    void OnFileImport(); // a mesh of a modelling tool, as a custom mesh beside it or among the custom brushes
+    // Asked for after the level was saved, while a movie is edited: saves it too, true: under a new name.
+    std::function<bool(bool as)> save_movie;
 
     // Without questions and dialogs. path: a real or a data path. False with a sentence.
     void New();
@@ -35,7 +40,9 @@ public:
 
 private:
     bool Save(const std::string& folder, const std::string& name);
-    bool SaveAs(); // false after Cancel or a failure
+    bool SaveAs();           // false after Cancel or a failure
+    bool SaveActive();       // under its name, else as SaveAs
+    bool SaveMovie(bool as); // while a movie is edited
     void AddToRecent(const std::string& path);
 
     CInterface& interface;

@@ -13,7 +13,6 @@ namespace {
 constexpr const char* TITLE = "Marrowstead 2000";
 constexpr int LEAST_PANE = 5;                 // pixels
 constexpr int COLUMN_EDGE = 5, ROW_EDGE = 46; // of the split's borders and the bars around it
-constexpr float MOVIE_SECONDS_A_TICK = 0.001f;
 
 } // namespace
 
@@ -24,7 +23,9 @@ PanePlace PaneOf(int view) {
 
 CMainFrame::CMainFrame(CInterface& editor_interface, LibraryPages& library_pages)
     : interface(editor_interface), pages(library_pages), document(interface, pages), top(interface, VIEW_TOP),
-      front(interface, VIEW_FRONT), left(interface, VIEW_LEFT), perspective(interface, pages) {}
+      front(interface, VIEW_FRONT), left(interface, VIEW_LEFT), perspective(interface, pages) {
+    document.save_movie = [this](bool as) { return as ? SaveMovieAs() : SaveMovie(); };
+}
 
 CEditorView& CMainFrame::View(int view) {
     CEditorView* const views[VIEW_COUNT] = {&top, &front, &left, &perspective};
@@ -34,6 +35,7 @@ CEditorView& CMainFrame::View(int view) {
 bool CMainFrame::Run(const Command& command) {
     if (!command.action || (command.is_enabled && !command.is_enabled(*this)))
         return false;
+    interface.EndTerrainStroke();
     command.action(*this);
     interface.SyncVertexNet();
     return true;
@@ -58,9 +60,7 @@ void CMainFrame::OnTimer() {
 void CMainFrame::OnIdle() {
     if (!interface.playing)
         return;
-    const uint32_t now = GetDesktop().GetTickCount();
-    interface.anim_time += static_cast<float>(now - interface.last_tick) * MOVIE_SECONDS_A_TICK;
-    interface.last_tick = now;
+    interface.ProcessAnimation();
     interface.RedrawAllViews();
 }
 

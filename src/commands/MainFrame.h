@@ -15,7 +15,9 @@
 #include "pages/NamedObjects.h"
 
 struct Command;
+class CTrackDlg;
 class RecoveryFile;
+class TerrainDlg;
 
 // Sizes of the split: two columns, two rows. Top left stands the perspective view, beside it the top view; below them
 // the left and the front view.
@@ -90,6 +92,20 @@ public:
     void OnMoviePlay();
     void OnMovieStop();
     void StepMovie(float seconds);
+    // Movie files (commands/MainFrameMovies.cpp)
+    void OnFileNewmovie();
+    void OnFileLoadmovie();
+    void OnFileLoadmovieforselection();
+    void OnFileMergemovie();
+    bool SaveMovie(); // under its name, else as the next. False after a message or Cancel
+    bool SaveMovieAs();
+    void OnMovieAligntimeofpoints();
+    void OnMovieComputetime();
+    void OnToolsTrackedit();
+    // Terrain and decals (commands/MainFrameTerrain.cpp, commands/MainFrameDecals.cpp)
+    void OnToolsTerraingenerator();
+    void OnToolsTerrainmodifier();
+    void OnDecals();
     void ShiftTexture(float u, float v); // in steps that grow under key repeat
     void RotateTexture(float direction);
     void StoreFlag(const char* name, bool& flag); // toggles a flag that is kept at once
@@ -106,6 +122,10 @@ public:
     // Runs a compile where its progress is seen and can be stopped, on whatever thread; without one it runs unseen.
     using CompileStep = std::function<CompileOutcome(CProgressText&)>;
     std::function<CompileOutcome(const CompileStep&)> run_compile;
+    // Shows a dialog until it is closed. Without a window the tracklist closes at once, and the terrain generator asks
+    // by a form.
+    std::function<void(CTrackDlg&)> show_tracks;
+    std::function<void(TerrainDlg&)> show_terrain;
     RecoveryFile* recovery = nullptr; // written before a compile, when there is one
 
 private:
@@ -114,6 +134,7 @@ private:
     void PasteList(BaseObject& target, const std::vector<std::unique_ptr<Entity>>& points,
                    SimpleList<uint32_t> BaseObject::*list);
     void RestoreGridColors();
+    void LoadMovieFile(bool replace);
     void CompileBy(const CompileStep& compile);
 
     int client_width = 0, client_height = 0;

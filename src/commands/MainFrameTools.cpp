@@ -102,6 +102,11 @@ void CMainFrame::SelectTemplate(BrushType type) {
 
 void CMainFrame::OnBrushColor() {
     constexpr uint32_t RGB = 0xFFFFFF;
+    if (interface.editor_state == ES_DECAL) {
+        if (const std::optional<uint32_t> rgb = GetDesktop().AskColor(interface.world->decal_color.dw_color & RGB))
+            interface.SetDecalColor(*rgb);
+        return;
+    }
     const std::optional<uint32_t> rgb = GetDesktop().AskColor(PackColor(interface.active_brush_color) & RGB);
     if (!rgb)
         return;

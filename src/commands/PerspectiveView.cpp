@@ -16,6 +16,7 @@ constexpr float STEEPEST = 1.553343f;     // 89 degrees: elevation of the free c
 constexpr float HALF_PI = PI / 2;         // elevation of the orbit
 constexpr float ORBIT_STEP = 0.03490659f; // 2 degrees
 constexpr float WHEEL_STEP = 64.0f;       // world units
+constexpr float DECAL_TURN = 5.0f;        // degrees, of a wheel notch
 constexpr float WIDE_STEP = 2.0f, FINE_STEP = 0.25f;
 constexpr float CENTER_AHEAD = 512.0f; // of an orbit with nothing to turn about
 
@@ -67,12 +68,18 @@ void CPerspectiveView::OnLButtonDblClk(uint32_t flags, POINT point) {
 
 void CPerspectiveView::OnRButtonDown(uint32_t flags, POINT point) {
     Activate();
-    if (flags & MOUSE_SHIFT)
+    if (interface.editor_state == ES_DECAL && GetDesktop().IsKeyDown(HeldKey::Alt)) {
+        scaling_decals = true;
+        oldmouse = point;
+        CaptureMouse();
+    } else if (flags & MOUSE_SHIFT) {
         interface.MouseRightButtonDown(flags, point);
-    else if (flags & MOUSE_CONTROL) {
+        if (interface.editor_state == ES_TERRAIN)
+            CaptureMouse(); // for the stroke
+    } else if (flags & MOUSE_CONTROL) {
         const ChangeRecord record(*interface.world, "Copy a texture.", ChangeScope::AllObjects);
         interface.SetMatrices(VIEW_PERSPECTIVE);
-        interface.world->CopySurfaceTexture(point, Info().camera_position);
+        interface.world->CopySurfaceTexture(point, interface.EyePosition());
     } else {
         camera_moving = true;
         oldmouse = point;
@@ -82,11 +89,18 @@ void CPerspectiveView::OnRButtonDown(uint32_t flags, POINT point) {
 
 void CPerspectiveView::OnRButtonUp(uint32_t flags, POINT point) {
     interface.MouseRightButtonUp(flags, point);
-    camera_moving = false;
+    if (scaling_decals)
+        interface.EndDragRecord();
+    camera_moving = scaling_decals = false;
     ReleaseMouse();
 }
 
 void CPerspectiveView::OnMouseMove(uint32_t flags, POINT point) {
+    if (scaling_decals) {
+        interface.ScaleDecal(point.x - oldmouse.x, point.y - oldmouse.y);
+        oldmouse = point;
+        return;
+    }
     Activate();
     if ((!camera_moving && !camera_rotating) || interface.selected_cross_vertex != -1) {
         interface.MouseMove(flags, point);
@@ -127,6 +141,14 @@ void CPerspectiveView::TurnCamera(int dx, int dy) {
 
 void CPerspectiveView::OnMouseWheel(uint32_t flags, int delta) {
     Activate();
+    if (interface.editor_state == ES_DECAL && GetDesktop().IsKeyDown(HeldKey::Alt)) {
+        interface.RotateDecal(delta < 0 ? DECAL_TURN : -DECAL_TURN);
+        return;
+    }
+    if (interface.editor_state == ES_TERRAIN && GetDesktop().IsKeyDown(HeldKey::Alt)) {
+        interface.TurnTerrainWheel(delta > 0, flags & MOUSE_CONTROL);
+        return;
+    }
     const float k = flags & MOUSE_CONTROL ? FINE_STEP : flags & MOUSE_SHIFT ? WIDE_STEP : 1.0f;
     D3DVECTOR direction, normal, right;
     CInterface::ComputeCameraVectors(Info().camera_rotation, direction, normal, right);

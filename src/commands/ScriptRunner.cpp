@@ -8,6 +8,7 @@
 #include "commands/Accelerator.h"
 #include "commands/CommandTable.h"
 #include "foundation/Strings.h"
+#include "pages/TrackDlg.h"
 
 namespace {
 
@@ -48,6 +49,8 @@ ScriptRunner::ScriptRunner(CMainFrame& main_frame, ScriptDesktop& script_desktop
     : frame(main_frame), interface(frame.interface), pages(frame.pages), desktop(script_desktop),
       folder(std::move(start_folder)) {}
 
+ScriptRunner::~ScriptRunner() = default;
+
 const std::map<std::string, ScriptRunner::Word>& ScriptRunner::Vocabulary() {
     using R = ScriptRunner;
     static const std::map<std::string, Word> vocabulary = {
@@ -79,6 +82,13 @@ const std::map<std::string, ScriptRunner::Word>& ScriptRunner::Vocabulary() {
         {"compile_visibility", {0, 0, &R::DoCompile}},
         {"check_script", {2, 2, &R::DoCheckScript}},
         {"complete_script", {4, 4, &R::DoCompleteScript}},
+        {"terrain", {7, 7, &R::DoTerrain}},
+        {"terrain_tool", {5, 5, &R::DoTerrainTool}},
+        {"decal", {2, 2, &R::DoDecal}},
+        {"prefab", {3, 3, &R::DoPrefab}},
+        {"movie", {2, 2, &R::DoMovie}},
+        {"track", {1, 5, &R::DoTrack}},
+        {"export", {1, 1, &R::DoExport}},
         {"echo", {0, 100, &R::DoEcho}},
         {"quit", {0, 0, &R::DoQuit}},
     };

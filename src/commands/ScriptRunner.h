@@ -6,6 +6,7 @@
 #include <functional>
 #include <istream>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,8 @@ class ScriptRunner {
 public:
     // start_folder: what file names of the script are relative to. A name with a backslash is a data path.
     ScriptRunner(CMainFrame& main_frame, ScriptDesktop& script_desktop, std::filesystem::path start_folder);
+
+    ~ScriptRunner();
 
     // Until the end, "quit", or the first line that cannot be done. False with a sentence that names the line.
     bool Run(std::istream& script, std::string& error);
@@ -72,6 +75,15 @@ private:
     bool DoCompile(const Words& words);
     bool DoCheckScript(const Words& words);
     bool DoCompleteScript(const Words& words);
+    bool DoTerrain(const Words& words);
+    bool DoTerrainTool(const Words& words);
+    bool DoDecal(const Words& words);
+    bool DoPrefab(const Words& words);
+    bool DoMovie(const Words& words);
+    bool DoTrack(const Words& words);
+    bool DoTrackFile(const Words& words);
+    bool DoTrackKey(const Words& words, int row);
+    bool DoExport(const Words& words);
     bool DoEcho(const Words& words);
     bool DoQuit(const Words& words);
 
@@ -81,4 +93,5 @@ private:
     ScriptDesktop& desktop;
     std::filesystem::path folder;
     std::string failure, completion;
+    std::unique_ptr<CTrackDlg> tracks; // from the first word about a tracklist on
 };

@@ -1,8 +1,12 @@
 #include "commands/StateDump.h"
 
+#include <limits>
+
 #include <nlohmann/json.hpp>
 
 #include "editor/Interface.h"
+#include "render/Textures.h"
+#include "scene/MoviePath.h"
 
 namespace {
 
@@ -73,7 +77,62 @@ Json SurfacesJson(const World& world, const std::vector<Surface>& surfaces, bool
     return json;
 }
 
-Json BrushesJson(const World& world) {
+// What the path gives at a time; null where it gives nothing.
+Json SampleJson(SimpleList<uint32_t> list, float anim_time) {
+    constexpr float NOTHING = std::numeric_limits<float>::infinity();
+    D3DVECTOR position{NOTHING, NOTHING, NOTHING};
+    float roll = 0, fov = 0;
+    ComputePathPos(anim_time, list, position, roll, fov);
+    if (position.x == NOTHING)
+        return nullptr;
+    return {{"position", ToJson(position)}, {"roll", roll}, {"fov", fov}};
+}
+
+// Null for an object without points.
+Json PathsJson(const BaseObject& object, float anim_time) {
+    if (object.path.GetCount() + object.target_path.GetCount() == 0)
+        return nullptr;
+    return {{"path", NumbersJson(object.path)},
+            {"target_path", NumbersJson(object.target_path)},
+            {"path_sample", SampleJson(object.path, anim_time)},
+            {"target_sample", SampleJson(object.target_path, anim_time)}};
+}
+
+Json DecalsJson(const World& world) {
+    Json json = Json::array();
+    for (const auto& d : world.decal_template) {
+        const CRTexture* texture = crTRecord(d->texture);
+        Json cuts = Json::array();
+        for (int b = 0; b < world.GetBrushCount(); ++b)
+            for (const auto& cut : world.brush[static_cast<size_t>(b)]->decal_list)
+                if (cut->id == d->id)
+                    cuts.push_back({{"brush", b},
+                                    {"surface", cut->owner_surface},
+                                    {"vertices", ListJson(cut->xyz)},
+                                    {"uv", ListJson(cut->uv)},
+                                    {"triangles", ListJson(cut->tris)}});
+        json.push_back({{"id", d->id},
+                        {"texture", texture ? Text(texture->path + "\\" + texture->name) : std::string()},
+                        {"position", ToJson(d->o_position)},
+                        {"normal", ToJson(d->o_normal)},
+                        {"size", Json::array({d->x_size, d->y_size})},
+                        {"rotation", d->o_rotation},
+                        {"color", d->color.dw_color},
+                        {"is_selected", world.decal_selection.TestItem(static_cast<int>(d->id)) != -1},
+                        {"cuts", std::move(cuts)}});
+    }
+    return json;
+}
+
+// As the views have drawn them last.
+Json CablesJson(const World& world) {
+    Json json = Json::array();
+    for (const auto& cable : world.AllCables)
+        json.push_back({{"from", cable->ID_1}, {"to", cable->ID_2}, {"points", ListJson(cable->positions)}});
+    return json;
+}
+
+Json BrushesJson(const World& world, float anim_time) {
     Json json = Json::array();
     for (int i = 0; i < world.GetBrushCount(); ++i) {
         const Brush& b = *world.brush[static_cast<size_t>(i)];
@@ -89,6 +148,8 @@ Json BrushesJson(const World& world) {
                         {"is_hidden", b.is_hidden},
                         {"is_frozen", b.is_frozen},
                         {"linked_objects", NumbersJson(b.linked_objects)},
+                        {"terrain_vertex_size", Json::array({b.terrain_vertex_size.cx, b.terrain_vertex_size.cy})},
+                        {"paths", PathsJson(b, anim_time)},
                         {"surfaces", SurfacesJson(world, b.surfaces, false)},
                         {"curved_surfaces", SurfacesJson(world, b.curved_surfaces, true)}});
     }
@@ -117,7 +178,7 @@ Json ParameterJson(const EntityParameter& p) {
     return Text(p.p_text);
 }
 
-Json EntitiesJson(const World& world) {
+Json EntitiesJson(const World& world, float anim_time) {
     Json json = Json::array();
     for (int i = 0; i < world.GetEntityCount(); ++i) {
         const Entity& e = *world.entity[static_cast<size_t>(i)];
@@ -133,7 +194,8 @@ Json EntitiesJson(const World& world) {
                         {"linked_objects", NumbersJson(e.linked_objects)},
                         {"parameters", std::move(parameters)},
                         {"is_hidden", e.is_hidden},
-                        {"path_parent_id", e.path_parent_id}});
+                        {"path_parent_id", e.path_parent_id},
+                        {"paths", PathsJson(e, anim_time)}});
     }
     return json;
 }
@@ -207,6 +269,7 @@ Json InterfaceJson(const CInterface& i) {
             {"show_eyes", f.show_eyes},
             {"show_particles", f.show_particles},
             {"show_nonbox_entities", f.show_nonbox_entities},
+            {"anim_time", i.anim_time},
             {"project_file_need_save", i.project_file_need_save}};
 }
 
@@ -229,10 +292,17 @@ Json MessagesJson(const std::vector<ScriptDesktop::Message>& messages) {
 std::string DumpState(const CInterface& interface, const std::vector<ScriptDesktop::Message>& messages,
                       const std::string& completion) {
     const World& world = *interface.world;
-    Json json = {{"brushes", BrushesJson(world)},       {"entities", EntitiesJson(world)},
-                 {"groups", GroupsJson(world)},         {"selection", SelectionJson(world)},
-                 {"materials", MaterialsJson(world)},   {"interface", InterfaceJson(interface)},
-                 {"undo", UndoJson(world.undo_buffer)}, {"redo", UndoJson(world.redo_buffer)},
-                 {"messages", MessagesJson(messages)},  {"completion", Text(completion)}};
+    Json json = {{"brushes", BrushesJson(world, interface.anim_time)},
+                 {"entities", EntitiesJson(world, interface.anim_time)},
+                 {"decals", DecalsJson(world)},
+                 {"cables", CablesJson(world)},
+                 {"groups", GroupsJson(world)},
+                 {"selection", SelectionJson(world)},
+                 {"materials", MaterialsJson(world)},
+                 {"interface", InterfaceJson(interface)},
+                 {"undo", UndoJson(world.undo_buffer)},
+                 {"redo", UndoJson(world.redo_buffer)},
+                 {"messages", MessagesJson(messages)},
+                 {"completion", Text(completion)}};
     return json.dump(1) + "\n";
 }

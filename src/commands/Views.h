@@ -76,6 +76,7 @@ public:
 
     bool camera_moving = false;                       // the right button flies the camera
     bool camera_rotating = false;                     // the left button turns it
+    bool scaling_decals = false;                      // the right button with Alt scales the selected decals
     float special_elevation = 0, special_azimuth = 0; // of the orbit, radians
     D3DVECTOR rotation_center, rotation_vector;       // rotation_vector: the camera in orbit space
     POINT oldmouse;

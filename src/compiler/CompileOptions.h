@@ -15,6 +15,9 @@ inline constexpr uint32_t ITEM_BACKGROUND = 0xFFFFFF, ITEM_PORTAL = 0x800000, IT
 // Sees each face (0 to 5) that an eye (an entity index) of a cell looks at. Called from the workers.
 using FaceObserver = std::function<void(int cell, int eye, int face, const ItemBuffer& buffer)>;
 
+// Sees each brush when it has been lit, its lightmaps still being the blocks of its surfaces. Called from the workers.
+using LightObserver = std::function<void(const Brush& lit)>;
+
 enum LightingMethod { LIGHTING_NONE = 0, LIGHTING_QUICK = 1, LIGHTING_RAYTRACED = 2 };
 
 struct CompileOptions {
@@ -27,8 +30,9 @@ struct CompileOptions {
     bool save_finalmap = false;        // collision geometry for brushes that are not dynamic, too
     bool create_render_groups = false; // merge small brushes
     Box clip_box{};
-    int threads = 0;                     // 0: all cores
-    FaceObserver face_observer;          // may be empty
+    int threads = 0;            // 0: all cores
+    FaceObserver face_observer; // may be empty, as the next
+    LightObserver light_observer;
     uint32_t traceing_id = NO_OBJECT_ID; // the entity whose way into the cells goes to the trace log
 };
 

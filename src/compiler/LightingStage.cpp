@@ -50,7 +50,10 @@ bool LightBrushes(WorldSubdivide& ws, CompileProgress& progress) {
         std::unique_ptr<Lighting>& lighting = workers[static_cast<size_t>(worker)];
         if (!lighting)
             lighting = std::make_unique<Lighting>(input, state);
-        ws.world.brush[static_cast<size_t>(b)]->CalculateLightmap(*lighting);
+        Brush& brush = *ws.world.brush[static_cast<size_t>(b)];
+        brush.CalculateLightmap(*lighting);
+        if (ws.options.light_observer && !state.Stopped())
+            ws.options.light_observer(brush);
     });
 }
 
@@ -99,6 +102,7 @@ void Brush::CalculateLightmap(Lighting& lighting) {
             lighting.CalculateLightmapUV4Curves(surface);
         lighting.CalculateNormalIllumination(*this, index, surface, white);
     });
+    MarkDrawnChanged();
 }
 
 CompileResult CalculateLightmaps(WorldSubdivide& ws, CompileProgress& progress, std::string& message) {
@@ -132,5 +136,7 @@ CompileResult CalculateLightmaps(WorldSubdivide& ws, CompileProgress& progress, 
     }
     if (result == CompileResult::Written)
         world.render_mode = SOLID_WITH_LIGHTMAPS;
+    for (const auto& brush : world.brush)
+        brush->MarkDrawnChanged();
     return result;
 }

@@ -289,6 +289,7 @@ void RescaleLightmapPages(World& world) {
             for (DynamicLightmap& lightmap : surface.dynamic_lightmaps)
                 RescaleInfo(lightmap.info);
         });
+        brush->MarkDrawnChanged();
     }
 }
 
@@ -302,6 +303,7 @@ void ResetLightmaps(World& world) {
             surface.lightmap = 0;
             surface.dynamic_lightmaps.clear();
         });
+        brush->MarkDrawnChanged();
     }
     crTDestroyAll(TL_LIGHTMAP);
     world.lightmaps.clear();

@@ -23,4 +23,5 @@ public:
     virtual void UndoListsChanged() {}
     virtual void AIGroupsChanged() {}
     virtual void SettingsChanged() {}
+    virtual void TerrainToolChanged() {} // it came, went, or its values changed
 };

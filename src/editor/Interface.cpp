@@ -156,6 +156,7 @@ CompileOptions CInterface::MakeCompileOptions() const {
     options.clip_box = views.clip_box;
     options.threads = threads;
     options.face_observer = face_observer;
+    options.light_observer = light_observer;
     return options;
 }
 

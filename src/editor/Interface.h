@@ -59,6 +59,17 @@ enum StatusPane { PANE_POSITION = 3, PANE_SIZE = 5, PANE_COUNTS = 7, PANE_GRID =
 // Pages of the library window. The undo list stands on its own.
 enum LibraryTab { TAB_TEXTURE = 0, TAB_ENTITY = 1, TAB_PREFAB = 2, TAB_PREFERENCES = 4, TAB_AI = 5, TAB_UNDO = 6 };
 
+// What the texture page has chosen, for decals. Names as the material's definition has them; empty: none.
+struct TextureChoice {
+    std::string texture_class, texture_name;
+};
+
+// What a movie file makes of itself.
+enum MovieResult { MOVIE_OK = 0, MOVIE_NOT_OPENED = -1, MOVIE_WRONG_MAGIC = -2 };
+
+// Bits of the tracklist window in CInterface::flags.
+enum TrackFlag : uint32_t { TRACK_GRID = 1, TRACK_SNAP = 2 };
+
 // What the prefab page has chosen, for a brush of type BT_CUSTOM.
 struct PrefabChoice {
     bool brushes_selected = true; // a custom brush, else a prefab
@@ -95,6 +106,7 @@ public:
     bool store_settings = true;         // the destructor writes changed ones back
     int threads = 0;                    // of a compile; 0: all cores
     FaceObserver face_observer;         // sees the item buffers of a compile, when set
+    LightObserver light_observer;       // sees its brushes as they are lit, when set
     ProblemSolver problem_solver;       // the findings of the last compile
     std::vector<StageTime> stage_times; // of the last compile
     ActorDefGroups actor_def_groups;
@@ -153,7 +165,8 @@ public:
     void RedrawView(int view) override; // tells the listeners: they ask for DrawView when they are ready
     void RedrawAllViews() override;
     void RedrawOrthoViews();
-    void DrawView(int view); // into the view's part of the back buffer, and from there to the screen
+    void DrawView(int view);  // into the view's part of the back buffer, and from there to the screen
+    bool DrawScene(int view); // only into the back buffer, without caption and frame; false: nothing was drawn
     DrawContext MakeDrawContext(int view) const;
     void ChangeRenderMode();
 
@@ -227,8 +240,7 @@ public:
     // The net after a step that may have moved or deleted its brushes: rebuilt when it is out of step, gone when no
     // mode wants it.
     void SyncVertexNet();
-    BaseObject* FindPathOwner() const;            // whose paths the selection means; null if none
-    void ClearAnimation(uint32_t dont_delete_id); // the paths of all other objects, with their points
+    BaseObject* FindPathOwner() const; // whose paths the selection means; null if none
     void SelectRelevant(bool ignore_triggers);
 
     // --- Vertex mode (editor/InterfaceVertices.cpp)
@@ -238,6 +250,38 @@ public:
     D3DVECTOR GetCrossPlaneIntersection(POINT point);
     void MoveSOVertexInPerspective(POINT point);
     void SOVertexMove();
+
+    // --- Terrain tool (editor/InterfaceTerrain.cpp)
+    void EnableTerrainModifier(bool enable); // ES_TERRAIN and its window
+    void ModifyTerrain(POINT point, bool up);
+    void EndTerrainStroke();
+    void TurnTerrainWheel(bool more, bool of_intensity);      // one notch
+    void SetTerrainModifier(const TERRAIN_MODIFIER& changed); // held to what is possible
+    TERRAIN_MODIFIER terrain_modifier;
+
+    // --- Decals (editor/InterfaceDecals.cpp). All of them work in the perspective view.
+    void DecalLeftButton(bool shift, bool control, bool alt, POINT point);
+    void SetDecalColor(uint32_t rgb);
+    void ScaleDecal(int dx, int dy); // pixels
+    void RotateDecal(float degrees);
+    void DeleteDecals();
+
+    // --- Movies (editor/InterfaceMovie.cpp)
+    // MovieResult. What a wrong file holds is never half taken over; error is then a sentence with its name.
+    int LoadMovie(std::string_view name, std::string& error, bool replace = false); // replace: all other paths go
+    int LoadMovieForSelection(std::string_view name, std::string& error);
+    int SaveMovie(std::string_view name, std::string& error) const;
+    void ClearAnimation(uint32_t dont_delete_id); // the paths of all other objects, with their points
+    void ProcessAnimation();                      // while playing: the clock goes on
+    // Where the movie's camera stands at anim_time: of the selected camera, or of the camera whose points are selected.
+    struct MovieCamera {
+        D3DVECTOR position, target;
+        float roll = 0, fov = 90; // degrees
+    };
+    bool FindMovieCamera(MovieCamera& camera) const; // only while a movie is edited
+    D3DVECTOR EyePosition() const;                   // of what the perspective view shows
+    std::string m_last_track_name;                   // of the tracklist window
+    uint32_t flags = 0;                              // TrackFlag bits
 
     // --- Surveys (editor/LevelSurvey.cpp)
     void GetLevelSummary(std::string& text) const;
@@ -293,6 +337,7 @@ public:
     bool special_camera_rotation = false; // the perspective camera orbits a centre: its frame is green
     int selected_entity = -1;             // template of the next entity; -1: none
     PrefabChoice prefab_choice;
+    TextureChoice texture_choice;
     uint32_t traceing_id = NO_OBJECT_ID;
 
     // --- FrontEnd
@@ -333,7 +378,8 @@ private:
     void CollapseBox(Box& box) const; // on the mouse, in the view's two axes
     void DragBox(Box& box) const;     // its far sides to the mouse
     bool IsClick(const Box& box) const;
-    bool ChooseCustomBrush();
+    void ChooseCustomBrush();
+    void PlacePrefab();      // the chosen one, at the pivot of the new box
     void DeselectWithUndo(); // with full undo on, with a step
     BrushShape NewShape(uint32_t segments, const Box& box) const;
     void AddBrushToWorld(const BrushShape& shape);
@@ -358,6 +404,8 @@ private:
     void PlaceEntity();                                                           // of the chosen template
     Entity* PlacePathPoint(std::unique_ptr<Entity> point, bool from_movie_click); // null if none was placed
     void SelectWholePath(const Entity& point);
+    void EndOperation();    // of the mouse or a mode; the state is ES_IDLE
+    void ShowLoadedPaths(); // a refresh of all that shows the selection
     void UnmarkVertices();
     void UnmarkEdges();
     template <class IsHit>

@@ -84,13 +84,10 @@ void CInterface::ValidateBBox(Box& box) {
     box = MakeBox(min, max);
 }
 
-bool CInterface::ChooseCustomBrush() {
-    if (!prefab_choice.IsChosen())
-        return false;
+void CInterface::ChooseCustomBrush() {
     active_custom_brush = (prefab_choice.brushes_selected ? "Marrowstead\\Brushes\\" : "Marrowstead\\Prefabs\\") +
                           prefab_choice.directory + "\\" + prefab_choice.file +
                           (prefab_choice.brushes_selected ? ".msh" : ".mpf");
-    return prefab_choice.brushes_selected;
 }
 
 void CInterface::CreateBrush() {
@@ -103,12 +100,36 @@ void CInterface::CreateBrush() {
     selection_pivot = CreatePivot(selection_box);
     editor_state = ES_SELECTED;
     DeselectWithUndo();
-    if (active_brush_template == BT_CUSTOM && !ChooseCustomBrush())
-        return;
+    if (active_brush_template == BT_CUSTOM) {
+        if (!prefab_choice.IsChosen())
+            return;
+        ChooseCustomBrush();
+    }
     if (active_brush_template == BT_EXTRUDABLE) // chosen during the drag: it needs an outline
         UpdateSelectionBox();
+    else if (active_brush_template == BT_CUSTOM && !prefab_choice.brushes_selected)
+        PlacePrefab();
     else
         AddBrushToWorld(NewShape(active_brush_segments, selection_box));
+}
+
+// As one step, with or without full undo: a wrong prefab is nothing to delete object by object.
+void CInterface::PlacePrefab() {
+    std::string error;
+    if (world->PlacePrefab(active_custom_brush, selection_pivot, materials, *entity_parser, error)) {
+        auto creation = std::make_unique<CUndoActionCreate>();
+        for (const int b : world->brush_selection)
+            creation->AddObject(*world->brush[static_cast<size_t>(b)], *world);
+        for (const int e : world->entity_selection)
+            creation->AddObject(*world->entity[static_cast<size_t>(e)], *world);
+        world->AddUndoAction(std::move(creation));
+        MarkDirty();
+    } else
+        GetDesktop().Notice(error);
+    SelectionChanged();
+    UpdateSelectionBox();
+    SetSizeText();
+    RedrawAllViews();
 }
 
 void CInterface::DeselectWithUndo() {

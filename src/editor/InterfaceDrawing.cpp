@@ -61,19 +61,20 @@ DrawContext CInterface::MakeDrawContext(int view) const {
     context.vertex_mode = editor_state == ES_VERTEX || editor_state == ES_VERTEX_MOVE;
     context.selected_cross_vertex = selected_cross_vertex;
     context.selected_cross_edge = selected_cross_edge;
+    context.anim_time = anim_time;
     return context;
 }
 
-void CInterface::DrawView(int view) {
+bool CInterface::DrawScene(int view) {
     const VIEWINFO& vi = View(view);
     const RECT& rect = vi.window_rect;
     if (compilation_active || !world || !criGetFrontBuffer() || rect.Width() < LEAST_SIDE || rect.Height() < LEAST_SIDE)
-        return;
+        return false;
     const bool perspective = view == VIEW_PERSPECTIVE;
     crBgColor(static_cast<uint32_t>(perspective ? settings.bg_color_3D_view : settings.bg_color_vire_view) & 0xFFFFFF);
     crSetViewport(rect.left, rect.top, rect.Width(), rect.Height());
     if (crBeginFrame() != 0)
-        return;
+        return false;
     SetSamplers();
     if (!perspective) {
         const int step = vi.zoom_in == 1 ? grid_size / vi.zoom_out : vi.zoom_in * grid_size;
@@ -96,7 +97,19 @@ void CInterface::DrawView(int view) {
         RenderDragBox(context, CORDON_BOX_COLOR, views.cordon_box);
     if (clip_active)
         RenderDragBox(context, CLIP_BOX_COLOR, views.clip_box);
+    if (perspective && view == active_view && editor_state == ES_TERRAIN) {
+        DrawContext at_eye = context;
+        at_eye.camera_position = EyePosition();
+        world->RenderTerrainBrush(at_eye, terrain_modifier, last_position);
+    }
     crvD3DDevice->EndScene();
+    return true;
+}
+
+void CInterface::DrawView(int view) {
+    if (!DrawScene(view))
+        return;
+    const RECT& rect = View(view).window_rect;
     DrawCaption(rect, CAPTIONS[view]);
     if (view == active_view)
         DrawViewFrame(rect, special_camera_rotation ? ORBIT_FRAME_COLOR : FRAME_COLOR);

@@ -84,7 +84,7 @@ void CInterface::EndDragRecord() {
         return;
     if (editor_state == ES_EDIT && edit_state == 0 && !drag_record && tmp_move != D3DVECTOR{})
         world->AddUndoAction(std::make_unique<CUndoActionMove>(tmp_move, false));
-    if (editor_state == ES_ROTATE && tmp_rotate != 0)
+    if (editor_state == ES_ROTATE && !drag_record && tmp_rotate != 0)
         world->AddUndoAction(std::make_unique<CUndoActionRotate>(tmp_rotate, active_view));
     tmp_move = {};
     tmp_rotate = 0;
@@ -288,8 +288,14 @@ void CInterface::CancelByState() {
         ChangeCursor();
         RedrawAllViews();
         break;
-    case ES_PICK_TEXTURE:
     case ES_DECAL:
+        if (world->decal_selection.GetItemCount() > 0) {
+            world->decal_selection.ClearList();
+            RedrawView(VIEW_PERSPECTIVE);
+            break;
+        }
+        [[fallthrough]];
+    case ES_PICK_TEXTURE:
         editor_state = old_editor_state;
         ChangeCursor();
         break;
@@ -304,8 +310,11 @@ void CInterface::CancelByState() {
         CancelVertices();
         break;
     case ES_TERRAIN:
+        EndTerrainStroke();
         ResetEditorState();
         ChangeCursor();
+        RedrawView(VIEW_PERSPECTIVE);
+        Tell(&EditorListener::TerrainToolChanged);
         break;
     default:
         break;
@@ -409,6 +418,10 @@ void CInterface::Clone() {
 void CInterface::DeleteSelection() {
     if (editor_state == ES_VERTEX || editor_state == ES_VERTEX_MOVE)
         return;
+    if (editor_state == ES_DECAL) {
+        DeleteDecals();
+        return;
+    }
     EndDragRecord();
     if (settings.undo_states != 0 && world->selected_surface_brush == -1) {
         auto deleted = std::make_unique<CUndoActionDelete>();

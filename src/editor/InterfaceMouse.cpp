@@ -1,9 +1,17 @@
 // What the buttons and the moves of the mouse mean, by the state of the editor.
+#include <algorithm>
+
 #include "editor/Interface.h"
 
 namespace {
 
-bool Held(uint32_t flags, MouseFlag flag) { return (flags & flag) != 0; }
+bool Held(uint32_t held_keys, MouseFlag flag) { return (held_keys & flag) != 0; }
+
+// Then a step must bring back the decals that come off.
+bool CarriesDecals(const World& world) {
+    return std::any_of(world.brush_selection.begin(), world.brush_selection.end(),
+                       [&world](int b) { return !world.brush[static_cast<size_t>(b)]->decal_list.empty(); });
+}
 
 bool IsAltDown() { return GetDesktop().IsKeyDown(HeldKey::Alt); }
 
@@ -21,24 +29,28 @@ bool CInterface::CanEditBounds() const {
     return edit_cordon_bounds && active_view != VIEW_PERSPECTIVE && editor_state != ES_EDIT;
 }
 
-void CInterface::MouseLeftButtonDown(uint32_t flags, POINT point) {
+void CInterface::MouseLeftButtonDown(uint32_t held_keys, POINT point) {
     left_button_pressed = true;
     TakeButtonPress(point);
-    LeftButtonDown(flags, point);
+    LeftButtonDown(held_keys, point);
     SyncVertexNet();
 }
 
-void CInterface::LeftButtonDown(uint32_t flags, POINT point) {
-    const bool shift = Held(flags, MOUSE_SHIFT), control = Held(flags, MOUSE_CONTROL);
+void CInterface::LeftButtonDown(uint32_t held_keys, POINT point) {
+    const bool shift = Held(held_keys, MOUSE_SHIFT), control = Held(held_keys, MOUSE_CONTROL);
     const bool perspective = active_view == VIEW_PERSPECTIVE;
     if (editing_cordon_box)
         return;
-    if (CanEditBounds() && clip_active) {
+    if (perspective && editor_state == ES_TERRAIN && shift) {
+        ModifyTerrain(point, true);
+    } else if (perspective && editor_state == ES_DECAL) {
+        DecalLeftButton(shift, control, IsAltDown(), point);
+    } else if (CanEditBounds() && clip_active) {
         editing_clip_box = true;
         StartEditCordon(point);
     } else if (perspective && editor_state == ES_PICK_TEXTURE) {
         SetMatrices(VIEW_PERSPECTIVE);
-        world->PickTexture(point, views.perspective.camera_position);
+        world->PickTexture(point, EyePosition());
         editor_state = old_editor_state;
     } else if (!perspective && IsAltDown() && !GetDesktop().IsShiftDown()) {
         MoveCameraToMouse(point);
@@ -78,12 +90,16 @@ void CInterface::LeftButtonDownByState(bool shift, bool control, POINT point) {
     case ES_SELECTED:
         original_world_position = world_position;
         StartEdit(point);
+        if (edit_state == 0 && CarriesDecals(*world))
+            BeginDragRecord("Move objects.");
         break;
     case ES_EXTRUDABLE:
         NextExtrudableSegment();
         break;
     case ES_ROTATE_ARMED:
         tmp_rotate = 0;
+        if (CarriesDecals(*world))
+            BeginDragRecord("Rotate objects.");
         editor_state = ES_ROTATE;
         selection_box_active = false;
         break;
@@ -114,13 +130,15 @@ void CInterface::MoveCameraToMouse(POINT point) {
     RedrawAllViews();
 }
 
-void CInterface::MouseLeftButtonUp(uint32_t flags, POINT point) {
+void CInterface::MouseLeftButtonUp(uint32_t held_keys, POINT point) {
     left_button_pressed = false;
-    LeftButtonUp(flags, point);
+    if (!right_button_pressed)
+        EndTerrainStroke();
+    LeftButtonUp(held_keys, point);
     SyncVertexNet();
 }
 
-void CInterface::LeftButtonUp(uint32_t flags, POINT point) {
+void CInterface::LeftButtonUp(uint32_t held_keys, POINT point) {
     if (editing_clip_box) {
         editing_clip_box = false;
         const ChangeRecord record(*world, "Hide objects.", ChangeScope::AllObjects);
@@ -146,8 +164,10 @@ void CInterface::LeftButtonUp(uint32_t flags, POINT point) {
         break;
     case ES_ROTATE:
         editor_state = ES_ROTATE_ARMED;
-        world->AddUndoAction(std::make_unique<CUndoActionRotate>(tmp_rotate, active_view));
+        if (!drag_record)
+            world->AddUndoAction(std::make_unique<CUndoActionRotate>(tmp_rotate, active_view));
         tmp_rotate = 0;
+        EndDragRecord();
         selection_box_active = true;
         RedrawAllViews();
         break;
@@ -155,7 +175,7 @@ void CInterface::LeftButtonUp(uint32_t flags, POINT point) {
         MultiSelect(point, true, IsAltDown());
         break;
     case ES_VERTEX:
-        if (drag_box_active && Held(flags, MOUSE_SHIFT))
+        if (drag_box_active && Held(held_keys, MOUSE_SHIFT))
             SOVertexMultiSelect(point);
         else
             DropDragBox();
@@ -178,22 +198,27 @@ void CInterface::DropDragBox() {
 }
 
 void CInterface::FinishDrag() {
+    EndTerrainStroke();
     if (editor_state == ES_EDIT || editor_state == ES_ROTATE || editor_state == ES_VERTEX_MOVE)
         LeftButtonUp(0, last_position);
 }
 
 // Right button --------------------------------------------------------------------------------------------------------
 
-void CInterface::MouseRightButtonDown(uint32_t flags, POINT point) {
+void CInterface::MouseRightButtonDown(uint32_t held_keys, POINT point) {
     right_button_pressed = true;
     TakeButtonPress(point);
-    RightButtonDown(flags, point);
+    RightButtonDown(held_keys, point);
     SyncVertexNet();
 }
 
-void CInterface::RightButtonDown(uint32_t flags, POINT point) {
-    const bool shift = Held(flags, MOUSE_SHIFT), control = Held(flags, MOUSE_CONTROL);
+void CInterface::RightButtonDown(uint32_t held_keys, POINT point) {
+    const bool shift = Held(held_keys, MOUSE_SHIFT), control = Held(held_keys, MOUSE_CONTROL);
     const bool perspective = active_view == VIEW_PERSPECTIVE;
+    if (perspective && editor_state == ES_TERRAIN && shift) {
+        ModifyTerrain(point, false);
+        return;
+    }
     if (editing_clip_box)
         return;
     if (movie_editing && control && !shift) {
@@ -229,6 +254,8 @@ void CInterface::RightButtonDown(uint32_t flags, POINT point) {
 
 void CInterface::MouseRightButtonUp(uint32_t, POINT point) {
     right_button_pressed = false;
+    if (!left_button_pressed)
+        EndTerrainStroke();
     if (editing_cordon_box) {
         editing_cordon_box = false;
         RedrawOrthoViews();
@@ -253,6 +280,13 @@ void CInterface::MouseMoveByState(POINT point) {
     const bool perspective = active_view == VIEW_PERSPECTIVE;
     if (editing_cordon_box || editing_clip_box) {
         EditCordon();
+        return;
+    }
+    if (perspective && editor_state == ES_TERRAIN) {
+        if (left_button_pressed || right_button_pressed)
+            ModifyTerrain(point, left_button_pressed);
+        else
+            RedrawView(VIEW_PERSPECTIVE);
         return;
     }
     if (perspective && editor_state == ES_VERTEX) {

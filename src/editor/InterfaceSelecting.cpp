@@ -17,7 +17,7 @@ PickRequest CInterface::MakePickRequest(POINT point) const {
     request.view = active_view;
     request.additive = make_multi_selection;
     request.ignore_groups = ignore_groups;
-    request.camera_position = views.perspective.camera_position;
+    request.camera_position = EyePosition();
     request.world_position = GetWorldPositionAtPoint(active_view, point.x, point.y);
     request.filters = filters;
     request.multiple_entities = settings.multiple_entity_selection;
@@ -102,7 +102,7 @@ void CInterface::SelectSurface(POINT point) {
         ChangeRecord record(*world, "Select a surface.");
         if (!world->IsSomethingSelected())
             record.Discard(); // a surface alone is no step
-        world->SurfaceSelection(point, views.perspective.camera_position);
+        world->SurfaceSelection(point, EyePosition());
     }
     editor_state = ES_IDLE;
     shearing = false;
@@ -183,24 +183,6 @@ BaseObject* CInterface::FindPathOwner() const {
     Entity* selected = world->entity[static_cast<size_t>(e)].get();
     BaseObject* parent = BaseObject::GetObjectFromID(selected->path_parent_id);
     return parent ? parent : selected;
-}
-
-void CInterface::ClearAnimation(uint32_t dont_delete_id) {
-    std::vector<uint32_t> points;
-    const auto empty = [&](BaseObject& object) {
-        if (object.GetObjectID() == dont_delete_id)
-            return;
-        for (SimpleList<uint32_t>* list : {&object.path, &object.target_path}) {
-            points.insert(points.end(), list->begin(), list->end());
-            list->Reset();
-        }
-    };
-    for (const auto& b : world->brush)
-        empty(*b);
-    for (const auto& e : world->entity)
-        empty(*e);
-    for (const uint32_t id : points)
-        world->DeleteEntityByID(id);
 }
 
 Entity* CInterface::PlacePathPoint(std::unique_ptr<Entity> point, bool from_movie_click) {

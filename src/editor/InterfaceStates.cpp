@@ -85,7 +85,11 @@ void CInterface::SelectionChanged() {
 }
 
 void CInterface::SelectionRestored(bool something_selected) {
-    SetEditorState(something_selected ? ES_SELECTED : ES_IDLE);
+    const EditorState state = something_selected ? ES_SELECTED : ES_IDLE;
+    if (editor_state == ES_TERRAIN || editor_state == ES_DECAL)
+        old_editor_state = state; // the tool stays in the hand
+    else
+        SetEditorState(state);
     selection_box_active = something_selected;
     drag_box_active = false;
     mouse_release = true;

@@ -13,6 +13,7 @@ namespace {
 constexpr int LEAST_GRID = 1, MOST_GRID = 512;
 constexpr float METRES_A_UNIT = 0.015625f;
 constexpr float FIELD_OF_VIEW = 90.0f; // degrees
+constexpr float DEGREE = 0.017453292f; // radians
 constexpr float NEAR_PLANE = 10.0f, FAR_PLANE = 10000.0f;
 
 // A point of an orthographic view: right and down along the screen, world units.
@@ -233,13 +234,16 @@ void CInterface::SetMatrices(int view) {
     crMCurrent(CRM_WORLD);
     crMSetIdentity();
     if (view == VIEW_PERSPECTIVE) {
+        MovieCamera filming;
+        const bool films = FindMovieCamera(filming);
         crMCurrent(CRM_VIEW);
-        crMSet(CameraMatrix(vi.camera_position, vi.camera_rotation));
+        crMSet(films ? CameraMatrix(filming.position, filming.target, filming.roll * DEGREE)
+                     : CameraMatrix(vi.camera_position, vi.camera_rotation));
         crMCurrent(CRM_PROJ);
         crMSetIdentity();
         const RECT& c = vi.client_rect;
         const float aspect = c.right > 0 ? static_cast<float>(c.bottom) / static_cast<float>(c.right) : 1.0f;
-        crMProj(FIELD_OF_VIEW * DEGREE_TO_TURN * TWO_PI, aspect, NEAR_PLANE, FAR_PLANE);
+        crMProj((films ? filming.fov : FIELD_OF_VIEW) * DEGREE_TO_TURN * TWO_PI, aspect, NEAR_PLANE, FAR_PLANE);
     } else {
         crMCurrent(CRM_VIEW);
         crMSet(OrthographicView(view, vi.Scale()));

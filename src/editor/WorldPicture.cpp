@@ -1,36 +1,71 @@
-#include "Picture3D.h"
+#include "editor/WorldPicture.h"
 
 #include <algorithm>
 #include <cmath>
 
+#include "definitions/MaterialLibrary.h"
+#include "render/Textures.h"
 #include "scene/Brush.h"
 #include "scene/World.h"
+
+std::vector<Texels> LoadTextures(const WorldFile& world) {
+    std::vector<Texels> textures;
+    for (const WorldMaterial& material : world.materials) {
+        Texels& texels = textures.emplace_back();
+        MaterialProperties properties;
+        if (!ParseMaterialScript(material.material_class, material.material_name, properties))
+            continue;
+        const uint32_t handle = crTGet("Textures\\" + properties.texture_class, properties.texture_name, TL_MATERIAL);
+        uint32_t width = 0, height = 0;
+        if (crTReadPixels(handle, texels.argb, width, height)) {
+            texels.width = static_cast<int>(width);
+            texels.height = static_cast<int>(height);
+        }
+    }
+    return textures;
+}
 
 static constexpr float NEAR_PLANE = 2.0f;
 static const D3DVECTOR GREY{0.6f, 0.6f, 0.6f};
 
-Picture3D::Picture3D(int w, int h, const Camera& camera)
-    : width(w), height(h), from(camera.position), scale(static_cast<float>(w) / 2 / std::tan(camera.fov / 2)),
-      depth(static_cast<size_t>(w) * static_cast<size_t>(h), 0.0f), color(depth.size(), D3DVECTOR{0.05f, 0.07f, 0.1f}) {
-    const float ce = std::cos(camera.elevation);
-    front = {std::sin(camera.azimuth) * ce, std::sin(camera.elevation), std::cos(camera.azimuth) * ce};
-    right = {std::cos(camera.azimuth), 0, -std::sin(camera.azimuth)};
-    up = CrossProduct(front, right);
+D3DVECTOR DirectionOf(float elevation, float azimuth) {
+    const float across = std::cos(elevation);
+    return {std::sin(azimuth) * across, std::sin(elevation), std::cos(azimuth) * across};
 }
 
-Picture3D::Vertex Picture3D::ToView(const D3DVECTOR& p) const {
+WorldPicture::WorldPicture(int w, int h, const PictureCamera& camera)
+    : width(w), height(h), from(camera.position), front(camera.direction),
+      scale(static_cast<float>(w) / 2 / std::tan(camera.fov / 2)),
+      depth(static_cast<size_t>(w) * static_cast<size_t>(h), 0.0f), color(depth.size(), D3DVECTOR{0.05f, 0.07f, 0.1f}) {
+    if (Magnitude(front) == 0)
+        front = {0, 0, 1};
+    const D3DVECTOR flat{front.z, 0, -front.x};
+    const D3DVECTOR level = Magnitude(flat) == 0 ? D3DVECTOR{1, 0, 0} : NormalizeOrZero(flat),
+                    upright = CrossProduct(front, level);
+    const float c = std::cos(camera.roll), s = std::sin(camera.roll);
+    right = level * c - upright * s;
+    up = level * s + upright * c;
+}
+
+WorldPicture::Vertex WorldPicture::ToView(const D3DVECTOR& p) const {
     const D3DVECTOR d = p - from;
     Vertex vertex;
     vertex.view = {DotProduct(d, right), DotProduct(d, up), DotProduct(d, front)};
     return vertex;
 }
 
-void Picture3D::Draw(const WorldFile& world, const std::vector<Texels>& textures) {
+void WorldPicture::Draw(const WorldFile& world, const std::vector<Texels>& textures) {
     for (bool transparent : {false, true})
         for (const WorldBrush& brush : world.brushes)
             if (brush.type != BT_PORTAL && brush.type != BT_OCCLUDER)
                 for (const WorldSurface& surface : brush.surfaces)
                     DrawSurface(brush, surface, world, textures, transparent);
+}
+
+static D3DVECTOR Rgb24(uint32_t word) {
+    return D3DVECTOR{static_cast<float>(word >> 16 & 255), static_cast<float>(word >> 8 & 255),
+                     static_cast<float>(word & 255)} /
+           255.0f;
 }
 
 // The mesh of a surface; a curved one is tessellated as the game does it.
@@ -60,8 +95,8 @@ static WorldSurface Tessellated(const WorldSurface& surface) {
     return mesh;
 }
 
-void Picture3D::DrawSurface(const WorldBrush& brush, const WorldSurface& surface, const WorldFile& world,
-                            const std::vector<Texels>& textures, bool transparent) {
+void WorldPicture::DrawSurface(const WorldBrush& brush, const WorldSurface& surface, const WorldFile& world,
+                               const std::vector<Texels>& textures, bool transparent) {
     const int material = surface.texture.index;
     if (material < 1 || static_cast<size_t>(material) > textures.size())
         return;
@@ -70,30 +105,41 @@ void Picture3D::DrawSurface(const WorldBrush& brush, const WorldSurface& surface
         std::any_of(texture.argb.begin(), texture.argb.end(), [](uint32_t t) { return t >> 24 != 255; });
     if (has_alpha != transparent)
         return;
-    const WorldSurface mesh = Tessellated(surface);
-    const auto page = static_cast<size_t>(surface.lightmap.lightmap);
-    const bool lit = brush.type != BT_CUSTOM && page < world.lightmap_pages.size();
-    const Paint paint{&texture, lit ? &world.lightmap_pages[page] : nullptr, transparent};
+    const WorldSurface tessellated = Tessellated(surface);
+    PictureMesh mesh{tessellated.vertices, tessellated.uv, tessellated.lightmap_uv, tessellated.colors,
+                     tessellated.triangles};
+    for (UVVector& light : mesh.light)
+        light = {surface.lightmap.u_start + light.u * surface.lightmap.u_size,
+                 surface.lightmap.v_start + light.v * surface.lightmap.v_size};
+    LightTexels lightmap;
+    if (const auto page = static_cast<size_t>(surface.lightmap.lightmap);
+        brush.type != BT_CUSTOM && page < world.lightmap_pages.size())
+        lightmap = {LIGHTMAP_PAGE_SIDE, LIGHTMAP_PAGE_SIDE, world.lightmap_pages[page].data()};
+    DrawMesh(mesh, texture, lightmap, transparent);
+}
+
+void WorldPicture::DrawMesh(const PictureMesh& mesh, const Texels& texture, const LightTexels& lightmap,
+                            bool transparent) {
     std::vector<Vertex> vertices;
     for (size_t v = 0; v < mesh.vertices.size(); ++v) {
         Vertex& vertex = vertices.emplace_back(ToView(mesh.vertices[v]));
         vertex.uv = v < mesh.uv.size() ? mesh.uv[v] : UVVector{};
-        if (v < mesh.lightmap_uv.size())
-            vertex.light = {surface.lightmap.u_start + mesh.lightmap_uv[v].u * surface.lightmap.u_size,
-                            surface.lightmap.v_start + mesh.lightmap_uv[v].v * surface.lightmap.v_size};
+        if (v < mesh.light.size())
+            vertex.light = mesh.light[v];
         if (v < mesh.colors.size())
-            vertex.tint = {static_cast<float>(mesh.colors[v] >> 16 & 255) / 255,
-                           static_cast<float>(mesh.colors[v] >> 8 & 255) / 255,
-                           static_cast<float>(mesh.colors[v] & 255) / 255};
+            vertex.tint = Rgb24(mesh.colors[v]);
     }
+    const Paint paint{&texture, lightmap, transparent};
     for (const TRIANGLE& triangle : mesh.triangles) {
+        if (std::any_of(triangle.i.begin(), triangle.i.end(), [&](uint16_t i) { return i >= vertices.size(); }))
+            continue;
         const Vertex corners[3] = {vertices[triangle.i[0]], vertices[triangle.i[1]], vertices[triangle.i[2]]};
         DrawTriangle(corners, paint);
     }
 }
 
 // Cuts the triangle at the near plane and draws what is left as a fan.
-void Picture3D::DrawTriangle(const Vertex* corners, const Paint& paint) {
+void WorldPicture::DrawTriangle(const Vertex* corners, const Paint& paint) {
     std::vector<Vertex> polygon;
     for (int k = 0; k < 3; ++k) {
         const Vertex &a = corners[k], &b = corners[(k + 1) % 3];
@@ -116,37 +162,29 @@ void Picture3D::DrawTriangle(const Vertex* corners, const Paint& paint) {
 
 static float Fraction(float value) { return value - std::floor(value); }
 
-static D3DVECTOR Rgb24(uint32_t word) {
-    return D3DVECTOR{static_cast<float>(word >> 16 & 255), static_cast<float>(word >> 8 & 255),
-                     static_cast<float>(word & 255)} /
-           255.0f;
-}
-
 static uint32_t Texel(const Texels& texture, const UVVector& uv) {
     const int x = std::min(static_cast<int>(Fraction(uv.u) * static_cast<float>(texture.width)), texture.width - 1);
     const int y = std::min(static_cast<int>(Fraction(uv.v) * static_cast<float>(texture.height)), texture.height - 1);
     return texture.argb[static_cast<size_t>(y) * static_cast<size_t>(texture.width) + static_cast<size_t>(x)];
 }
 
-// Bilinear, clamped to the page.
-static D3DVECTOR PageColor(const std::vector<uint8_t>& page, const UVVector& uv) {
-    constexpr int side = LIGHTMAP_PAGE_SIDE;
-    const float x = uv.u * side - 0.5f, y = uv.v * side - 0.5f;
+// Bilinear, clamped to the edges.
+static D3DVECTOR LightColor(const LightTexels& map, const UVVector& uv) {
+    const float x = uv.u * static_cast<float>(map.width) - 0.5f, y = uv.v * static_cast<float>(map.height) - 0.5f;
     const int x0 = static_cast<int>(std::floor(x)), y0 = static_cast<int>(std::floor(y));
     const float fx = x - static_cast<float>(x0), fy = y - static_cast<float>(y0);
-    const auto at = [&page](int px, int py) {
-        const size_t k = (static_cast<size_t>(std::clamp(py, 0, side - 1)) * side +
-                          static_cast<size_t>(std::clamp(px, 0, side - 1))) *
-                         3;
-        return D3DVECTOR{static_cast<float>(page[k + 2]), static_cast<float>(page[k + 1]),
-                         static_cast<float>(page[k])} /
+    const auto at = [&map](int px, int py) {
+        const uint8_t* texel = map.bytes + (static_cast<ptrdiff_t>(std::clamp(py, 0, map.height - 1)) * map.width +
+                                            std::clamp(px, 0, map.width - 1)) *
+                                               3;
+        return D3DVECTOR{static_cast<float>(texel[2]), static_cast<float>(texel[1]), static_cast<float>(texel[0])} /
                255.0f;
     };
     return (at(x0, y0) * (1 - fx) + at(x0 + 1, y0) * fx) * (1 - fy) +
            (at(x0, y0 + 1) * (1 - fx) + at(x0 + 1, y0 + 1) * fx) * fy;
 }
 
-void Picture3D::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, const Paint& paint) {
+void WorldPicture::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, const Paint& paint) {
     const Vertex* corner[3] = {&a, &b, &c};
     float x[3], y[3], w[3];
     for (int k = 0; k < 3; ++k) {
@@ -179,9 +217,9 @@ void Picture3D::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, con
             const float p0 = l0 * w[0] / inverse, p1 = l1 * w[1] / inverse, p2 = l2 * w[2] / inverse;
             const UVVector uv{a.uv.u * p0 + b.uv.u * p1 + c.uv.u * p2, a.uv.v * p0 + b.uv.v * p1 + c.uv.v * p2};
             D3DVECTOR light = a.tint * p0 + b.tint * p1 + c.tint * p2;
-            if (paint.page)
-                light = PageColor(*paint.page, {a.light.u * p0 + b.light.u * p1 + c.light.u * p2,
-                                                a.light.v * p0 + b.light.v * p1 + c.light.v * p2});
+            if (paint.lightmap.bytes)
+                light = LightColor(paint.lightmap, {a.light.u * p0 + b.light.u * p1 + c.light.u * p2,
+                                                    a.light.v * p0 + b.light.v * p1 + c.light.v * p2});
             const bool textured = paint.texture->width > 0;
             const uint32_t texel = textured ? Texel(*paint.texture, uv) : 0xFF000000;
             const D3DVECTOR base = textured ? Rgb24(texel) : GREY;
@@ -196,7 +234,7 @@ void Picture3D::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, con
         }
 }
 
-std::vector<uint8_t> Picture3D::Rgb() const {
+std::vector<uint8_t> WorldPicture::Rgb() const {
     std::vector<uint8_t> rgb;
     rgb.reserve(color.size() * 3);
     for (const D3DVECTOR& c : color)

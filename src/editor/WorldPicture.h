@@ -8,12 +8,14 @@
 
 #include "persistence/WorldFile.h"
 
-struct Camera {
+struct PictureCamera {
     D3DVECTOR position;
-    float elevation = 0; // radians, up is positive
-    float azimuth = 0;   // radians from +z towards +x
-    float fov = 1.4f;    // radians, of the width
+    D3DVECTOR direction{0, 0, 1}; // a unit vector
+    float roll = 0;               // radians
+    float fov = 1.4f;             // radians, of the width
 };
+// elevation: up is positive; azimuth: from +z towards +x; radians.
+D3DVECTOR DirectionOf(float elevation, float azimuth);
 
 // Texels 0xAARRGGBB, rows from the top.
 struct Texels {
@@ -21,12 +23,31 @@ struct Texels {
     std::vector<uint32_t> argb;
 };
 
-class Picture3D {
+// Of each material of the world, by its script and the mounted libraries.
+std::vector<Texels> LoadTextures(const WorldFile& world);
+
+// A lightmap: three bytes a texel, blue, green, red; rows from the top.
+struct LightTexels {
+    int width = 0, height = 0;
+    const uint8_t* bytes = nullptr;
+};
+
+struct PictureMesh {
+    std::vector<D3DVECTOR> vertices;
+    std::vector<UVVector> uv, light; // light: 0 to 1 over the lightmap
+    std::vector<uint32_t> colors;    // 0x00RRGGBB, in place of a lightmap; may be empty
+    std::vector<TRIANGLE> triangles;
+};
+
+class WorldPicture {
 public:
-    Picture3D(int w, int h, const Camera& camera);
+    WorldPicture(int w, int h, const PictureCamera& camera);
 
     // textures: one of each material, number 1 first; an empty one draws grey.
     void Draw(const WorldFile& world, const std::vector<Texels>& textures);
+    // Into what is drawn already. lightmap: none when its bytes are null. transparent: blended, behind all others in
+    // the order of drawing.
+    void DrawMesh(const PictureMesh& mesh, const Texels& texture, const LightTexels& lightmap, bool transparent);
     std::vector<uint8_t> Rgb() const; // three bytes a pixel
 
 private:
@@ -37,7 +58,7 @@ private:
     };
     struct Paint {
         const Texels* texture;
-        const std::vector<uint8_t>* page; // null: no lightmap
+        LightTexels lightmap;
         bool transparent;
     };
 

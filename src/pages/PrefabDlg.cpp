@@ -5,9 +5,11 @@
 #include "editor/Interface.h"
 #include "files/ChunkFile.h"
 #include "files/FileFind.h"
+#include "files/FileObject.h"
 #include "foundation/Paths.h"
 #include "foundation/Strings.h"
 #include "pages/Thumbnails.h"
+#include "persistence/WriteError.h"
 
 namespace {
 
@@ -148,6 +150,22 @@ std::optional<PrefabToSave> PrefabDlg::AskSave() const {
     }
     return PrefabToSave{Join(Join(PREFAB_FOLDER, GetSelectedDirectory()), question.fields[0].value + ".mpf"),
                         question.fields[1].value};
+}
+
+void PrefabDlg::Save() {
+    const std::optional<PrefabToSave> asked = AskSave();
+    if (!asked)
+        return;
+    if (FileObject::FileExists(asked->path) &&
+        GetDesktop().MessageBox("A prefab of this name exists already. Overwrite?", "Marrowstead 2000",
+                                MessageButtons::YesNo) != MessageAnswer::Yes)
+        return;
+    std::string error;
+    if (!editor.world->IsSomethingSelected())
+        GetDesktop().Notice("Nothing is selected: a prefab is made from the selection");
+    else if (!editor.world->SavePrefab(asked->path, asked->description, error))
+        ShowWriteError(error);
+    Refresh();
 }
 
 void PrefabDlg::MakeDirectory() {

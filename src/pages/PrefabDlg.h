@@ -55,6 +55,7 @@ public:
     bool CanSave() const { return buttons_enabled; } // the save and the make-directory button
     // Asks for a name and a description. Nothing after Cancel, an empty name, or without a prefab directory.
     std::optional<PrefabToSave> AskSave() const;
+    void Save();          // the selection, as asked; what goes wrong is told
     void MakeDirectory(); // asks for its name
     void Refresh();
 

@@ -186,6 +186,7 @@ bool RebuildBrush(CInterface& editor) {
     b.GenerateTextureSpaces();
     b.RemapAll();
     b.SurfaceLight();
+    b.ReplaceDecals();
     editor.RefreshSelectionBox();
     editor.MarkDirty();
     editor.RedrawAllViews();

@@ -144,8 +144,13 @@ std::vector<MaterialItem> TextureDlg::ListUsed() {
 void TextureDlg::RefreshClass() {
     editor.materials.RefreshClass(selected_class);
     texture_size.clear();
-    if (!editor.materials.MaterialExist(material_class, material_name))
+    MaterialNames found;
+    if (editor.materials.FindMaterial(material_class.c_str(), material_name, found))
+        editor.texture_choice = {found.texture_class, found.texture_name};
+    else {
         material_class = material_name = {};
+        editor.texture_choice = {};
+    }
 }
 
 void TextureDlg::ReloadTextures() {
@@ -170,6 +175,7 @@ bool TextureDlg::SetMaterial(std::string_view name_of_class, std::string_view na
         return false;
     material_class = selected_class = found.material_class;
     material_name = found.material_name;
+    editor.texture_choice = {found.texture_class, found.texture_name};
     return true;
 }
 

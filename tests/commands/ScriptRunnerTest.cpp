@@ -38,7 +38,6 @@ TEST_F(ScriptData, WrongLinesEndTheRunWithTheirNumber) {
     const std::pair<const char*, const char*> cases[] = {
         {"jump", "\"jump\" is no word"},
         {"command OnNothing", "no command \"OnNothing\""},
-        {"command OnToolsTrackedit", "not available"},
         {"key Ctrl+F12", "has no command"},
         {"key Hyper", "no key"},
         {"key Ctrl+Z 0", "number of presses"},

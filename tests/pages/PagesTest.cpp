@@ -76,6 +76,30 @@ TEST_F(PrefabPageTest, RefreshKeepsTheChoiceByName) {
     EXPECT_FALSE(page.CanSave());
 }
 
+TEST_F(PrefabPageTest, SavesTheSelectionAndAsksBeforeItOverwrites) {
+    std::filesystem::create_directories("Marrowstead/Prefabs/rooms");
+    PrefabDlg& page = pages->prefab;
+    page.Refresh();
+    page.SelectDirectory(false, 0);
+    const auto save = [&] {
+        desktop.form_answers.push_back({{0, "tower"}, {1, "high"}});
+        page.Save();
+        return ReadBytes("Marrowstead/Prefabs/rooms/tower.mpf");
+    };
+    EXPECT_EQ(save(), "") << "nothing is selected";
+    ASSERT_EQ(desktop.notices.size(), 1u);
+    editor->world->CreateBrush({});
+    const std::string first = save();
+    EXPECT_NE(first, "");
+    ASSERT_TRUE(page.Select(false, "rooms", "tower")) << "listed at once";
+    EXPECT_EQ(page.m_desc, "high");
+    editor->world->CreateBrush({});
+    desktop.answers.push_back(MessageAnswer::No);
+    EXPECT_EQ(save(), first);
+    desktop.answers.push_back(MessageAnswer::Yes);
+    EXPECT_NE(save(), first);
+}
+
 TEST_F(PrefabPageTest, AsksForNames) {
     WriteBytes("Marrowstead/Prefabs/rooms/hall.mpf", "");
     PrefabDlg& page = pages->prefab;

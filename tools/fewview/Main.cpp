@@ -2,32 +2,12 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "Picture3D.h"
-#include "definitions/MaterialLibrary.h"
 #include "editor/Application.h"
+#include "editor/WorldPicture.h"
 #include "files/Png.h"
 #include "foundation/Options.h"
-#include "foundation/Strings.h"
-#include "render/Textures.h"
 
 static constexpr int EXIT_BAD_FILE = 1, EXIT_NOT_SAVED = 4;
-
-static std::vector<Texels> LoadTextures(const WorldFile& world) {
-    std::vector<Texels> textures;
-    for (const WorldMaterial& material : world.materials) {
-        Texels& texels = textures.emplace_back();
-        MaterialProperties properties;
-        if (!ParseMaterialScript(material.material_class, material.material_name, properties))
-            continue;
-        const uint32_t handle = crTGet("Textures\\" + properties.texture_class, properties.texture_name, TL_MATERIAL);
-        uint32_t width = 0, height = 0;
-        if (crTReadPixels(handle, texels.argb, width, height)) {
-            texels.width = static_cast<int>(width);
-            texels.height = static_cast<int>(height);
-        }
-    }
-    return textures;
-}
 
 int main(int argc, char** argv) {
     std::string file, picture_file, data_folder;
@@ -58,8 +38,9 @@ int main(int argc, char** argv) {
         return EXIT_BAD_FILE;
     }
     CMarrowstead2App::MountLibraries();
-    Picture3D picture(size[0], size[1],
-                      {{camera_values[0], camera_values[1], camera_values[2]}, camera_values[3], camera_values[4]});
+    WorldPicture picture(
+        size[0], size[1],
+        {{camera_values[0], camera_values[1], camera_values[2]}, DirectionOf(camera_values[3], camera_values[4])});
     picture.Draw(world, LoadTextures(world));
     if (!WritePng(picture_file, size[0], size[1], picture.Rgb())) {
         std::fprintf(stderr, "\"%s\" cannot be written\n", picture_file.c_str());

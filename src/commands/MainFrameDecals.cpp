@@ -1,0 +1,11 @@
+#include "commands/MainFrame.h"
+
+void CMainFrame::OnDecals() {
+    if (interface.editor_state == ES_DECAL) {
+        interface.Cancel();
+        return;
+    }
+    interface.FinishDrag();
+    interface.SetEditorState(ES_DECAL);
+    interface.ChangeCursor();
+}
