@@ -118,7 +118,7 @@ static void BuildWorkshop(LevelBuilder& level) {
         BrushShape lamp;
         lamp.type = BT_CUSTOM;
         lamp.view = 1;
-        lamp.custom = "Marrowstead\\Brushes\\lamp.msh";
+        lamp.custom = "Marrowstead\\Brushes\\lights\\lamp.msh";
         lamp.bb = MakeBox({-100, 120, z - 12}, {-76, 150, z + 12});
         lamp.pivot = {-88, 135, z};
         level.AddShape(lamp, {"brushes", "lamp_iron"});

@@ -56,10 +56,10 @@ public:
     // A lamp body under a light, lit by the light's own colour.
     void AddLamp(Entity* light, const char* name);
 
+    void Paint(Brush& brush, const Finish& finish);
     bool Failed() const { return failed; }
 
 private:
-    void Paint(Brush& brush, const Finish& finish);
     void AddWall(const Room& room, Side side);
     void AddWallPiece(const Room& room, Side side, float from, float to, float bottom, float top);
 

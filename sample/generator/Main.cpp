@@ -26,16 +26,16 @@ int main(int argc, char** argv) {
     if (failure)
         return Fail(std::string("\"") + argv[1] + "\" cannot be made: " + failure.message());
     for (const char* folder :
-         {"Data", "Addons", "Maps", "Marrowstead/Projects", "Marrowstead/Brushes", "Marrowstead/Prefabs"})
+         {"Data", "Addons", "Maps", "Marrowstead/Projects", "Marrowstead/Brushes", "Marrowstead/Prefabs", "Anim"})
         std::filesystem::create_directories(folder, failure);
     std::string error;
-    if (!MakeTextures() || !MakeMeshes())
+    if (!MakeTextures() || !MakeDownsPictures() || !MakeMeshes())
         return Fail("a picture or mesh cannot be written");
     if (!MakeLibraries(error))
         return Fail(error);
     for (const char* library : {"Data\\base.fs", "Addons\\restored.fs"})
         FileObject::AddFileLibrary(library, 0);
-    if (!MakeLevel(error) || !MakePriory(error))
+    if (!MakeLevel(error) || !MakePriory(error) || !MakeDowns(error))
         return Fail(error);
     SetDesktop(nullptr);
     return 0;

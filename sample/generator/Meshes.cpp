@@ -1,7 +1,9 @@
 // The meshes of the sample: bodies of revolution with few corners.
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
+#include "Canvas.h"
 #include "Sample.h"
 #include "files/ChunkFile.h"
 #include "foundation/Paths.h"
@@ -12,7 +14,7 @@ struct ProfilePoint {
     float radius, height;
 };
 
-struct MeshPart {
+struct TurnedPart {
     std::string name, material;
     std::vector<D3DVECTOR> vertices, normals;
     std::vector<UVVector> uv;
@@ -20,9 +22,9 @@ struct MeshPart {
 };
 
 // The profile turned about the y axis; corners of each quad have a normal of their own, so edges stay sharp.
-static MeshPart Turn(const std::string& name, const std::string& material, const std::vector<ProfilePoint>& profile,
-                     int corners) {
-    MeshPart part{name, material, {}, {}, {}, {}};
+static TurnedPart Turn(const std::string& name, const std::string& material, const std::vector<ProfilePoint>& profile,
+                       int corners) {
+    TurnedPart part{name, material, {}, {}, {}, {}};
     const auto point = [corners](const ProfilePoint& p, int k) {
         const float angle = TWO_PI * static_cast<float>(k % corners) / static_cast<float>(corners);
         return D3DVECTOR{p.radius * std::cos(angle), p.height, p.radius * std::sin(angle)};
@@ -44,13 +46,13 @@ static MeshPart Turn(const std::string& name, const std::string& material, const
     return part;
 }
 
-static bool WriteMesh(const std::string& path, const std::vector<MeshPart>& parts) {
+static bool WriteParts(const std::string& path, const std::vector<TurnedPart>& parts) {
     MakeFolders(RealPath(path).parent_path().string());
     UChunkFile file(path, CFM_Create);
     file.CreateChunk("system", 0);
     file.WriteString("made for the sample");
     for (size_t k = 0; k < parts.size(); ++k) {
-        const MeshPart& part = parts[k];
+        const TurnedPart& part = parts[k];
         file.CreateChunk(part.name, static_cast<uint32_t>(k + 1));
         const int32_t info[4] = {4, static_cast<int32_t>(part.vertices.size()),
                                  static_cast<int32_t>(part.triangles.size()), 0};
@@ -66,6 +68,29 @@ static bool WriteMesh(const std::string& path, const std::vector<MeshPart>& part
     return file.CloseChunk() && file.CloseChunkFile();
 }
 
+// A profile seen from the side, as the prefab page shows it.
+static bool PaintThumbnail(const std::string& path, const std::vector<ProfilePoint>& profile) {
+    constexpr int SIDE = 64;
+    float low = profile.front().height, high = profile.back().height;
+    Canvas canvas(SIDE, SIDE);
+    canvas.Paint([&](float u, float v) {
+        const float margin = 0.08f, height = high - (v - margin) / (1 - 2 * margin) * (high - low);
+        const float x = (u - 0.5f) * (high - low) / (1 - 2 * margin);
+        for (size_t k = 0; k + 1 < profile.size(); ++k) {
+            const ProfilePoint &a = profile[k], &b = profile[k + 1];
+            if (height < a.height || height > b.height || a.height == b.height)
+                continue;
+            const float radius = a.radius + (b.radius - a.radius) * (height - a.height) / (b.height - a.height);
+            if (std::fabs(x) > radius)
+                continue;
+            const float shade = 0.35f + 0.6f * std::sqrt(std::max(0.0f, 1 - x * x / (radius * radius)));
+            return Pixel{shade, shade * 0.95f, shade * 0.85f, 1};
+        }
+        return Pixel{0, 0, 0, 0};
+    });
+    return canvas.SaveTarga(path, 32);
+}
+
 bool MakeMeshes() {
     const std::vector<ProfilePoint> lantern = {{0, -14}, {9, -12}, {10, -8}, {7, -6},
                                                {7, 6},   {11, 9},  {4, 14},  {0, 16}};
@@ -73,9 +98,12 @@ bool MakeMeshes() {
     const std::vector<ProfilePoint> figure = {{16, 34}, {12, 60}, {14, 78}, {6, 84}, {8, 92}, {0, 100}};
     const std::vector<ProfilePoint> body = {{12, 0}, {14, 36}, {6, 56}, {0, 58}};
     const std::vector<ProfilePoint> head = {{0, 56}, {7, 60}, {7, 68}, {0, 72}};
-    return WriteMesh("Marrowstead\\Brushes\\lamp.msh", {Turn("lamp", "lamp_iron", lantern, 8)}) &&
-           WriteMesh("entities_meshes\\statue.msh",
-                     {Turn("pedestal", "stone", pedestal, 4), Turn("figure", "stone", figure, 10)}) &&
-           WriteMesh("Models\\actors\\guard.msh",
-                     {Turn("body", "guard_body", body, 10), Turn("head", "guard_head", head, 8)});
+    return PaintThumbnail("Marrowstead\\Brushes\\lights\\lamp_th.tga", lantern) &&
+           PaintThumbnail("Marrowstead\\Brushes\\stones\\pedestal_th.tga", pedestal) &&
+           WriteParts("Marrowstead\\Brushes\\stones\\pedestal.msh", {Turn("pedestal", "lamp_iron", pedestal, 12)}) &&
+           WriteParts("Marrowstead\\Brushes\\lights\\lamp.msh", {Turn("lamp", "lamp_iron", lantern, 8)}) &&
+           WriteParts("entities_meshes\\statue.msh",
+                      {Turn("pedestal", "stone", pedestal, 4), Turn("figure", "stone", figure, 10)}) &&
+           WriteParts("Models\\actors\\guard.msh",
+                      {Turn("body", "guard_body", body, 10), Turn("head", "guard_head", head, 8)});
 }

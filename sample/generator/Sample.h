@@ -16,3 +16,7 @@ bool MakeLevel(std::string& error);
 // The level "Marrowstead\Projects\priory.msp", divided into cells by portals and eyes, and its broken twin
 // "priory-broken.msp", which shows each kind of problem.
 bool MakePriory(std::string& error);
+// The level "Marrowstead\Projects\downs.msp": terrain, decals, cables, with the prefab "yard\signpost", the movie
+// "Anim\flight.mvi" and its tracklist. The pictures come first: the height map and the decals.
+bool MakeDownsPictures();
+bool MakeDowns(std::string& error);

@@ -1,0 +1,103 @@
+// The windows of terrain and tracklists, driven as a person would.
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSpinBox>
+
+#include "desktop/LightPreviewWidget.h"
+#include "desktop/TerrainWindows.h"
+#include "desktop/TracksWindow.h"
+#include "desktop/WindowSetup.h"
+
+class LevelWindowsTest : public WindowsTest {};
+
+TEST_F(LevelWindowsTest, TheTerrainGeneratorSaysWhatWillComeAndStaysUntilItCan) {
+    WriteBytes("Textures/hill.tga", TargaBytes(4, 4, 8));
+    TerrainDlg page(*editor);
+    TerrainDialog dialog(page, nullptr);
+    dialog.show();
+    const QList<QSpinBox*> fields = dialog.findChildren<QSpinBox*>(); // size x, y, z, segments x, z, detail
+    ASSERT_EQ(fields.size(), 6);
+    const auto says = [&dialog](const QString& text) {
+        const QList<QLabel*> labels = dialog.findChildren<QLabel*>();
+        return std::any_of(labels.begin(), labels.end(), [&](const QLabel* l) { return l->text().contains(text); });
+    };
+    EXPECT_TRUE(says("64 brushes of 9 by 9 vertices")) << "8192 / 8 / 128 cells";
+    fields[5]->setValue(2000);
+    EXPECT_FALSE(says("brushes of")) << "a segment of 1024 has no cell of 2000";
+    fields[0]->setValue(200);
+    fields[2]->setValue(100);
+    fields[3]->setValue(2);
+    fields[4]->setValue(1);
+    fields[5]->setValue(50);
+    EXPECT_TRUE(says("2 brushes of 3 by 3 vertices"));
+    Press(dialog, "OK");
+    EXPECT_TRUE(dialog.isVisible());
+    ASSERT_EQ(desktop.boxes.size(), 1u);
+    EXPECT_EQ(desktop.boxes[0].text, "You must select a heightmap first");
+    ASSERT_TRUE(page.SetHeightmap("Textures\\hill.tga"));
+    Press(dialog, "OK");
+    EXPECT_FALSE(dialog.isVisible());
+    ASSERT_EQ(editor->world->GetBrushCount(), 2);
+    EXPECT_EQ(editor->world->brush[0]->terrain_vertex_size, (SIZE{3, 3}));
+}
+
+TEST_F(LevelWindowsTest, TheToolsWindowWritesAndFollowsAndLeavesTheTool) {
+    TerrainToolWindow window(*frame, nullptr);
+    editor->EnableTerrainModifier(true);
+    window.show();
+    auto* const type = window.findChild<QComboBox*>();
+    const QList<QDoubleSpinBox*> numbers = window.findChildren<QDoubleSpinBox*>();
+    ASSERT_TRUE(type && numbers.size() == 2);
+    type->setCurrentIndex(TERRAIN_FLATTEN);
+    numbers[0]->setValue(40);
+    EXPECT_EQ(editor->terrain_modifier.type, TERRAIN_FLATTEN);
+    EXPECT_EQ(editor->terrain_modifier.radius, 40.0f);
+    EXPECT_EQ(editor->terrain_modifier.intensity, 2.0f) << "untouched";
+    EXPECT_FALSE(numbers[1]->isEnabled()) << "flattening has no intensity";
+    editor->TurnTerrainWheel(true, false);
+    ProcessNews();
+    EXPECT_EQ(numbers[0]->value(), 48.0);
+    window.close();
+    EXPECT_NE(editor->editor_state, ES_TERRAIN);
+}
+
+TEST_F(LevelWindowsTest, ATracklistIsMadeEditedAndSavedByTheMouse) {
+    CTrackDlg logic(*editor);
+    TracksWindow window(logic, *editor, nullptr);
+    window.resize(900, 400);
+    window.show();
+    auto* const timeline = window.findChild<TimelineWidget*>();
+    ASSERT_NE(timeline, nullptr);
+    ASSERT_EQ(logic.track.width, timeline->width());
+    logic.track.m_selected = logic.track.CreateTrackLine("Camera", 0x112233);
+    const auto at = [&](float time) { return QPoint(logic.track.XAt(time), CTrack::ROW_HEIGHT / 2); };
+    const std::vector<SKeyPoint>& keys = logic.track.list.m_track_lines[0].m_keyPoints;
+    QTest::mouseDClick(timeline, Qt::LeftButton, {}, at(2));
+    ASSERT_EQ(keys.size(), 1u);
+    EXPECT_NEAR(keys[0].m_time, 2, 0.02);
+    EXPECT_EQ(keys[0].m_color, 0x112233u) << "of its row";
+    QTest::mousePress(timeline, Qt::LeftButton, {}, at(2));
+    QTest::mouseMove(timeline, at(3));
+    QMouseEvent move(QEvent::MouseMove, QPointF(at(3)), timeline->mapToGlobal(QPointF(at(3))), Qt::NoButton,
+                     Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(timeline, &move);
+    QTest::mouseRelease(timeline, Qt::LeftButton, {}, at(3));
+    EXPECT_NEAR(keys[0].m_time, 3, 0.02);
+    WhenOpen([](QWidget& key) {
+        key.findChild<QLineEdit*>()->setText("lights out");
+        Press(key, "OK");
+    });
+    QTest::mouseDClick(timeline, Qt::LeftButton, {}, at(3));
+    ASSERT_EQ(keys.size(), 1u);
+    EXPECT_EQ(keys[0].m_comment, "lights out");
+    QTest::mouseDClick(timeline, Qt::RightButton, {}, at(keys[0].m_time));
+    EXPECT_TRUE(keys.empty());
+    desktop.answers.push_back(MessageAnswer::Cancel);
+    Press(window, "Close");
+    EXPECT_TRUE(window.isVisible());
+    desktop.answers.push_back(MessageAnswer::No);
+    QTest::keyClick(&window, Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+}
