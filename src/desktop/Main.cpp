@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "commands/KeyTablePage.h"
+#include "commands/MovieFrames.h"
 #include "commands/ScriptApplication.h"
 #include "desktop/Application.h"
 #include "editor/Application.h"
@@ -23,6 +24,16 @@ static void OnInterrupt(int signal) {
 static bool IsViewSide(int pixels) {
     constexpr int LEAST = 16, MOST = 4096;
     return pixels >= LEAST && pixels <= MOST;
+}
+
+// WxH, as it stands when the text is empty. False with a sentence.
+static bool ReadSize(const std::string& text, int& width, int& height) {
+    char rest = 0;
+    if (text.empty() ||
+        (std::sscanf(text.c_str(), "%dx%d%c", &width, &height, &rest) == 2 && IsViewSide(width) && IsViewSide(height)))
+        return true;
+    std::fprintf(stderr, "\"%s\" is no size of a picture: WxH is needed, from 16 to 4096\n", text.c_str());
+    return false;
 }
 
 static bool IsDisplayThere() {
@@ -65,7 +76,17 @@ int main(int argc, char** argv) {
     auto* scripted = app.add_option("--script", script.script,
                                     "drive the editor by this script, without a window (-: standard input)")
                          ->excludes(edited);
-    app.add_option("--size", view_size, "WxH: pixels of each view of a script (default: 512x512)")->needs(scripted);
+    app.add_option("--size", view_size,
+                   "WxH: pixels of each view of a script (default: 512x512), or of the pictures of a movie (640x360)");
+    MovieFramesOptions movie;
+    auto* filmed = app.add_option("--movie", movie.movie, "render this movie (.mvi) of PROJECT to numbered pictures")
+                       ->needs(project)
+                       ->excludes(scripted);
+    app.add_option("--frames", movie.frame_folder, "the folder for the pictures of a movie (default: frames)")
+        ->needs(filmed);
+    app.add_option("--fps", movie.fps, "pictures a second of a movie (default: 25)")
+        ->check(CLI::Range(0.01, 1000.0))
+        ->needs(filmed);
     bool keys = false;
     app.add_flag("--keys", keys, "print all commands with their keys, as a page of the manual")->excludes(project);
     if (const std::optional<int> status = ParseOptions(app, argc, argv, EXIT_BAD_INPUT))
@@ -79,19 +100,29 @@ int main(int argc, char** argv) {
     }
     std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow any more is a write that fails
     if (scripted->count() > 0) {
-        char rest = 0;
-        if (!view_size.empty() &&
-            (std::sscanf(view_size.c_str(), "%dx%d%c", &script.width, &script.height, &rest) != 2 ||
-             !IsViewSide(script.width) || !IsViewSide(script.height))) {
-            std::fprintf(stderr, "\"%s\" is no size of a view: WxH is needed, from 16 to 4096\n", view_size.c_str());
+        if (!ReadSize(view_size, script.width, script.height))
             return EXIT_BAD_INPUT;
-        }
         script.project = command_line.project;
         script.data_folder = command_line.data_folder;
         script.overrides = command_line.overrides;
         script.threads = command_line.threads;
         script.stop_signal = &stop_signal;
         return RunScript(script);
+    }
+    if (filmed->count() > 0) {
+        if (!ReadSize(view_size, movie.width, movie.height))
+            return EXIT_BAD_INPUT;
+        HeadlessDesktop desktop(stderr);
+        SetDesktop(&desktop);
+        std::signal(SIGINT, OnInterrupt);
+        std::signal(SIGTERM, OnInterrupt);
+        movie.project = command_line.project;
+        movie.data_folder = command_line.data_folder;
+        movie.overrides = command_line.overrides;
+        movie.stop_signal = &stop_signal;
+        const ExitStatus status = RenderMovie(movie);
+        SetDesktop(nullptr);
+        return status;
     }
     if (project->count() == 0) {
         if (!IsDisplayThere()) {

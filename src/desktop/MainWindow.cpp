@@ -13,6 +13,7 @@
 
 #include "desktop/CommandPalette.h"
 #include "desktop/KeysDialog.h"
+#include "desktop/LightPreviewWidget.h"
 #include "desktop/NoticeBar.h"
 #include "desktop/ProgressDialog.h"
 #include "desktop/ProjectWatch.h"
@@ -72,6 +73,8 @@ MainWindow::~MainWindow() {
     qApp->removeEventFilter(this);
     frame.interface.RemoveListener(*this);
     frame.run_compile = nullptr;
+    frame.show_tracks = nullptr;
+    frame.show_terrain = nullptr;
 }
 
 void MainWindow::MakeMiddle() {
@@ -285,7 +288,11 @@ void MainWindow::dropEvent(QDropEvent* event) {
 
 CompileOutcome MainWindow::RunCompile(const CMainFrame::CompileStep& compile) {
     views.SetFrozen(true);
+    std::unique_ptr<LightPreviewWidget> light;
+    if (frame.interface.settings.lighting_method != LIGHTING_NONE && !views.Rect(VIEW_PERSPECTIVE).isEmpty())
+        light = std::make_unique<LightPreviewWidget>(frame.interface, views.Rect(VIEW_PERSPECTIVE), &views);
     const CompileOutcome outcome = RunCompileWithProgress(this, frame, compile);
+    light.reset();
     views.SetFrozen(false);
     return outcome;
 }

@@ -18,6 +18,7 @@ class NoticeBar;
 class ProjectWatch;
 class QDockWidget;
 class StatusBar;
+class TerrainToolWindow;
 class UndoWindow;
 class ViewsWidget;
 class WelcomePanel;
@@ -46,6 +47,8 @@ public:
     void TitleChanged() override;
     void LibraryWindowChanged() override;
     void WorldReplaced() override;
+    void TerrainToolChanged() override;
+    void CursorChanged() override { TerrainToolChanged(); } // other commands leave the tool too
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override; // keys
@@ -86,6 +89,7 @@ private:
     UndoWindow* undo_window = nullptr;
     NamedObjectsWindow* named_window = nullptr;
     ExtendedSelectWindow* extended_window = nullptr;
+    TerrainToolWindow* terrain_window = nullptr;
     QMenu* recent_menu = nullptr;
     QTimer timer, movie_timer, recovery_timer;
     RecoveryFile* recovery = nullptr;

@@ -1,21 +1,40 @@
 // The windows beside the views: the library, and those that commands open.
 #include <QDockWidget>
+#include <QPushButton>
 #include <QThread>
 
 #include "desktop/BrushPropertiesDialog.h"
 #include "desktop/LibraryWindow.h"
 #include "desktop/MainWindow.h"
+#include "desktop/PreferencesPage.h"
+#include "desktop/TerrainWindows.h"
 #include "desktop/ToolWindows.h"
+#include "desktop/TracksWindow.h"
 
 void MainWindow::MakeWindows() {
-    library = new LibraryWindow(frame, this);
+    auto* const library_window = new LibraryWindow(frame, this);
+    auto* const keys = new QPushButton(tr("Change &keys..."));
+    keys->setToolTip(tr("Gives commands other keys"));
+    connect(keys, &QPushButton::clicked, this, &MainWindow::ShowKeys);
+    library_window->preferences->AddSection(tr("Keys"), keys);
+    library = library_window;
     library->setObjectName("Library");
     addDockWidget(Qt::RightDockWidgetArea, library);
     library->setVisible(frame.interface.console_onscreen);
     actions.Replace("OnViewUndo", [this] { ToggleUndoWindow(); });
     actions.Replace("OnToolsProblemsolver", [this] { ProblemsWindow::Open(frame, this); });
     actions.Replace("OnBrushProperties", [this] { RunBrushProperties(this, frame.interface); });
+    frame.show_tracks = [this](CTrackDlg& tracks) { RunTracksWindow(tracks, frame.interface, this); };
+    frame.show_terrain = [this](TerrainDlg& page) { TerrainDialog(page, this).exec(); };
     LibraryWindowChanged();
+}
+
+void MainWindow::TerrainToolChanged() {
+    const bool on = frame.interface.editor_state == ES_TERRAIN;
+    if (on && !terrain_window)
+        terrain_window = new TerrainToolWindow(frame, this);
+    if (terrain_window && terrain_window->isVisible() != on)
+        terrain_window->setVisible(on);
 }
 
 void MainWindow::ToggleUndoWindow() {

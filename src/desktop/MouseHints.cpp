@@ -44,6 +44,17 @@ constexpr Rule RULES[] = {
     {RIGHT, FLAT, PICK, PLAIN | ALT, "leave the picker"},
     {LEFT, FLAT, PICK, ANY_KEYS, ""},
 
+    // Decals and the terrain tool
+    {LEFT, SPACE, DECAL, SHIFT, "select a decal"},
+    {LEFT, SPACE, DECAL, BOTH, "select a decal besides the others"},
+    {LEFT, SPACE, DECAL, CONTROL, "place a decal; with Alt too: a copy of the selected one"},
+    {LEFT, SPACE, DECAL, ALT, "move the selected decal here"},
+    {RIGHT, SPACE, DECAL, ALT, "drag to scale the selected decals"},
+    {WHEEL, SPACE, DECAL, ALT, "rotate the selected decals"},
+    {LEFT, SPACE, TERRAIN, SHIFT | BOTH, "drag to shape the ground, upward"},
+    {RIGHT, SPACE, TERRAIN, SHIFT | BOTH, "drag to shape the ground, downward"},
+    {WHEEL, SPACE, TERRAIN, ALT, "radius of the tool; with Ctrl too: its intensity"},
+
     // Orthographic views
     {LEFT, FLAT, ANY_MODE, ALT, "put the camera here"},
     {LEFT, FLAT, NONE, PLAIN | CONTROL, "drag out a new brush"},

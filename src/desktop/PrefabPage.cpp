@@ -78,11 +78,8 @@ void PrefabPage::Refresh() {
 }
 
 void PrefabPage::Save() {
-    if (const auto asked = page.AskSave(); asked && save_prefab) {
-        save_prefab(*asked);
-        page.Refresh();
-        Refresh();
-    }
+    page.Save();
+    Refresh();
 }
 
 void PrefabPage::FillTree() {
@@ -142,6 +139,6 @@ void PrefabPage::FillList() {
 
 void PrefabPage::ShowChosen() {
     description->setText(QString::fromStdString(page.m_desc));
-    save->setEnabled(page.CanSave() && save_prefab);
+    save->setEnabled(page.CanSave());
     make_directory->setEnabled(page.CanSave());
 }

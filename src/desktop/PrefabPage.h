@@ -1,8 +1,6 @@
 // The prefab page of the library window: custom brushes with their pictures, and prefabs with their descriptions.
 #pragma once
 
-#include <functional>
-
 #include <QWidget>
 
 #include "commands/MainFrame.h"
@@ -18,9 +16,6 @@ class PrefabPage : public QWidget {
 public:
     PrefabPage(CMainFrame& main_frame, QWidget* parent = nullptr);
     void Refresh();
-
-    // Saves the selection. While there is none, the button is off.
-    std::function<void(const PrefabToSave&)> save_prefab;
 
 protected:
     void showEvent(QShowEvent* event) override;
