@@ -35,9 +35,8 @@ public:
     FlatColor Flat(uint32_t argb) const;                        // without a texture
     // Nearer or equal wins, is kept and covers what is there.
     bool IsPlain() const { return depth_test && depth_func == CMP_LESSEQUAL && depth_write && !blend; }
-    bool IsOpaque() const {
-        return !blend && !alpha_test;
-    } // what is there does not show through, nor anything is left out
+    // What is there does not show through, and no pixel is left out by its alpha.
+    bool IsOpaque() const { return !blend && !alpha_test; }
     // The colours of some pixels of a row, of which the first lies at these 1/256 pixels from the fill's origin; for
     // what is opaque.
     void Color(const SoftFill& fill, double across, double down, uint32_t* pixels, int count) const;

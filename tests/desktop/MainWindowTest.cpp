@@ -215,9 +215,9 @@ TEST_F(DesktopTest, ThePaletteFindsByPartsOfTheName) {
     Key(*words, Qt::Key_Return);
     EXPECT_EQ(palette.chosen, &Named("OnVertexMode"));
     CommandPalette other(window->actions, window->bindings, window.get());
-    other.findChild<QLineEdit*>()->setText("track edit");
+    other.findChild<QLineEdit*>()->setText("edit bounds");
     Key(*other.findChild<QLineEdit*>(), Qt::Key_Return);
-    EXPECT_EQ(other.chosen, nullptr) << "it is not available";
+    EXPECT_EQ(other.chosen, nullptr) << "without a box it is off";
 }
 
 // Views ---------------------------------------------------------------------------------------------------------------
