@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "editor/Interface.h"
+#include "editor/LightPreview.h"
 #include "foundation/Desktop.h"
 #include "foundation/Random.h"
 #include "persistence/ProjectData.h"
@@ -52,6 +53,33 @@ TEST_F(CompileCommandTest, WritesTheWorldAndTheSafetyCopy) {
     EXPECT_EQ(world.entities.size(), 1u);
     EXPECT_EQ(world.cells.size(), 1u);
     EXPECT_EQ(world.cells[0].objects, (std::vector<int32_t>{0, 1})) << "the portal is in no cell";
+}
+
+// The box stands before the camera, the cone beside it: the picture grows by what is lit, where it is.
+TEST_F(CompileCommandTest, LightIsShownAsItIsComputed) {
+    constexpr int SIDE = 64;
+    ASSERT_TRUE(interface.LoadProject(nullptr, "small.msp", data.error)) << data.error;
+    VIEWINFO& view = interface.View(VIEW_PERSPECTIVE);
+    view.camera_position = {32, 16, -100};
+    view.camera_rotation = {};
+    LightPreview preview(interface, SIDE, SIDE);
+    EXPECT_FALSE(preview.Draw());
+    const std::vector<uint8_t> dark = preview.Rgb();
+    interface.light_observer = [&preview](const Brush& lit) { preview.Take(lit); };
+    CProgressText progress;
+    ASSERT_EQ(interface.Compile(progress), CompileOutcome::Written);
+    EXPECT_TRUE(preview.Draw());
+    const std::vector<uint8_t> lit = preview.Rgb();
+    const auto differs = [&](int x, int y) {
+        const auto at = static_cast<size_t>((y * SIDE + x) * 3);
+        return !std::equal(dark.begin() + static_cast<std::ptrdiff_t>(at),
+                           dark.begin() + static_cast<std::ptrdiff_t>(at) + 3,
+                           lit.begin() + static_cast<std::ptrdiff_t>(at));
+    };
+    EXPECT_TRUE(differs(SIDE / 2, SIDE / 2)) << "the box";
+    EXPECT_FALSE(differs(SIDE / 2, 2)) << "above it";
+    EXPECT_FALSE(differs(4, SIDE / 2)) << "left of it";
+    EXPECT_FALSE(preview.Draw()) << "each brush is drawn once";
 }
 
 TEST_F(CompileCommandTest, UnreadableProjectsOpenAFreshWorld) {
