@@ -117,14 +117,9 @@ int WriteFrames(CInterface& interface, const MovieFramesOptions& options, const 
 int RenderWithRenderer(const MovieFramesOptions& options, const fs::path& project, const fs::path& movie,
                        const fs::path& folder) {
     CInterface interface;
-    interface.store_settings = false;
     std::string error;
-    for (const std::string& assignment : options.overrides)
-        if (!interface.OverrideSetting(assignment, error))
-            return Fail(error);
-    CMarrowstead2App::MountLibraries();
-    interface.Init();
-    interface.InitEditor();
+    if (!StartInterface(interface, options.overrides, error))
+        return Fail(error);
     if (!interface.LoadProject(project.parent_path().string().c_str(), project.filename().string(), error) ||
         interface.LoadMovie(movie.string(), error) != MOVIE_OK)
         return Fail(error);

@@ -38,15 +38,10 @@ int Fail(const std::string& sentence) {
 
 int RunWithRenderer(const ScriptOptions& options, std::istream& script, const fs::path& start, ScriptDesktop& desktop) {
     CInterface interface;
-    interface.store_settings = false;
     interface.threads = options.threads;
     std::string error;
-    for (const std::string& assignment : options.overrides)
-        if (!interface.OverrideSetting(assignment, error))
-            return Fail(error);
-    CMarrowstead2App::MountLibraries();
-    interface.Init();
-    interface.InitEditor();
+    if (!StartInterface(interface, options.overrides, error))
+        return Fail(error);
     LayOutViews(interface, options.width, options.height);
     LibraryPages pages(interface);
     CMainFrame frame(interface, pages);
@@ -69,6 +64,17 @@ int RunWithRenderer(const ScriptOptions& options, std::istream& script, const fs
 }
 
 } // namespace
+
+bool StartInterface(CInterface& interface, const std::vector<std::string>& overrides, std::string& error) {
+    interface.store_settings = false;
+    for (const std::string& assignment : overrides)
+        if (!interface.OverrideSetting(assignment, error))
+            return false;
+    CMarrowstead2App::MountLibraries();
+    interface.Init();
+    interface.InitEditor();
+    return true;
+}
 
 bool OpenRenderer(uint32_t width, uint32_t height, const std::vector<Device*>& devices) {
     crInit(devices);

@@ -19,7 +19,12 @@ struct ScriptOptions {
 // Settings are read, and never written.
 ExitStatus RunScript(const ScriptOptions& options);
 
+class CInterface;
 class Device;
+
+// An interface for a run without a window: it reads settings, with NAME=VALUE overrides, and never writes them; the
+// libraries are mounted and a new level is open. False with a sentence.
+bool StartInterface(CInterface& interface, const std::vector<std::string>& overrides, std::string& error);
 
 // Lists the devices, the software device when none is given, chooses the best one and sets a windowed mode of that
 // size. False when there is none.
