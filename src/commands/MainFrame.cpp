@@ -5,6 +5,7 @@
 #include "commands/Accelerator.h"
 #include "commands/CommandTable.h"
 #include "commands/Recovery.h"
+#include "editor/LineColorStore.h"
 #include "foundation/Strings.h"
 #include "render/Frame.h"
 
@@ -158,10 +159,12 @@ void CMainFrame::OnPickTexture() {
 }
 
 void CMainFrame::RestoreGridColors() {
-    constexpr uint32_t NORMAL[3] = {100, 150, 200}, BOUNDS[3] = {0x640000, 0x960000, 0xC80000},
-                       MOVIE[3] = {0x444444, 0x666666, 0x888888};
-    const uint32_t* colors = interface.movie_editing ? MOVIE : interface.edit_cordon_bounds ? BOUNDS : NORMAL;
-    std::copy(colors, colors + 3, interface.view_grid_color);
+    constexpr uint32_t BOUNDS[3] = {0x640000, 0x960000, 0xC80000}, MOVIE[3] = {0x444444, 0x666666, 0x888888};
+    const uint32_t* colors = interface.movie_editing ? MOVIE : BOUNDS;
+    if (interface.movie_editing || interface.edit_cordon_bounds)
+        std::copy(colors, colors + 3, interface.view_grid_color);
+    else
+        ApplyGridColors(interface);
 }
 
 void CMainFrame::OnClipbox() {

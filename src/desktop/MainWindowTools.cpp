@@ -5,6 +5,7 @@
 
 #include "desktop/BrushPropertiesDialog.h"
 #include "desktop/LibraryWindow.h"
+#include "desktop/LineColorsSection.h"
 #include "desktop/MainWindow.h"
 #include "desktop/PreferencesPage.h"
 #include "desktop/TerrainWindows.h"
@@ -17,6 +18,7 @@ void MainWindow::MakeWindows() {
     keys->setToolTip(tr("Gives commands other keys"));
     connect(keys, &QPushButton::clicked, this, &MainWindow::ShowKeys);
     library_window->preferences->AddSection(tr("Keys"), keys);
+    library_window->preferences->AddSection(tr("Colours of lines"), new LineColorsSection(frame.interface));
     library = library_window;
     library->setObjectName("Library");
     addDockWidget(Qt::RightDockWidgetArea, library);

@@ -1,3 +1,4 @@
+#include "drawing/LineColors.h"
 #include "drawing/SolidPass.h"
 #include "drawing/WireDrawing.h"
 #include "render/Matrix.h"
@@ -7,7 +8,7 @@ void AddWire(LineBatch& lines, const Brush& brush, uint32_t color) {
     brush.ForEachSurface([&](const Surface& surface, int, bool) { lines.Edges(surface, color); });
 }
 
-uint32_t WireColor(const Brush& brush) { return brush.is_selected ? SELECTED_WIRE : brush.color; }
+uint32_t WireColor(const Brush& brush) { return brush.is_selected ? ColorOf(LineColor::Selected) : brush.color; }
 
 void Brush::RenderWire() const {
     LineBatch lines;

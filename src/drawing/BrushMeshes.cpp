@@ -1,4 +1,5 @@
 #include "drawing/BrushMeshes.h"
+#include "drawing/LineColors.h"
 
 #include <algorithm>
 #include <cstring>
@@ -195,7 +196,7 @@ void BrushMeshes::UpdateChunks(std::vector<Chunk>& chunks, const World& world, c
 
 const std::vector<BrushMeshes::Chunk>& BrushMeshes::Wire(const World& world) {
     const auto look = [](const Brush& brush, size_t, BrushMesh::Member& member) {
-        member.look = brush.is_selected ? SELECTED_WIRE : brush.color;
+        member.look = brush.is_selected ? ColorOf(LineColor::Selected) : brush.color;
     };
     UpdateChunks(wire, world, look, [&world](const auto& members, MeshData& data, std::vector<BrushPart>& parts) {
         BuildWire(world, members, data, parts);

@@ -4,12 +4,11 @@
 
 #include "drawing/DrawContext.h"
 #include "drawing/GeometryBatch.h"
+#include "drawing/LineColors.h"
 #include "foundation/Strings.h"
 #include "scene/World.h"
 
 namespace {
-
-constexpr uint32_t LINK_COLOR = 0xFFFFD200, TARGET_LINK_COLOR = 0xFFEA2CB9, TRIGGER_COLOR = 0xFF88B32E;
 
 constexpr const char* CABLE = "CABLE";
 
@@ -72,7 +71,7 @@ public:
         const auto draw = [&](const std::string& name, const D3DVECTOR& place) {
             const auto [first, end] = named.equal_range(ToLower(name));
             for (auto trigger = first; trigger != end; ++trigger)
-                lines.Arrow(place, trigger->second->position, TRIGGER_COLOR);
+                lines.Arrow(place, trigger->second->position, ColorOf(LineColor::TriggerLink));
         };
         for (const auto& b : world.brush)
             draw(b->name, b->pivot);
@@ -107,12 +106,12 @@ private:
             if (const Entity* const e = world.GetEntityFromID(id)) {
                 if (!e->IsHidden() && context.filters.ShowsEntityType(*e))
                     lines.Arrow(e->position, place,
-                                e->IsType("TARGET_POSITION") ? TARGET_LINK_COLOR
-                                : IsTrigger(*e)              ? TRIGGER_COLOR
-                                                             : LINK_COLOR);
+                                e->IsType("TARGET_POSITION") ? ColorOf(LineColor::TargetLink)
+                                : IsTrigger(*e)              ? ColorOf(LineColor::TriggerLink)
+                                                             : ColorOf(LineColor::Link));
             } else if (const Brush* const b = world.GetBrushFromID(id)) {
                 if (!b->is_hidden)
-                    lines.Arrow(b->pivot, place, LINK_COLOR);
+                    lines.Arrow(b->pivot, place, ColorOf(LineColor::Link));
             }
         }
     }

@@ -4,6 +4,7 @@
 #include "drawing/BoxFaces.h"
 #include "drawing/DrawContext.h"
 #include "drawing/GeometryBatch.h"
+#include "drawing/LineColors.h"
 #include "drawing/PathDrawing.h"
 #include "drawing/WireDrawing.h"
 #include "render/Matrix.h"
@@ -12,7 +13,7 @@
 
 namespace {
 
-constexpr uint32_t WHITE = 0xFFFFFFFF, RANGE_COLOR = 0xFFFFFF00, FALLOFF_COLOR = 0xFFF4BE00;
+constexpr uint32_t WHITE = 0xFFFFFFFF;
 constexpr int RING_POINTS = 64;
 constexpr size_t BOX_CORNERS = 8;
 
@@ -61,14 +62,14 @@ private:
     }
 
     void DrawShape(const Entity& e, bool is_selected) {
-        const uint32_t textured_color = is_selected ? SELECTED_WIRE : WHITE;
+        const uint32_t textured_color = is_selected ? ColorOf(LineColor::Selected) : WHITE;
         const bool nonbox = context.filters.show_nonbox_entities;
         if (nonbox && e.bitmap != NO_TEXTURE_HANDLE)
             DrawIcon(e, textured_color);
         else if (nonbox && e.mesh)
             DrawMesh(e, textured_color);
         else if (!nonbox || e.model == EM_BOX)
-            DrawBox(e, is_selected ? SELECTED_WIRE : e.color);
+            DrawBox(e, is_selected ? ColorOf(LineColor::Selected) : e.color);
     }
 
     void SetTexturedState(uint32_t texture) {
@@ -137,13 +138,13 @@ private:
         const bool orthographic = context.view != VIEW_PERSPECTIVE;
         const D3DVECTOR c = e.position + e.offset;
         if (e.BoolParameter("spotlight_enable"))
-            DrawSpotlight(e, RANGE_COLOR);
+            DrawSpotlight(e, ColorOf(LineColor::LightRange));
         else if (orthographic)
             DrawCircle(c,
                        e.FloatParameter("range", world.entity_selection.GetItemCount() == 1 ? ONLY_SELECTED_RANGE : 0),
-                       RING_POINTS, RANGE_COLOR);
+                       RING_POINTS, ColorOf(LineColor::LightRange));
         if (orthographic && e.GetParameterStr("falloff"))
-            DrawCircle(c, e.FloatParameter("falloff"), RING_POINTS, FALLOFF_COLOR);
+            DrawCircle(c, e.FloatParameter("falloff"), RING_POINTS, ColorOf(LineColor::LightFalloff));
     }
 
     // In the plane through the origin that the view faces.

@@ -1,4 +1,5 @@
 #include "drawing/PathDrawing.h"
+#include "drawing/LineColors.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,7 +9,6 @@
 
 namespace {
 
-constexpr uint32_t PATH_COLOR = 0xFFFFF040, TARGET_PATH_COLOR = 0xFF40FF40, CURRENT_COLOR = 0xFFFF0000;
 constexpr float MARK = 20;           // world units from the path
 constexpr float DRAWN_EASING = 0.1f; // of the easing that moves the camera
 constexpr float SPANS_A_UNIT = 0.1f;
@@ -57,7 +57,7 @@ public:
         if (context.view == VIEW_PERSPECTIVE)
             return;
         const D3DVECTOR place = PlaceOn(s, u), side = Across(s, u, AxesOf(context.view)) * MARK;
-        lines.Line(place - side, place + side, CURRENT_COLOR);
+        lines.Line(place - side, place + side, ColorOf(LineColor::PathNow));
     }
 
 private:
@@ -117,7 +117,7 @@ D3DVECTOR AddPath(LineBatch& lines, const DrawContext& context, SimpleList<uint3
             current = PlaceOn(segments[i], place.u);
         if (hidden[i] || hidden[i + 1])
             continue;
-        path_lines.Segment(segments[i], holds_time ? CURRENT_COLOR : color);
+        path_lines.Segment(segments[i], holds_time ? ColorOf(LineColor::PathNow) : color);
         if (holds_time)
             path_lines.Mark(segments[i], place.u);
     }
@@ -125,10 +125,10 @@ D3DVECTOR AddPath(LineBatch& lines, const DrawContext& context, SimpleList<uint3
 }
 
 void AddObjectPaths(LineBatch& lines, const DrawContext& context, BaseObject& object) {
-    const D3DVECTOR place = AddPath(lines, context, object.path, PATH_COLOR);
-    const D3DVECTOR target = AddPath(lines, context, object.target_path, TARGET_PATH_COLOR);
+    const D3DVECTOR place = AddPath(lines, context, object.path, ColorOf(LineColor::Path));
+    const D3DVECTOR target = AddPath(lines, context, object.target_path, ColorOf(LineColor::TargetPath));
     if (object.path.GetCount() > 0 && object.target_path.GetCount() > 0)
-        lines.Line(place, target, CURRENT_COLOR);
+        lines.Line(place, target, ColorOf(LineColor::PathNow));
 }
 
 D3DVECTOR World::RenderPath(const DrawContext& context, SimpleList<uint32_t>& path, uint32_t color) {

@@ -1,12 +1,11 @@
 // The tool of the perspective view that reshapes terrains, laid on the ground.
 #include "drawing/DrawContext.h"
 #include "drawing/GeometryBatch.h"
+#include "drawing/LineColors.h"
 #include "scene/TerrainParts.h"
 #include "scene/World.h"
 
 namespace {
-
-constexpr uint32_t TOOL_COLOR = 0xFF00FF00;
 
 // Where a stroke still changes the ground by this part of what it does in the middle.
 struct FalloffRing {
@@ -48,5 +47,5 @@ void World::RenderTerrainBrush(const DrawContext& context, const TERRAIN_MODIFIE
     if (tm.type == TERRAIN_RAISE)
         for (const FalloffRing& ring : FALLOFF_RINGS)
             DrawRing(lines, *this, center, tm.radius * ring.part_of_radius, ring.color);
-    DrawRing(lines, *this, center, tm.radius, TOOL_COLOR);
+    DrawRing(lines, *this, center, tm.radius, ColorOf(LineColor::TerrainTool));
 }

@@ -1,5 +1,6 @@
 #include "drawing/DashedLines.h"
 #include "drawing/GeometryBatch.h"
+#include "drawing/LineColors.h"
 #include "drawing/ViewDrawing.h"
 #include "render/Matrix.h"
 #include "render/StateCache.h"
@@ -7,9 +8,8 @@
 
 namespace {
 
-constexpr uint32_t EDGE_COLOR = 0xFFFFFFFF, SELECTED_EDGE_COLOR = 0xFFFFFF00, NET_COLOR = 0xFFFF0000;
 constexpr uint32_t CROSS_COLOR = 0xFF808080, PICKED_CROSS_COLOR = 0xFFFFFF00;
-constexpr uint32_t RIM_COLOR = 0, VERTEX_COLOR = 0xFF00FF00, SELECTED_VERTEX_COLOR = 0xFFFF0000;
+constexpr uint32_t RIM_COLOR = 0;
 
 class NetPass {
 public:
@@ -35,10 +35,10 @@ public:
             const D3DVECTOR &from = world.so_vertex[a].v, &to = world.so_vertex[b].v;
             if (edge.curved) {
                 lines.Flush();
-                dashes.Line(from, to, NET_COLOR);
+                dashes.Line(from, to, ColorOf(LineColor::Net));
             } else if (IsPerspective() || edge.selected) {
                 dashes.Flush();
-                lines.Line(from, to, edge.selected ? SELECTED_EDGE_COLOR : EDGE_COLOR);
+                lines.Line(from, to, edge.selected ? ColorOf(LineColor::MarkedNetEdge) : ColorOf(LineColor::NetEdge));
             }
         }
     }
@@ -71,7 +71,7 @@ public:
             const int x = static_cast<int>(p.x), y = static_cast<int>(p.y);
             if (vertex.selected)
                 AddMark(marks, x, y, RIM, RIM_COLOR);
-            AddMark(marks, x, y, MARK, vertex.selected ? SELECTED_VERTEX_COLOR : VERTEX_COLOR);
+            AddMark(marks, x, y, MARK, vertex.selected ? ColorOf(LineColor::MarkedVertex) : ColorOf(LineColor::Vertex));
         }
     }
 

@@ -5,7 +5,5 @@
 
 class Brush;
 
-inline constexpr uint32_t SELECTED_WIRE = 0xFFFF0000; // of brushes and entities
-
 void AddWire(LineBatch& lines, const Brush& brush, uint32_t color);
 uint32_t WireColor(const Brush& brush);

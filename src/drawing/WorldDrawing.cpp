@@ -1,3 +1,4 @@
+#include "drawing/LineColors.h"
 #include "scene/World.h"
 
 #include "drawing/BrushPasses.h"
@@ -27,10 +28,9 @@ void World::RenderCurveEdges(const DrawContext&) {
 void World::RenderCameraPosition(const DrawContext& context) {
     if (context.view == VIEW_PERSPECTIVE || !context.filters.show_entities)
         return;
-    constexpr uint32_t CAMERA_COLOR = 0xFFFF4040;
     constexpr float H = 32;
     constexpr D3DVECTOR diagonals[] = {{-H, H, H}, {-H, -H, -H}, {-H, -H, H}}; // each to its opposite
     LineBatch lines;
     for (const D3DVECTOR& d : diagonals)
-        lines.Line(context.camera_position + d, context.camera_position - d, CAMERA_COLOR);
+        lines.Line(context.camera_position + d, context.camera_position - d, ColorOf(LineColor::Camera));
 }

@@ -6,6 +6,7 @@
 
 #include "compiler/EntityUpdate.h"
 #include "editor/CompileLog.h"
+#include "editor/LineColorStore.h"
 #include "files/FileFind.h"
 #include "foundation/Desktop.h"
 #include "foundation/Log.h"
@@ -26,6 +27,8 @@ static constexpr const char* AUTOSAVE_NAME = "__autosave__.msp";
 static constexpr size_t DEFINITION_ENDING = 4; // ".def"
 
 CInterface::CInterface() : settings(ReadSettings()), stored_settings(settings) {
+    ReadLineColors();
+    ApplyGridColors(*this);
     views.perspective.camera_position = FIRST_CAMERA_POSITION;
     SetFrontEnd(this);
 }

@@ -1,6 +1,7 @@
 // The drawing of one view, and who is told that one wants to be drawn.
 #include <algorithm>
 
+#include "drawing/LineColors.h"
 #include "drawing/ViewDrawing.h"
 #include "editor/Interface.h"
 #include "render/Frame.h"
@@ -9,9 +10,6 @@
 namespace {
 
 constexpr const char* CAPTIONS[VIEW_COUNT] = {"Top (X/Z)", "Front (X/Y)", "Left (Z/Y)", "Perspective"};
-constexpr uint32_t OUTLINE_COLOR = 0xFF0000;
-constexpr uint32_t SELECTION_BOX_COLOR = 0xFFFF0000, DRAG_BOX_COLOR = 0xFF00FF00, CORDON_BOX_COLOR = 0xFFFFFF00,
-                   CLIP_BOX_COLOR = 0xFF00FFFF;
 constexpr uint32_t FRAME_COLOR = 0xFFFFFF, ORBIT_FRAME_COLOR = 0x00FF00;
 constexpr int LEAST_SIDE = 2; // pixels of a view that is drawn
 
@@ -87,16 +85,16 @@ bool CInterface::DrawScene(int view) {
     world->RenderBrushes(context);
     world->RenderCameraPosition(context);
     if (editor_state == ES_EXTRUDABLE)
-        RenderOutline(ex_point, OUTLINE_COLOR);
+        RenderOutline(ex_point, ColorOf(LineColor::Outline));
     RenderSOVertices(*world, context);
     if (selection_box_active && !context.vertex_mode)
-        RenderDragBox(context, SELECTION_BOX_COLOR, selection_box);
+        RenderDragBox(context, ColorOf(LineColor::SelectionBox), selection_box);
     if (drag_box_active && view == active_view)
-        RenderDragBox(context, DRAG_BOX_COLOR, drag_box);
+        RenderDragBox(context, ColorOf(LineColor::DragBox), drag_box);
     if (cordon_active)
-        RenderDragBox(context, CORDON_BOX_COLOR, views.cordon_box);
+        RenderDragBox(context, ColorOf(LineColor::CordonBox), views.cordon_box);
     if (clip_active)
-        RenderDragBox(context, CLIP_BOX_COLOR, views.clip_box);
+        RenderDragBox(context, ColorOf(LineColor::ClipBox), views.clip_box);
     if (perspective && view == active_view && editor_state == ES_TERRAIN) {
         DrawContext at_eye = context;
         at_eye.camera_position = EyePosition();
