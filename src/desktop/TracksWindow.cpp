@@ -298,7 +298,6 @@ TracksWindow::TracksWindow(CTrackDlg& logic, CInterface& controller, QWidget* pa
     });
     connect(timeline, &TimelineWidget::DoubleClicked, this, &TracksWindow::OnDoubleClick);
     connect(timeline, &TimelineWidget::Resized, this, [this] { Follow(); });
-    dialog.OnInitDialog();
     Follow();
 }
 

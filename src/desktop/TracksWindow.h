@@ -62,6 +62,7 @@ private:
 
 class TracksWindow : public QDialog {
 public:
+    // Of a dialog that is initialised.
     TracksWindow(CTrackDlg& logic, CInterface& controller, QWidget* parent);
 
 protected:

@@ -1,10 +1,10 @@
 #include "drawing/BrushMeshes.h"
-#include "drawing/LineColors.h"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
 
+#include "drawing/LineColors.h"
 #include "drawing/WireDrawing.h"
 #include "render/Frame.h"
 #include "render/StateCache.h"

@@ -1,9 +1,9 @@
 #include "drawing/PathDrawing.h"
-#include "drawing/LineColors.h"
 
 #include <algorithm>
 #include <cmath>
 
+#include "drawing/LineColors.h"
 #include "scene/MoviePath.h"
 #include "scene/World.h"
 

@@ -43,8 +43,8 @@ WorldPicture::WorldPicture(int w, int h, const PictureCamera& camera)
     const D3DVECTOR level = Magnitude(flat) == 0 ? D3DVECTOR{1, 0, 0} : NormalizeOrZero(flat),
                     upright = CrossProduct(front, level);
     const float c = std::cos(camera.roll), s = std::sin(camera.roll);
-    right = level * c - upright * s;
-    up = level * s + upright * c;
+    right = level * c + upright * s;
+    up = upright * c - level * s;
 }
 
 WorldPicture::Vertex WorldPicture::ToView(const D3DVECTOR& p) const {

@@ -1,8 +1,7 @@
 #include "scene/Brush.h"
 
-#include <atomic>
-
 #include <algorithm>
+#include <atomic>
 
 #include "scene/BrushParts.h"
 #include "scene/World.h"

@@ -5,7 +5,6 @@
 #include <QLineEdit>
 #include <QSpinBox>
 
-#include "desktop/LightPreviewWidget.h"
 #include "desktop/TerrainWindows.h"
 #include "desktop/TracksWindow.h"
 #include "desktop/WindowSetup.h"
@@ -65,6 +64,7 @@ TEST_F(LevelWindowsTest, TheToolsWindowWritesAndFollowsAndLeavesTheTool) {
 
 TEST_F(LevelWindowsTest, ATracklistIsMadeEditedAndSavedByTheMouse) {
     CTrackDlg logic(*editor);
+    logic.OnInitDialog();
     TracksWindow window(logic, *editor, nullptr);
     window.resize(900, 400);
     window.show();
