@@ -115,6 +115,8 @@ void CInterface::LeftButtonDownByState(bool shift, bool control, POINT point) {
 }
 
 void CInterface::StartVertexMove() {
+    if (settings.full_undo && CarriesDecals(*world))
+        drag_record = std::make_unique<ChangeRecord>(*world, "Move vertices.", ChangeScope::Added);
     editor_state = ES_VERTEX_MOVE;
     tmp_move = {};
 }
@@ -182,7 +184,9 @@ void CInterface::LeftButtonUp(uint32_t held_keys, POINT point) {
         break;
     case ES_VERTEX_MOVE:
         editor_state = ES_VERTEX;
-        world->AddUndoAction(std::make_unique<CUndoActionMove>(tmp_move, true));
+        world->AddUndoAction(
+            std::make_unique<CUndoActionMove>(tmp_move, true, drag_record ? drag_record->TakeDecals() : nullptr));
+        drag_record.reset();
         tmp_move = {};
         break;
     default:

@@ -195,6 +195,11 @@ void ChangeRecord::AddObject(const BaseObject& object) {
 
 void ChangeRecord::Discard() { before.reset(); }
 
+std::shared_ptr<const DecalState> ChangeRecord::TakeDecals() {
+    const std::unique_ptr<State> was = std::move(before);
+    return was ? std::make_shared<const DecalState>(std::move(was->decals)) : nullptr;
+}
+
 void ChangeRecord::Commit() {
     if (!before)
         return;

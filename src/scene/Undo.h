@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "foundation/Vector.h"
@@ -37,6 +38,7 @@ public:
     const EType type;
 };
 
+class DecalState;
 class ObjectCopy;
 class SceneRelations;
 
@@ -60,8 +62,10 @@ private:
 
 class CUndoActionMove : public CUndoAction {
 public:
-    CUndoActionMove(const D3DVECTOR& reversing_delta, bool of_vertices)
-        : CUndoAction(UA_MOVE), delta(reversing_delta), vertex(of_vertices) {}
+    // decals: of the world before the step, when those that a move of vertices has taken shall come back.
+    CUndoActionMove(const D3DVECTOR& reversing_delta, bool of_vertices,
+                    std::shared_ptr<const DecalState> decals_before = nullptr)
+        : CUndoAction(UA_MOVE), delta(reversing_delta), vertex(of_vertices), decals(std::move(decals_before)) {}
     bool IsEmpty() const override { return false; }
     std::string GetActionDescription() const override;
     void Undo(World& world) override;
@@ -71,6 +75,7 @@ public:
 private:
     D3DVECTOR delta; // reverses the step
     bool vertex;
+    std::shared_ptr<const DecalState> decals;
 };
 
 class CUndoActionRotate : public CUndoAction {
@@ -148,6 +153,8 @@ public:
     // Adds the action, if anything differs: also objects made or deleted since, groups, and the selection with them.
     void Commit();
     void Discard(); // nothing will be added
+    // The decals as they were, for an action of the caller's own; nothing will be added. Null when off.
+    std::shared_ptr<const DecalState> TakeDecals();
 
 private:
     struct State;

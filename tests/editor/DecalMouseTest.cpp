@@ -122,3 +122,39 @@ TEST_F(DecalMouseTest, ABrushDraggedAwayBringsItsDecalsBackWithUndo) {
     EXPECT_TRUE(Redo());
     EXPECT_TRUE(Level().decal_template.empty());
 }
+
+// Two boxes share a decal across their joint. The face of one is drawn back: its part comes off, then, with the other,
+// the decal itself.
+TEST_F(DecalMouseTest, VerticesDraggedAwayBringTheirDecalsBackWithUndo) {
+    AddBox({200, -200, 0}, {600, 200, 32});
+    Ed().views.perspective.camera_position = {200, 0, -256};
+    Press(At(0, 0), MOUSE_CONTROL);
+    ASSERT_EQ(Level().decal_template.size(), 1u);
+    const auto pieces = [this] {
+        return ints{static_cast<int>(BrushAt(0).decal_list.size()), static_cast<int>(BrushAt(1).decal_list.size())};
+    };
+    ASSERT_EQ(pieces(), (ints{1, 1}));
+    for (const bool both : {false, true}) {
+        if (both)
+            SelectBrushes({0, 1});
+        else
+            SelectBrushes({0});
+        Ed().RebuildSelectionNet();
+        Ed().SetEditorState(ES_VERTEX);
+        for (SO_VERTEX& v : Level().so_vertex)
+            v.selected = v.v.z == 0; // the face toward the camera
+        Drag(VIEW_TOP, At(300, 0), At(300, 16));
+        EXPECT_EQ(pieces(), (both ? ints{0, 0} : ints{0, 1}));
+        EXPECT_EQ(Level().decal_template.size(), both ? 0u : 1u);
+        EXPECT_TRUE(Undo());
+        EXPECT_EQ(pieces(), (ints{1, 1}));
+        ASSERT_EQ(Level().decal_template.size(), 1u);
+        EXPECT_EQ(Ed().editor_state, ES_VERTEX);
+        EXPECT_TRUE(Redo());
+        EXPECT_EQ(Level().decal_template.size(), both ? 0u : 1u);
+        EXPECT_TRUE(Undo());
+        EXPECT_EQ(pieces(), (ints{1, 1}));
+        EXPECT_EQ(Level().decal_template.size(), 1u);
+        Ed().SetEditorState(ES_IDLE);
+    }
+}
