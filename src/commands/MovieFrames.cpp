@@ -56,8 +56,10 @@ class FrameWriter {
 public:
     FrameWriter(CInterface& editor, const MovieFramesOptions& movie, std::optional<WorldFile> compiled)
         : interface(editor), options(movie), lit(std::move(compiled)) {
-        if (lit)
+        if (lit) {
             textures = LoadTextures(*lit);
+            decals = DecalsOf(*interface.world);
+        }
         interface.SetViewRect(VIEW_PERSPECTIVE, {0, 0, options.width, options.height});
         interface.active_view = VIEW_TOP;
         DisplayFilters& filters = interface.filters;
@@ -79,7 +81,7 @@ public:
         WorldPicture picture(
             options.width, options.height,
             {camera.position, direction, camera.roll * RADIANS_A_DEGREE, camera.fov * RADIANS_A_DEGREE});
-        picture.Draw(*lit, textures);
+        picture.Draw(*lit, textures, decals);
         rgb = picture.Rgb();
         return true;
     }
@@ -89,6 +91,7 @@ private:
     const MovieFramesOptions& options;
     std::optional<WorldFile> lit;
     std::vector<Texels> textures;
+    PictureDecals decals;
 };
 
 int WriteFrames(CInterface& interface, const MovieFramesOptions& options, const FrameWriter& writer,

@@ -72,6 +72,7 @@ bool LightPreview::Draw() {
     for (const LitMesh& lit : meshes)
         if (lit.material > 0 && static_cast<size_t>(lit.material) < textures.size())
             picture.DrawMesh(lit.mesh, textures[static_cast<size_t>(lit.material)],
-                             {lit.width, lit.height, lit.lightmap.empty() ? nullptr : lit.lightmap.data()}, false);
+                             {lit.width, lit.height, lit.lightmap.empty() ? nullptr : lit.lightmap.data()},
+                             PictureBlend::Opaque);
     return !meshes.empty();
 }

@@ -2,27 +2,49 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 #include "definitions/MaterialLibrary.h"
 #include "render/Textures.h"
 #include "scene/Brush.h"
 #include "scene/World.h"
 
+static Texels ReadTexels(uint32_t handle) {
+    Texels texels;
+    uint32_t width = 0, height = 0;
+    if (crTReadPixels(handle, texels.argb, width, height)) {
+        texels.width = static_cast<int>(width);
+        texels.height = static_cast<int>(height);
+    }
+    return texels;
+}
+
 std::vector<Texels> LoadTextures(const WorldFile& world) {
     std::vector<Texels> textures;
     for (const WorldMaterial& material : world.materials) {
         Texels& texels = textures.emplace_back();
         MaterialProperties properties;
-        if (!ParseMaterialScript(material.material_class, material.material_name, properties))
-            continue;
-        const uint32_t handle = crTGet("Textures\\" + properties.texture_class, properties.texture_name, TL_MATERIAL);
-        uint32_t width = 0, height = 0;
-        if (crTReadPixels(handle, texels.argb, width, height)) {
-            texels.width = static_cast<int>(width);
-            texels.height = static_cast<int>(height);
-        }
+        if (ParseMaterialScript(material.material_class, material.material_name, properties))
+            texels = ReadTexels(crTGet("Textures\\" + properties.texture_class, properties.texture_name, TL_MATERIAL));
     }
     return textures;
+}
+
+PictureDecals DecalsOf(const World& world) {
+    PictureDecals decals;
+    std::map<uint32_t, size_t> places; // of each texture
+    for (const auto& brush : world.brush)
+        for (const auto& decal : brush->decal_list) {
+            const auto [place, is_new] = places.try_emplace(decal->texture, decals.textures.size());
+            if (is_new)
+                decals.textures.push_back(ReadTexels(decal->texture));
+            PictureDecals::Piece& piece = decals.pieces.emplace_back();
+            piece.mesh = {decal->xyz, decal->uv, {}, {}, decal->tris};
+            piece.mesh.colors.assign(decal->xyz.size(), decal->color.dw_color & 0xFFFFFF);
+            piece.texture = place->second;
+            piece.blend = decal->alpha_decal ? PictureBlend::Alpha : PictureBlend::Multiply;
+        }
+    return decals;
 }
 
 static constexpr float NEAR_PLANE = 2.0f;
@@ -54,12 +76,17 @@ WorldPicture::Vertex WorldPicture::ToView(const D3DVECTOR& p) const {
     return vertex;
 }
 
-void WorldPicture::Draw(const WorldFile& world, const std::vector<Texels>& textures) {
-    for (bool transparent : {false, true})
+void WorldPicture::Draw(const WorldFile& world, const std::vector<Texels>& textures, const PictureDecals& decals) {
+    const auto draw_surfaces = [&](PictureBlend blend) {
         for (const WorldBrush& brush : world.brushes)
             if (brush.type != BT_PORTAL && brush.type != BT_OCCLUDER)
                 for (const WorldSurface& surface : brush.surfaces)
-                    DrawSurface(brush, surface, world, textures, transparent);
+                    DrawSurface(brush, surface, world, textures, blend);
+    };
+    draw_surfaces(PictureBlend::Opaque);
+    for (const PictureDecals::Piece& piece : decals.pieces)
+        DrawMesh(piece.mesh, decals.textures[piece.texture], {}, piece.blend);
+    draw_surfaces(PictureBlend::Glass);
 }
 
 static D3DVECTOR Rgb24(uint32_t word) {
@@ -96,14 +123,14 @@ static WorldSurface Tessellated(const WorldSurface& surface) {
 }
 
 void WorldPicture::DrawSurface(const WorldBrush& brush, const WorldSurface& surface, const WorldFile& world,
-                               const std::vector<Texels>& textures, bool transparent) {
+                               const std::vector<Texels>& textures, PictureBlend blend) {
     const int material = surface.texture.index;
     if (material < 1 || static_cast<size_t>(material) > textures.size())
         return;
     const Texels& texture = textures[static_cast<size_t>(material) - 1];
     const bool has_alpha =
         std::any_of(texture.argb.begin(), texture.argb.end(), [](uint32_t t) { return t >> 24 != 255; });
-    if (has_alpha != transparent)
+    if (has_alpha != (blend == PictureBlend::Glass))
         return;
     const WorldSurface tessellated = Tessellated(surface);
     PictureMesh mesh{tessellated.vertices, tessellated.uv, tessellated.lightmap_uv, tessellated.colors,
@@ -115,11 +142,11 @@ void WorldPicture::DrawSurface(const WorldBrush& brush, const WorldSurface& surf
     if (const auto page = static_cast<size_t>(surface.lightmap.lightmap);
         brush.type != BT_CUSTOM && page < world.lightmap_pages.size())
         lightmap = {LIGHTMAP_PAGE_SIDE, LIGHTMAP_PAGE_SIDE, world.lightmap_pages[page].data()};
-    DrawMesh(mesh, texture, lightmap, transparent);
+    DrawMesh(mesh, texture, lightmap, blend);
 }
 
 void WorldPicture::DrawMesh(const PictureMesh& mesh, const Texels& texture, const LightTexels& lightmap,
-                            bool transparent) {
+                            PictureBlend blend) {
     std::vector<Vertex> vertices;
     for (size_t v = 0; v < mesh.vertices.size(); ++v) {
         Vertex& vertex = vertices.emplace_back(ToView(mesh.vertices[v]));
@@ -129,7 +156,7 @@ void WorldPicture::DrawMesh(const PictureMesh& mesh, const Texels& texture, cons
         if (v < mesh.colors.size())
             vertex.tint = Rgb24(mesh.colors[v]);
     }
-    const Paint paint{&texture, lightmap, transparent};
+    const Paint paint{&texture, lightmap, blend};
     for (const TRIANGLE& triangle : mesh.triangles) {
         if (std::any_of(triangle.i.begin(), triangle.i.end(), [&](uint16_t i) { return i >= vertices.size(); }))
             continue;
@@ -184,6 +211,18 @@ static D3DVECTOR LightColor(const LightTexels& map, const UVVector& uv) {
            (at(x0, y0 + 1) * (1 - fx) + at(x0 + 1, y0 + 1) * fx) * fy;
 }
 
+// What a picture shows of an intensity, and back.
+static D3DVECTOR Shown(const D3DVECTOR& c) {
+    return {std::sqrt(std::max(0.0f, c.x)), std::sqrt(std::max(0.0f, c.y)), std::sqrt(std::max(0.0f, c.z))};
+}
+static D3DVECTOR Intensity(const D3DVECTOR& shown) { return {shown.x * shown.x, shown.y * shown.y, shown.z * shown.z}; }
+
+// The inverse distance of a decal, which lies on its surface: as far in front of it as rounding may move either.
+static float NearerThan(float inverse) {
+    const float z = 1 / inverse;
+    return 1 / (z - 0.01f - z * 1.0e-5f);
+}
+
 void WorldPicture::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, const Paint& paint) {
     const Vertex* corner[3] = {&a, &b, &c};
     float x[3], y[3], w[3];
@@ -195,6 +234,7 @@ void WorldPicture::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, 
     const float area = (x[1] - x[0]) * (y[2] - y[0]) - (x[2] - x[0]) * (y[1] - y[0]);
     if (!(std::fabs(area) > 1.0e-6f))
         return;
+    const bool is_decal = paint.blend == PictureBlend::Multiply || paint.blend == PictureBlend::Alpha;
     const auto bound = [](float value, int most) {
         return static_cast<int>(std::clamp(value, 0.0f, static_cast<float>(most)));
     };
@@ -212,7 +252,7 @@ void WorldPicture::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, 
                 continue;
             const float inverse = l0 * w[0] + l1 * w[1] + l2 * w[2];
             const size_t pixel = static_cast<size_t>(py) * static_cast<size_t>(width) + static_cast<size_t>(px);
-            if (inverse <= depth[pixel])
+            if ((is_decal ? NearerThan(inverse) : inverse) <= depth[pixel])
                 continue;
             const float p0 = l0 * w[0] / inverse, p1 = l1 * w[1] / inverse, p2 = l2 * w[2] / inverse;
             const UVVector uv{a.uv.u * p0 + b.uv.u * p1 + c.uv.u * p2, a.uv.v * p0 + b.uv.v * p1 + c.uv.v * p2};
@@ -223,13 +263,23 @@ void WorldPicture::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, 
             const bool textured = paint.texture->width > 0;
             const uint32_t texel = textured ? Texel(*paint.texture, uv) : 0xFF000000;
             const D3DVECTOR base = textured ? Rgb24(texel) : GREY;
-            if (paint.transparent) {
-                // Glass glows in its own colour and lets the rest through.
-                const float alpha = static_cast<float>(texel >> 24) / 255;
-                color[pixel] = base * (alpha * 0.8f) + color[pixel] * (1 - alpha);
-            } else {
-                color[pixel] = {base.x * light.x, base.y * light.y, base.z * light.z};
+            const float alpha = static_cast<float>(texel >> 24) / 255;
+            const D3DVECTOR lit{base.x * light.x, base.y * light.y, base.z * light.z};
+            D3DVECTOR& under = color[pixel];
+            switch (paint.blend) {
+            case PictureBlend::Opaque:
+                under = lit;
                 depth[pixel] = inverse;
+                break;
+            case PictureBlend::Glass:
+                under = base * (alpha * 0.8f) + under * (1 - alpha);
+                break;
+            case PictureBlend::Multiply: // decals blend with what is shown
+                under = {under.x * lit.x * lit.x, under.y * lit.y * lit.y, under.z * lit.z * lit.z};
+                break;
+            case PictureBlend::Alpha:
+                under = Intensity(lit * alpha + Shown(under) * (1 - alpha));
+                break;
             }
         }
 }
@@ -237,8 +287,10 @@ void WorldPicture::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, 
 std::vector<uint8_t> WorldPicture::Rgb() const {
     std::vector<uint8_t> rgb;
     rgb.reserve(color.size() * 3);
-    for (const D3DVECTOR& c : color)
-        for (float channel : {c.x, c.y, c.z})
-            rgb.push_back(static_cast<uint8_t>(ChannelToByte(std::sqrt(std::max(0.0f, channel)))));
+    for (const D3DVECTOR& c : color) {
+        const D3DVECTOR shown = Shown(c);
+        for (float channel : {shown.x, shown.y, shown.z})
+            rgb.push_back(static_cast<uint8_t>(ChannelToByte(channel)));
+    }
     return rgb;
 }

@@ -8,6 +8,8 @@
 
 #include "persistence/WorldFile.h"
 
+class World;
+
 struct PictureCamera {
     D3DVECTOR position;
     D3DVECTOR direction{0, 0, 1}; // a unit vector
@@ -39,15 +41,33 @@ struct PictureMesh {
     std::vector<TRIANGLE> triangles;
 };
 
+enum class PictureBlend {
+    Opaque,
+    Glass,    // glows in its own colour and lets the rest through; behind what is drawn later
+    Multiply, // a decal without alpha darkens what lies under it
+    Alpha,    // a decal with alpha covers it, without light
+};
+
+// The decals of a level, ready to be drawn in many pictures.
+struct PictureDecals {
+    struct Piece {
+        PictureMesh mesh;
+        size_t texture;
+        PictureBlend blend;
+    };
+    std::vector<Texels> textures;
+    std::vector<Piece> pieces;
+};
+PictureDecals DecalsOf(const World& world);
+
 class WorldPicture {
 public:
     WorldPicture(int w, int h, const PictureCamera& camera);
 
     // textures: one of each material, number 1 first; an empty one draws grey.
-    void Draw(const WorldFile& world, const std::vector<Texels>& textures);
-    // Into what is drawn already. lightmap: none when its bytes are null. transparent: blended, behind all others in
-    // the order of drawing.
-    void DrawMesh(const PictureMesh& mesh, const Texels& texture, const LightTexels& lightmap, bool transparent);
+    void Draw(const WorldFile& world, const std::vector<Texels>& textures, const PictureDecals& decals = {});
+    // Into what is drawn already. lightmap: none when its bytes are null.
+    void DrawMesh(const PictureMesh& mesh, const Texels& texture, const LightTexels& lightmap, PictureBlend blend);
     std::vector<uint8_t> Rgb() const; // three bytes a pixel
 
 private:
@@ -59,11 +79,11 @@ private:
     struct Paint {
         const Texels* texture;
         LightTexels lightmap;
-        bool transparent;
+        PictureBlend blend;
     };
 
     void DrawSurface(const WorldBrush& brush, const WorldSurface& surface, const WorldFile& world,
-                     const std::vector<Texels>& textures, bool transparent);
+                     const std::vector<Texels>& textures, PictureBlend blend);
     void DrawTriangle(const Vertex* corners, const Paint& paint);
     void Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, const Paint& paint);
     Vertex ToView(const D3DVECTOR& p) const;

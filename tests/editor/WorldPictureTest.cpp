@@ -19,7 +19,7 @@ TEST(WorldPicture, IsFramedAsTheMovieCameraDoes) {
         PictureMesh mesh;
         mesh.vertices = {spot + D3DVECTOR{-1, -1, 0}, spot + D3DVECTOR{1, -1, 0}, spot + D3DVECTOR{0, 2, 0}};
         mesh.triangles = {{{0, 1, 2}}};
-        picture.DrawMesh(mesh, white, {}, false);
+        picture.DrawMesh(mesh, white, {}, PictureBlend::Opaque);
         const std::vector<uint8_t> rgb = picture.Rgb();
         float x = 0, y = 0, pixels = 0;
         for (int py = 0; py < HEIGHT; ++py)
@@ -36,4 +36,29 @@ TEST(WorldPicture, IsFramedAsTheMovieCameraDoes) {
         EXPECT_NEAR(x / pixels, WIDTH / 2.0f + view.x * scale, 1.0f) << roll;
         EXPECT_NEAR(y / pixels, HEIGHT / 2.0f - view.y * scale, 1.0f) << roll;
     }
+}
+
+// A decal without alpha multiplies what the picture shows under it, one with alpha covers it by its share; where a
+// surface stands in front nothing of it is seen. Shades by hand.
+TEST(WorldPicture, DecalsLieOnTheirSurfaces) {
+    constexpr int SIDE = 40;
+    const auto square = [](float z, float half, uint32_t color) {
+        PictureMesh mesh;
+        mesh.vertices = {{-half, -half, z}, {half, -half, z}, {half, half, z}, {-half, half, z}};
+        mesh.colors.assign(4, color);
+        mesh.triangles = {{{0, 1, 2}}, {{0, 2, 3}}};
+        return mesh;
+    };
+    const Texels white{1, 1, {0xFFFFFFFF}}, half_alpha{1, 1, {0x80FFFFFF}};
+    const auto middle = [&](float decal_distance, const Texels& texture, PictureBlend blend, uint32_t color) {
+        WorldPicture picture(SIDE, SIDE, {{0, 0, 0}, {0, 0, 1}, 0, PI / 2});
+        // 0x40 of 0xFF: an intensity of a quarter is shown as a half.
+        picture.DrawMesh(square(1000, 900, 0x404040), white, {}, PictureBlend::Opaque);
+        picture.DrawMesh(square(decal_distance, 500, color), texture, {}, blend);
+        return static_cast<int>(picture.Rgb()[(SIDE / 2 * SIDE + SIDE / 2) * 3]);
+    };
+    EXPECT_NEAR(middle(1000, white, PictureBlend::Multiply, 0x808080), 64, 1); // half of a half
+    EXPECT_NEAR(middle(1000, half_alpha, PictureBlend::Alpha, 0xFFFFFF), 192, 2);
+    EXPECT_NEAR(middle(1000, half_alpha, PictureBlend::Alpha, 0x000000), 64, 1);
+    EXPECT_NEAR(middle(1001, white, PictureBlend::Multiply, 0x000000), 128, 1); // behind the surface
 }
