@@ -33,7 +33,11 @@ struct Level {
     }
     void SetMaterial(int row) {
         for (const auto& b : world.brush) {
-            b->ForEachSurface([row](Surface& s, int, bool) { s.texture.index = row; });
+            b->ForEachSurface([row](Surface& s, int, bool) {
+                s.texture.index = row;
+                s.texture.size = {SIDE, SIDE};
+            });
+            b->RemapAll();
             b->MarkDrawnChanged();
         }
     }
@@ -86,12 +90,23 @@ inline void SetWireView(int view, float s, float w, float h) {
     Screen::Set(CRM_PROJ, {{{2 / w, 0, 0, 0}, {0, 2 / h, 0, 0}, {0, 0, 0, 0}, {-2 * across / w, -2 * up / h, 0, 1}}});
 }
 
-// From outside a corner of the level: the first brushes are the nearest, or the last.
-inline void SetCamera(bool far_corner, float w, float h) {
+struct ViewPoint {
+    D3DVECTOR eye, at;
+};
+inline const ViewPoint VIEW_POINTS[] = {
+    {{-200, 1200, -300}, {800, 512, 800}}, // outside a corner: the first brushes are the nearest
+    {{1800, 1200, 1900}, {800, 512, 800}}, // the last are
+    {{824, 1000, 1800}, {824, 0, 400}},    // down between the columns of brushes
+    {{-900, 504, 2500}, {800, 504, 800}},  // far out, all in view
+    {{824, 504, 1640}, {830, 500, 0}},     // into a gap: brush behind brush
+    {{824, 490, 824}, {1500, 600, 1400}},  // amid the level
+    {{824, 490, 830}, {824, 490, 820}},    // close to one that fills the view
+};
+
+inline void SetCamera(const ViewPoint& point, float w, float h) {
     Screen::Set(CRM_VIEW, crIdentity());
     const uint32_t old = crMCurrent(CRM_VIEW);
-    const D3DVECTOR eye = far_corner ? D3DVECTOR{1800, 1200, 1900} : D3DVECTOR{-200, 1200, -300};
-    crMViewTo(eye, {800, 512, 800}, {0, 1, 0}, 0);
+    crMViewTo(point.eye, point.at, {0, 1, 0}, 0);
     crMCurrent(CRM_PROJ);
     crMSetIdentity();
     crMProj(PI / 2, h / w, 10, 10000);
@@ -121,7 +136,7 @@ inline void RedrawViews(Screen& screen) {
         context.scale = 0.5f;
         crSetViewport(view % 2 * W, view / 2 * H, W, H);
         if (view == VIEW_PERSPECTIVE)
-            SetCamera(false, W, H);
+            SetCamera(VIEW_POINTS[0], W, H);
         else
             SetWireView(view, context.scale, W, H);
         screen.Frame(context);

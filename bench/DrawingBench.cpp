@@ -23,13 +23,13 @@ BENCHMARK(WireView)
     ->MeasureProcessCPUTime()
     ->UseRealTime();
 
-// The perspective view of 1920 by 1080. range(0): 0 bare surfaces, 1 textured, 2 smoothly; range(1): the corner.
+// The perspective view of 1920 by 1080. range(0): 0 bare surfaces, 1 textured, 2 smoothly; range(1): the view point.
 static void SolidView(benchmark::State& state) {
     SoftDevice device;
     Screen screen(device, 1920, 1080);
     SetTextures(state.range(0) == 2);
     TheLevel().SetMaterial(state.range(0) == 0 ? 0 : 1);
-    SetCamera(state.range(1) != 0, 1920, 1080);
+    SetCamera(VIEW_POINTS[state.range(1)], 1920, 1080);
     DrawContext context;
     context.view = VIEW_PERSPECTIVE;
     screen.Frame(context); // makes what is kept
@@ -38,7 +38,7 @@ static void SolidView(benchmark::State& state) {
     TheLevel().SetMaterial(0);
 }
 BENCHMARK(SolidView)
-    ->ArgsProduct({{0, 1, 2}, {0, 1}})
+    ->ArgsProduct({{0, 1, 2}, benchmark::CreateDenseRange(0, std::size(VIEW_POINTS) - 1, 1)})
     ->Unit(benchmark::kMillisecond)
     ->MeasureProcessCPUTime()
     ->UseRealTime();

@@ -38,6 +38,34 @@ uint32_t WordAt(const uint8_t* row, uint32_t x) {
 // Red and blue, each with room for 32 bits.
 uint64_t RedAndBlue(uint32_t word) { return uint64_t{word & 0xFF0000} << 16 | (word & 0xFF); }
 
+// The sum of texels by weights that come to 65536, rounded to the nearest, without alpha.
+class Mix {
+public:
+    void Add(uint32_t word, uint32_t weight) {
+        red_blue += RedAndBlue(word) * weight;
+        green += (word >> 8 & 255) * weight;
+    }
+    uint32_t Word() const {
+        return static_cast<uint32_t>(red_blue >> 48) << 16 | (green >> 16) << 8 |
+               static_cast<uint32_t>(red_blue >> 16 & 255);
+    }
+
+private:
+    uint64_t red_blue = 0x0000800000008000; // as RedAndBlue
+    uint32_t green = 0x8000;
+};
+
+// Four texels by how far, in parts of 256, a place lies from the upper left one's centre.
+inline uint32_t MixOf(const uint8_t* upper, const uint8_t* lower, uint32_t x0, uint32_t x1, uint32_t right,
+                      uint32_t down) {
+    Mix mix;
+    mix.Add(WordAt(upper, x0), (256 - right) * (256 - down));
+    mix.Add(WordAt(upper, x1), right * (256 - down));
+    mix.Add(WordAt(lower, x0), (256 - right) * down);
+    mix.Add(WordAt(lower, x1), right * down);
+    return mix.Word();
+}
+
 } // namespace
 
 bool SoftPixel::HasWordStages() const {
@@ -54,6 +82,10 @@ bool SoftPixel::HasWordStages() const {
                 return false;
     }
     return stage_count > 0;
+}
+
+bool SoftPixel::RepeatsOneTexture() const {
+    return stage_count == 1 && stages[0].address[0] == TA_WRAP && stages[0].address[1] == TA_WRAP;
 }
 
 // As Sample, of red, green and blue.
@@ -75,17 +107,46 @@ void SoftPixel::SampleWords(const Stage& stage, float u, float v, uint32_t (&rgb
     const uint8_t* const upper = texture.Row(PlaceOf(y, height, repeats_v));
     const uint8_t* const lower = texture.Row(PlaceOf(y + 1, height, repeats_v));
     const uint32_t x0 = PlaceOf(x, width, repeats_u), x1 = PlaceOf(x + 1, width, repeats_u);
-    const uint32_t words[4] = {WordAt(upper, x0), WordAt(upper, x1), WordAt(lower, x0), WordAt(lower, x1)};
-    const uint32_t weights[4] = {(256 - right) * (256 - down), right * (256 - down), (256 - right) * down,
-                                 right * down};
-    uint64_t red_blue = 0x0000800000008000;
-    uint32_t green = 0x8000;
-    for (int k = 0; k < 4; ++k) {
-        red_blue += RedAndBlue(words[k]) * weights[k];
-        green += (words[k] >> 8 & 255) * weights[k];
+    const uint32_t word = MixOf(upper, lower, x0, x1, right, down);
+    rgb[0] = word >> 16, rgb[1] = word >> 8 & 255, rgb[2] = word & 255;
+}
+
+// As ColorWords, of one repeated texture and one colour.
+template <bool SMOOTH>
+void SoftPixel::ColorTexture(const SoftFill& fill, double across, double down, uint32_t* pixels, int count) const {
+    constexpr int64_t TEXEL = 256;
+    const Stage& stage = stages[0];
+    const uint32_t width = stage.texture->Width(), height = stage.texture->Height();
+    const int64_t last_x = int64_t{width} - 1, last_y = int64_t{height} - 1;
+    const uint8_t* const texels = stage.texture->Row(0);
+    const auto row_at = [&](int64_t y) { return texels + static_cast<size_t>(y & last_y) * width * sizeof(uint32_t); };
+    const auto column_at = [&](int64_t x) { return static_cast<uint32_t>(x & last_x); };
+    const auto texel_at = [&](int64_t x, int64_t y) {
+        if constexpr (!SMOOTH)
+            return WordAt(row_at(y >> 8), column_at(x >> 8));
+        x -= TEXEL / 2, y -= TEXEL / 2; // from the centres of the texels
+        const auto right = static_cast<uint32_t>(x & 255), below = static_cast<uint32_t>(y & 255);
+        x >>= 8, y >>= 8;
+        const uint8_t *const upper = row_at(y), *const lower = row_at(y + 1);
+        return MixOf(upper, lower, column_at(x), column_at(x + 1), right, below);
+    };
+    const auto red = static_cast<uint32_t>(fill.color[0]), green = static_cast<uint32_t>(fill.color[1]),
+               blue = static_cast<uint32_t>(fill.color[2]);
+    const bool as_is = stage.color_op == OP_SELECTARG1 || (red & green & blue) == WHOLE;
+
+    const SoftFill::Plane* const uv = fill.planes + SoftFill::V_UV + stage.coordinates;
+    SoftFill::Doubles place = {across, across + SUBPIXELS};
+    for (int i = 0; i < count; i += 2, place += 2 * SUBPIXELS) {
+        const SoftFill::Doubles w = 1.0 / fill.planes[SoftFill::V_RHW].At(place, down);
+        const SoftFill::Doubles u = uv[0].At(place, down) * w, v = uv[1].At(place, down) * w;
+        for (int k = 0; k < std::min(2, count - i); ++k) {
+            const uint32_t word =
+                texel_at(ToSubtexels(static_cast<float>(u[k]), width), ToSubtexels(static_cast<float>(v[k]), height));
+            pixels[i + k] = as_is ? word & 0xFFFFFF
+                                  : Times(word >> 16 & 255, red) << 16 | Times(word >> 8 & 255, green) << 8 |
+                                        Times(word & 255, blue);
+        }
     }
-    rgb[0] = static_cast<uint32_t>(red_blue >> 48), rgb[1] = green >> 16;
-    rgb[2] = static_cast<uint32_t>(red_blue >> 16 & 255);
 }
 
 void SoftPixel::ColorWords(const SoftFill& fill, double across, double down, uint32_t* pixels, int count) const {
@@ -113,6 +174,11 @@ void SoftPixel::ColorWords(const SoftFill& fill, double across, double down, uin
 }
 
 void SoftPixel::Color(const SoftFill& fill, double across, double down, uint32_t* pixels, int count) const {
+    if (repeats_texture && fill.one_color) {
+        stages[0].smooth ? ColorTexture<true>(fill, across, down, pixels, count)
+                         : ColorTexture<false>(fill, across, down, pixels, count);
+        return;
+    }
     if (word_stages) {
         ColorWords(fill, across, down, pixels, count);
         return;

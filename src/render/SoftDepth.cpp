@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
 #include "render/SoftState.h"
@@ -29,11 +30,24 @@ void CoarseDepth::Touch(int left, int top, int right, int bottom) {
 void CoarseDepth::Look(const float* depths, int column, int row) {
     const int left = column * SIDE, right = std::min(left + SIDE, width);
     float farthest = 0;
+    using Floats = float __attribute__((vector_size(16)));
+    Floats columns_farthest[SIDE / 4] = {};
     for (int y = row * SIDE; y < std::min(row * SIDE + SIDE, height); ++y) {
         const float* const line = depths + static_cast<size_t>(y) * static_cast<size_t>(width);
+        if (right - left == SIDE) {
+            for (int i = 0; i < SIDE / 4; ++i) {
+                Floats there;
+                std::memcpy(&there, line + left + 4 * i, sizeof(there));
+                columns_farthest[i] = columns_farthest[i] < there ? there : columns_farthest[i];
+            }
+            continue;
+        }
         for (int x = left; x < right; ++x)
             farthest = farthest < line[x] ? line[x] : farthest;
     }
+    for (const Floats& four : columns_farthest)
+        for (int i = 0; i < 4; ++i)
+            farthest = std::max(farthest, four[i]);
     At(column, row) = {farthest, false};
 }
 

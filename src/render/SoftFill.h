@@ -4,9 +4,13 @@
 #include "render/SoftVertex.h"
 
 struct SoftFill {
+    using Doubles = double __attribute__((vector_size(16)));
     struct Plane {                 // of one value over the picture
         double start, right, down; // at the origin, and its growth by 1/256 pixels
-        double At(double across, double below) const { return start + right * across + down * below; }
+        template <class Value>     // a double, or Doubles
+        Value At(Value across, double below) const {
+            return start + right * across + down * below;
+        }
     };
     // Places among the values of a pixel
     enum : int { V_DEPTH, V_RHW, V_COLOR, V_UV = V_COLOR + 4, MOST_VALUES = SoftVertex::CUT - SoftVertex::Z };

@@ -10,7 +10,6 @@ namespace {
 constexpr size_t SLICE_VERTICES = 4096;
 constexpr size_t FEW_VERTICES = 4096; // whose drawing takes less time than a thread takes to start
 constexpr size_t COMPARED_SETTINGS = 64;
-constexpr uint32_t FLAT_LINE = 0x80000000; // in the number of a shape: it is a line of one colour
 
 } // namespace
 
@@ -26,8 +25,13 @@ public:
         flat = used.coordinate_sets == 0;
     }
     void Polygon(const SoftVertex* const* vertices, int count) override {
-        if (!SoftRaster::TurnsOut(vertices, count, cull))
-            Keep(vertices, count);
+        if (SoftRaster::TurnsOut(vertices, count, cull))
+            return;
+        const SoftRaster::Extent extent = SoftRaster::ExtentOf(vertices, count, *target);
+        if (extent.IsEmpty())
+            return;
+        EnterRows(extent.top, extent.bottom - 1, static_cast<uint32_t>(slice.shapes.size()));
+        Keep(vertices, count, extent);
     }
     void Line(const SoftVertex& from, const SoftVertex& to) override {
         if (from.subpixel_x == to.subpixel_x && from.subpixel_y == to.subpixel_y)
@@ -36,7 +40,8 @@ public:
         const auto [top, bottom] = std::minmax(from.subpixel_y, to.subpixel_y);
         if (!flat || from.mixed || to.mixed || from.argb != to.argb) {
             const SoftVertex* const ends[2] = {&from, &to};
-            Keep(ends, 2);
+            if (Enter(left, top, right, bottom, static_cast<uint32_t>(slice.shapes.size())))
+                Keep(ends, 2, {});
         } else if (Enter(left, top, right, bottom, static_cast<uint32_t>(slice.lines.size()) | FLAT_LINE)) {
             slice.lines.push_back({setting, from.argb, from.subpixel_x, from.subpixel_y, to.subpixel_x, to.subpixel_y,
                                    from.v[SoftVertex::Z], to.v[SoftVertex::Z]});
@@ -44,7 +49,9 @@ public:
     }
     void Point(const SoftVertex& at) override {
         const SoftVertex* const only = &at;
-        Keep(&only, 1);
+        if (Enter(at.subpixel_x, at.subpixel_y, at.subpixel_x, at.subpixel_y,
+                  static_cast<uint32_t>(slice.shapes.size())))
+            Keep(&only, 1, {});
     }
 
 private:
@@ -52,26 +59,21 @@ private:
         const std::vector<SoftVertex>& kept = slice.memory.on_screen;
         return !std::less<>()(vertex, kept.data()) && std::less<>()(vertex, kept.data() + kept.size());
     }
+    void EnterRows(int top, int bottom, uint32_t number) {
+        for (int band = top / BAND_ROWS; band <= bottom / BAND_ROWS; ++band)
+            slice.bands[band].push_back(number);
+    }
     // Notes a shape that covers this area, in 1/256 pixels, in the bands that it meets; false if it shows nowhere.
     bool Enter(int32_t left, int32_t top, int32_t right, int32_t bottom, uint32_t number) {
         const auto pixel = [](int32_t subpixels) { return subpixels >> 8; };
         if (pixel(right) < target->left || pixel(left) >= target->right || pixel(bottom) < target->top ||
             pixel(top) >= target->bottom)
             return false;
-        const int last_band = std::min(pixel(bottom), target->bottom - 1) / BAND_ROWS;
-        for (int band = std::max(pixel(top), target->top) / BAND_ROWS; band <= last_band; ++band)
-            slice.bands[band].push_back(number);
+        EnterRows(std::max(pixel(top), target->top), std::min(pixel(bottom), target->bottom - 1), number);
         return true;
     }
-    void Keep(const SoftVertex* const* vertices, int count) {
-        int32_t left = vertices[0]->subpixel_x, right = left, top = vertices[0]->subpixel_y, bottom = top;
-        for (int k = 1; k < count; ++k) {
-            left = std::min(left, vertices[k]->subpixel_x), right = std::max(right, vertices[k]->subpixel_x);
-            top = std::min(top, vertices[k]->subpixel_y), bottom = std::max(bottom, vertices[k]->subpixel_y);
-        }
-        if (!Enter(left, top, right, bottom, static_cast<uint32_t>(slice.shapes.size())))
-            return;
-        Shape& shape = slice.shapes.emplace_back(Shape{setting, count, {}});
+    void Keep(const SoftVertex* const* vertices, int count, const SoftRaster::Extent& extent) {
+        Shape& shape = slice.shapes.emplace_back(Shape{setting, count, extent, {}});
         if (count <= 3 && IsInSlice(vertices[0])) {
             std::copy_n(vertices, count, shape.corners);
         } else {
@@ -163,58 +165,6 @@ void SoftGroup::Place(Slice& slice) {
     }
 }
 
-void SoftGroup::DrawShape(const Shape& shape, SoftRaster& raster) {
-    const SoftVertex* corners[SoftSink::MOST_CORNERS];
-    if (shape.count <= 3)
-        std::copy_n(shape.corners, shape.count, corners);
-    else
-        for (int k = 0; k < shape.count; ++k)
-            corners[k] = shape.corners[0] + k;
-    if (shape.count == 1)
-        raster.Point(*corners[0]);
-    else if (shape.count == 2)
-        raster.Line(*corners[0], *corners[1]);
-    else
-        raster.Polygon(corners, shape.count);
-}
-
-void SoftGroup::FillBand(int band, SoftShades& later) const {
-    const int top = band * BAND_ROWS, bottom = top + BAND_ROWS;
-    std::vector<std::unique_ptr<SoftRaster>> rasters(settings.size());
-    SoftRaster* last = nullptr;
-    uint32_t last_setting = 0;
-    const auto raster_of = [&](uint32_t index) -> SoftRaster& {
-        if (last && index == last_setting)
-            return *last;
-        std::unique_ptr<SoftRaster>& raster = rasters[index];
-        if (!raster) {
-            SoftTarget part = settings[index]->target;
-            part.top = std::max(part.top, top);
-            part.bottom = std::min(part.bottom, bottom);
-            raster = std::make_unique<SoftRaster>(settings[index]->state, part, &later);
-        }
-        last = raster.get();
-        last_setting = index;
-        last->Start();
-        return *last;
-    };
-    for (size_t s = 0; s < slice_count; ++s) {
-        const Slice& slice = slices[s];
-        for (const uint32_t number : slice.bands[band])
-            if ((number & FLAT_LINE) != 0) {
-                const SoftRaster::OneColorLine& line = slice.lines[number & ~FLAT_LINE];
-                raster_of(line.setting).FlatLine(line);
-            } else {
-                const Shape& shape = slice.shapes[number];
-                DrawShape(shape, raster_of(shape.setting));
-            }
-    }
-    SoftTarget rows = settings.front()->target; // of the picture
-    rows.left = 0, rows.right = rows.width;
-    rows.top = top, rows.bottom = std::min(bottom, rows.height);
-    later.ColorAll(rows);
-}
-
 void SoftGroup::Draw() {
     const int threads = MakeSlices() > FEW_VERTICES ? ThreadCount(0) : 1;
     ParallelFor(static_cast<int>(slice_count), threads,
@@ -225,10 +175,10 @@ void SoftGroup::Draw() {
         bottom = std::max(bottom, setting->target.bottom);
     }
     const int first_band = top / BAND_ROWS, bands = (std::max(bottom - 1, 0) / BAND_ROWS) + 1 - first_band;
-    shades.resize(static_cast<size_t>(threads));
+    workers.resize(static_cast<size_t>(threads));
     if (bottom > top)
         ParallelFor(bands, threads, [this, first_band](int band, int worker) {
-            FillBand(first_band + band, shades[static_cast<size_t>(worker)]);
+            FillBand(first_band + band, workers[static_cast<size_t>(worker)]);
         });
     settings.clear();
     pieces.clear();

@@ -26,7 +26,7 @@ public:
     void Draw(); // all, and empties the group
 
 private:
-    static constexpr int BAND_ROWS = 64; // a multiple of the squares of the coarse depth
+    static constexpr int BAND_ROWS = 32; // a multiple of the squares of the coarse depth
     static constexpr int MOST_BANDS = static_cast<int>(LONGEST_SCREEN_SIDE) / BAND_ROWS;
 
     struct Setting {
@@ -42,6 +42,7 @@ private:
     struct Shape { // 1 corner: a point, 2: a line; else a polygon
         uint32_t setting;
         int32_t count;
+        SoftRaster::Extent extent;    // of a polygon
         const SoftVertex* corners[3]; // of more, the first of an array
     };
     struct Slice { // some pieces on the screen
@@ -52,18 +53,27 @@ private:
         std::vector<uint32_t> bands[MOST_BANDS]; // what may show there, of shapes
         std::deque<std::vector<SoftVertex>> cut;
     };
+    static constexpr uint32_t FLAT_LINE = 0x80000000; // in the number of a shape: it is a line of one colour
+    struct Waiting {                                  // a polygon that is not drawn yet
+        const Shape* shape;
+        uint32_t told; // its place among the shapes of the band
+    };
+    struct Worker { // memory that it keeps from band to band
+        SoftShades shades;
+        std::vector<Waiting> waiting, sorted;
+    };
     class Recorder;
+    class Band;
 
     uint32_t SettingOf(const SoftState& state, const SoftTarget& target);
     size_t MakeSlices(); // their number
     void Place(Slice& slice);
-    static void DrawShape(const Shape& shape, SoftRaster& raster);
-    void FillBand(int band, SoftShades& later) const;
+    void FillBand(int band, Worker& worker) const;
 
     std::vector<std::unique_ptr<Setting>> settings;
     std::vector<Piece> pieces;
     std::vector<std::unique_ptr<SoftMesh>> own_meshes;
     std::vector<Slice> slices; // the first slice_count in use
     size_t slice_count = 0;
-    std::vector<SoftShades> shades; // of each worker
+    std::vector<Worker> workers;
 };

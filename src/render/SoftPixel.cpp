@@ -123,6 +123,7 @@ SoftPixel::SoftPixel(const SoftState& device_state, const SoftTarget& picture)
             coordinate_sets = std::max(coordinate_sets, set + 1);
     }
     word_stages = HasWordStages();
+    repeats_texture = word_stages && RepeatsOneTexture();
 }
 
 // Without a texture: white.

@@ -73,6 +73,9 @@ private:
     static void Sample(const Stage& stage, const float* uv, int (&rgba)[4]);
     static void SampleWords(const Stage& stage, float u, float v, uint32_t (&rgb)[3]);
     bool HasWordStages() const;
+    bool RepeatsOneTexture() const; // of those with word stages
+    template <bool SMOOTH>
+    void ColorTexture(const SoftFill& fill, double across, double down, uint32_t* pixels, int count) const;
     void ColorWords(const SoftFill& fill, double across, double down, uint32_t* pixels, int count) const;
     void RunStages(const Input& input, int (&rgba)[4]) const;
     uint32_t Blended(uint32_t under, const int (&src)[4]) const;
@@ -81,7 +84,8 @@ private:
     SoftTarget target;
     Stage stages[TEXTURE_STAGES];
     uint32_t stage_count = 0, coordinate_sets = 0;
-    bool word_stages = false; // all of them are simple enough for ColorWords
+    bool word_stages = false;     // all of them are simple enough for ColorWords
+    bool repeats_texture = false; // and there is but one, simple enough for ColorTexture
     bool depth_test, depth_write, alpha_test, blend;
     uint32_t depth_func, alpha_func, src_blend, dst_blend;
     int alpha_ref;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -67,7 +68,7 @@ void SoftRaster::Round(SoftVertex& vertex) {
     vertex.subpixel_y = ToSubpixels(vertex.v[SoftVertex::Y]);
 }
 
-bool SoftRaster::StartFill(Fill& fill, bool one_color, uint32_t argb) {
+bool SoftRaster::StartFill(SoftFill& fill, bool one_color, uint32_t argb) {
     fill.one_color = one_color;
     fill.value_count = value_count;
     fill.flat = one_color && pixel.IsFlat();
@@ -85,29 +86,33 @@ bool SoftRaster::StartFill(Fill& fill, bool one_color, uint32_t argb) {
     return true;
 }
 
-bool SoftRaster::IsHidden(const Corner* corners, int count) {
-    constexpr float ROUNDING = 1e-6f; // more than what the depth of a pixel may be off
-    int64_t left = corners[0].x, right = left, top = corners[0].y, bottom = top;
-    float nearest = corners[0].vertex->v[SoftVertex::Z];
+SoftRaster::Extent SoftRaster::ExtentOf(const SoftVertex* const* vertices, int count, const SoftTarget& picture) {
+    int32_t left = vertices[0]->subpixel_x, right = left, top = vertices[0]->subpixel_y, bottom = top;
+    float nearest = vertices[0]->v[SoftVertex::Z];
     for (int k = 1; k < count; ++k) {
-        left = std::min(left, corners[k].x), right = std::max(right, corners[k].x);
-        top = std::min(top, corners[k].y), bottom = std::max(bottom, corners[k].y);
-        nearest = std::min(nearest, corners[k].vertex->v[SoftVertex::Z]);
+        const SoftVertex& vertex = *vertices[k];
+        left = std::min(left, vertex.subpixel_x), right = std::max(right, vertex.subpixel_x);
+        top = std::min(top, vertex.subpixel_y), bottom = std::max(bottom, vertex.subpixel_y);
+        nearest = std::min(nearest, vertex.v[SoftVertex::Z]);
     }
-    const auto column = [this](int64_t x) {
-        return static_cast<int>(std::clamp<int64_t>(FirstCentre(x), target.left, target.right));
+    static_assert(LONGEST_SCREEN_SIDE <= std::numeric_limits<int16_t>::max());
+    const auto place = [](int32_t subpixels, int low, int high) {
+        return static_cast<int16_t>(std::clamp<int64_t>(FirstCentre(subpixels), low, high));
     };
-    const auto row = [this](int64_t y) {
-        return static_cast<int>(std::clamp<int64_t>(FirstCentre(y), target.top, target.bottom));
-    };
-    const int first_column = column(left), end_column = column(right), first_row = row(top), end_row = row(bottom);
-    if (first_column >= end_column || first_row >= end_row)
+    return {place(left, picture.left, picture.right), place(top, picture.top, picture.bottom),
+            place(right, picture.left, picture.right), place(bottom, picture.top, picture.bottom), nearest};
+}
+
+bool SoftRaster::IsHidden(const Extent& extent) {
+    constexpr float ROUNDING = 1e-6f; // more than what the depth of a pixel may be off
+    const int top = std::max<int>(extent.top, target.top), bottom = std::min<int>(extent.bottom, target.bottom);
+    if (extent.left >= extent.right || top >= bottom)
         return true;
-    if (pixel.HidesBehind() && target.coarse->IsNearer(target.depth, first_column, first_row, end_column, end_row,
-                                                       std::min(nearest, 1.0f) - ROUNDING))
+    if (pixel.HidesBehind() && target.coarse->IsNearer(target.depth, extent.left, top, extent.right, bottom,
+                                                       std::min(extent.nearest, 1.0f) - ROUNDING))
         return true;
     if (pixel.WritesDepth())
-        target.coarse->Touch(first_column, first_row, end_column, end_row);
+        target.coarse->Touch(extent.left, top, extent.right, bottom);
     return false;
 }
 
@@ -123,14 +128,18 @@ bool SoftRaster::TurnsOut(const SoftVertex* const* vertices, int count, uint32_t
 }
 
 void SoftRaster::Polygon(const SoftVertex* const* vertices, int count) {
+    if (!TurnsOut(vertices, count, cull) && !IsHidden(ExtentOf(vertices, count, target)))
+        Fill(vertices, count, 0);
+}
+
+void SoftRaster::Fill(const SoftVertex* const* vertices, int count, uint32_t told) {
     Corner corners[MOST_CORNERS];
     bool one_color = true;
     for (int k = 0; k < count; ++k) {
         corners[k] = ToCorner(*vertices[k]);
         one_color = one_color && !vertices[k]->mixed && vertices[k]->argb == vertices[0]->argb;
     }
-    if (TurnsOut(vertices, count, cull) || IsHidden(corners, count))
-        return;
+    later_told = told;
     int64_t whole = 0;
     for (int k = 1; k + 1 < count; ++k)
         whole += AreaOf(corners[0], corners[k], corners[k + 1]);
@@ -147,7 +156,7 @@ void SoftRaster::Triangle(const Corner& a, const Corner& b, const Corner& c, int
     const Corner &top = *upper[0], &middle = *upper[1], &bottom = *upper[2];
     const int64_t first_row = std::max<int64_t>(FirstCentre(top.y), target.top);
     const int64_t end_row = std::min<int64_t>(FirstCentre(bottom.y), target.bottom);
-    Fill fill;
+    SoftFill fill;
     if (first_row >= end_row || !StartFill(fill, one_color, a.vertex->argb))
         return;
     const auto bx = static_cast<double>(b.x - a.x), by = static_cast<double>(b.y - a.y);
@@ -159,7 +168,7 @@ void SoftRaster::Triangle(const Corner& a, const Corner& b, const Corner& c, int
                           (to_c * bx - to_b * cx) / static_cast<double>(area)};
     }
     fill.x = a.x, fill.y = a.y;
-    later_word = colors_later && !fill.flat && !shades->IsFull() ? shades->NextWord() : 0;
+    later_word = colors_later ? shades->NextWord() : 0;
     later_seen = false;
     EdgeRows long_edge(top, bottom, first_row);
     const auto rows = [&](const Corner& from, const Corner& to, int64_t row, int64_t end) {
@@ -172,11 +181,13 @@ void SoftRaster::Triangle(const Corner& a, const Corner& b, const Corner& c, int
     const int64_t turn = std::clamp(FirstCentre(middle.y), first_row, end_row);
     rows(top, middle, first_row, turn);
     rows(middle, bottom, turn, end_row);
-    if (later_seen)
-        shades->Keep(fill, pixel);
+    if (later_seen && fill.flat)
+        shades->KeepOneWord(flat_color.word, later_told);
+    else if (later_seen)
+        shades->Keep(fill, pixel, later_told);
 }
 
-void SoftRaster::Span(int row, int64_t first, int64_t end, const Fill& fill) {
+void SoftRaster::Span(int row, int64_t first, int64_t end, const SoftFill& fill) {
     const int left = static_cast<int>(std::max<int64_t>(first, target.left));
     const int right = static_cast<int>(std::min<int64_t>(end, target.right));
     if (left >= right)
@@ -184,15 +195,15 @@ void SoftRaster::Span(int row, int64_t first, int64_t end, const Fill& fill) {
     const auto down = static_cast<double>(row * SUBPIXELS + CENTRE - fill.y);
     const auto across = static_cast<double>(left * SUBPIXELS + CENTRE - fill.x);
     const size_t at = target.At(left, row), end_place = target.At(right, row);
-    if (fill.flat)
-        FlatSpan(at, end_place, across, down, fill.planes[V_DEPTH], flat_color.word);
-    else if (later_word != 0)
+    if (later_word != 0)
         later_seen |= FlatSpan(at, end_place, across, down, fill.planes[V_DEPTH], later_word);
+    else if (fill.flat)
+        FlatSpan(at, end_place, across, down, fill.planes[V_DEPTH], flat_color.word);
     else
         ColorSpan(at, end_place, across, down, fill);
 }
 
-void SoftRaster::ColorSpan(size_t at, size_t end, double across, double down, const Fill& fill) {
+void SoftRaster::ColorSpan(size_t at, size_t end, double across, double down, const SoftFill& fill) {
     SoftPixel::Input input;
     std::copy_n(fill.color, 4, input.color);
     for (; at < end; ++at, across += SUBPIXELS) {
@@ -203,6 +214,15 @@ void SoftRaster::ColorSpan(size_t at, size_t end, double across, double down, co
         Settle(at);
         pixel.Put(at, depth, input);
     }
+}
+
+// Of four pixels that are as near as what is there: those win no longer that were told before it.
+void SoftRaster::LoseTies(size_t at, Words ties, Words& wins) const {
+    if (!IsAny(ties))
+        return;
+    for (size_t i = 0; i < 4; ++i)
+        if (ties[i] != 0 && !shades->IsLater(later_told, target.pixels[at + i]))
+            wins[i] = 0;
 }
 
 bool SoftRaster::FlatSpan(size_t at, size_t end, double across, double down, const Plane& plane, uint32_t value) {
@@ -218,8 +238,6 @@ bool SoftRaster::FlatSpan(size_t at, size_t end, double across, double down, con
     if (end - at >= WORTHWHILE && plain && unclamped()) {
         using Doubles = double __attribute__((vector_size(16)));
         using Floats = float __attribute__((vector_size(16)));
-        using Words = uint32_t __attribute__((vector_size(16)));
-        using Halves = uint64_t __attribute__((vector_size(16)));
         const Words word = Words{} + value;
         Doubles place = {across, across + SUBPIXELS};
         for (; at + BLOCK <= end; at += BLOCK, place += static_cast<double>(BLOCK * SUBPIXELS)) {
@@ -229,9 +247,10 @@ bool SoftRaster::FlatSpan(size_t at, size_t end, double across, double down, con
                                   static_cast<float>(right[0]), static_cast<float>(right[1])};
             Floats there;
             std::memcpy(&there, target.depth + at, sizeof(there));
-            const auto wins = reinterpret_cast<Words>(depth <= there);
-            const auto halves = reinterpret_cast<Halves>(wins);
-            if ((halves[0] | halves[1]) == 0)
+            auto wins = reinterpret_cast<Words>(depth <= there);
+            if (later_word != 0)
+                LoseTies(at, reinterpret_cast<Words>(depth == there), wins);
+            if (!IsAny(wins))
                 continue;
             any = true;
             Words pixels;
@@ -245,6 +264,8 @@ bool SoftRaster::FlatSpan(size_t at, size_t end, double across, double down, con
     }
     for (; at < end; ++at, across += SUBPIXELS)
         if (const float depth = ToDepth(depth_at(across)); plain && depth <= target.depth[at]) {
+            if (later_word != 0 && depth == target.depth[at] && !shades->IsLater(later_told, target.pixels[at]))
+                continue;
             target.depth[at] = depth;
             target.pixels[at] = value;
             any = true;
@@ -271,7 +292,7 @@ void SoftRaster::FlatRun(size_t at, size_t stride, int64_t count, float depth) {
         }
 }
 
-void SoftRaster::Pixel(size_t at, float depth, const double* values, const Fill& fill) {
+void SoftRaster::Pixel(size_t at, float depth, const double* values, const SoftFill& fill) {
     SoftPixel::Input input;
     std::copy_n(fill.color, 4, input.color);
     const double w = 1.0 / values[V_RHW];
@@ -311,7 +332,7 @@ void SoftRaster::DrawLine(const Corner& a, const Corner& b, float from_depth, fl
         place = std::max(place, low), stop = std::min(stop, high);
     else
         place = std::min(place, high - 1), stop = std::max(stop, low - 1);
-    Fill fill;
+    SoftFill fill;
     if ((stop - place) * step <= 0 || !StartFill(fill, one_color, argb))
         return;
 
@@ -366,7 +387,7 @@ void SoftRaster::Point(const SoftVertex& vertex) {
         return;
     const size_t at = target.At(static_cast<int>(x), static_cast<int>(y));
     const float depth = ToDepth(vertex.v[SoftVertex::Z]);
-    Fill fill;
+    SoftFill fill;
     if (!pixel.DepthPasses(at, depth) || !StartFill(fill, !vertex.mixed, vertex.argb))
         return;
     if (fill.flat) {

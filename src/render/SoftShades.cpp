@@ -14,8 +14,13 @@ int SoftShades::ColorRun(const SoftTarget& target, size_t at, int x, int y, int 
     while (count < most && target.pixels[at + static_cast<size_t>(count)] == word)
         ++count;
     const Shade& shade = shades[word & ~PENDING];
-    shade.pixel->Color(shade.fill, static_cast<double>(x * SUBPIXELS + CENTRE - shade.fill.x),
-                       static_cast<double>(y * SUBPIXELS + CENTRE - shade.fill.y), target.pixels + at, count);
+    if (!shade.pixel) {
+        std::fill_n(target.pixels + at, count, shade.value);
+        return count;
+    }
+    const SoftFill& fill = fills[shade.value];
+    shade.pixel->Color(fill, static_cast<double>(x * SUBPIXELS + CENTRE - fill.x),
+                       static_cast<double>(y * SUBPIXELS + CENTRE - fill.y), target.pixels + at, count);
     return count;
 }
 
@@ -40,4 +45,5 @@ void SoftShades::ColorAll(const SoftTarget& target) {
         }
     }
     shades.clear();
+    fills.clear();
 }

@@ -86,6 +86,32 @@ protected:
             data.indices.push_back(Random(count));
         return data;
     }
+    // A state in which a polygon covers what is there.
+    void SetCoveringState() {
+        SetRandomState();
+        device.SetRenderState(RS_ZENABLE, 1);
+        device.SetRenderState(RS_ZWRITEENABLE, 1);
+        device.SetRenderState(RS_ZFUNC, CMP_LESSEQUAL);
+        device.SetRenderState(RS_ALPHABLENDENABLE, 0);
+        device.SetRenderState(RS_ALPHATESTENABLE, 0);
+    }
+    // Triangles on a few slopes, whose pixels have the very same depth where they overlap.
+    MeshData SlopeData() {
+        constexpr float GROWTH[] = {0, 0.5f, -0.5f, 0.25f};
+        MeshData data;
+        data.prim = PT_TRI_LIST;
+        data.fvf = FORMAT;
+        for (uint32_t i = 0; i < 3 * 20; ++i) {
+            const float growth = i % 3 == 0 ? GROWTH[Random(4)] : slope;
+            slope = growth;
+            const float x = static_cast<float>(Random(65)) - 32, y = static_cast<float>(Random(65)) - 32;
+            const Vertex v{x, y, 32 + x * growth, static_cast<uint32_t>(engine()) | 1, {x, y, y, x}};
+            const auto* const bytes = reinterpret_cast<const uint8_t*>(&v);
+            data.vertices.insert(data.vertices.end(), bytes, bytes + sizeof(v));
+            data.indices.push_back(i);
+        }
+        return data;
+    }
     void DrawOneByOne(const MeshData& data) {
         const std::vector<uint16_t> indices(data.indices.begin(), data.indices.end());
         device.DrawIndexedPrimitive(data.prim, data.fvf, data.vertices.data(),
@@ -110,6 +136,7 @@ protected:
     }
 
     std::mt19937 engine{1};
+    float slope = 0; // of the last triangle
     SoftDevice device;
     std::unique_ptr<DeviceSurface> textures[2];
 };
@@ -146,6 +173,39 @@ TEST_F(MeshTest, GroupsTakeThePixelsOfTheirParts) {
         }
         ASSERT_EQ(pictures[ONE_BY_ONE], pictures[MESHES]) << seed;
         ASSERT_EQ(pictures[ONE_BY_ONE], pictures[GROUP]) << seed;
+    }
+}
+
+TEST_F(MeshTest, OfWhatIsEquallyNearTheLastToldShows) {
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        std::vector<uint32_t> pictures[2];
+        for (const bool group : {false, true}) {
+            engine.seed(seed);
+            BeginFrame();
+            device.SetTransform(CRM_PROJ,
+                                {{{1 / 32.0f, 0, 0, 0}, {0, 1 / 32.0f, 0, 0}, {0, 0, 1 / 64.0f, 0}, {0, 0, 0, 1}}});
+            std::vector<std::unique_ptr<DeviceMesh>> meshes;
+            if (group)
+                device.BeginGroup();
+            for (uint32_t i = 0; i < 12; ++i) {
+                if (Chance(6)) // what must not change places with the others
+                    SetRandomState();
+                else
+                    SetCoveringState();
+                const MeshData data = SlopeData();
+                const MeshPart whole = Whole(data);
+                if (!group) {
+                    DrawOneByOne(data);
+                    continue;
+                }
+                meshes.push_back(device.CreateMesh(data));
+                ASSERT_TRUE(device.DrawMesh(*meshes.back(), {&whole, 1}));
+            }
+            device.EndGroup();
+            pictures[group ? 1 : 0] = Picture();
+            device.EndScene();
+        }
+        ASSERT_EQ(pictures[0], pictures[1]) << seed;
     }
 }
 
