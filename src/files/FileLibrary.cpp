@@ -4,14 +4,24 @@
 #include <bit>
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <system_error>
+#include <unistd.h>
 
 #include "files/LZSS.h"
 #include "foundation/Paths.h"
 #include "foundation/Strings.h"
 
 static_assert(std::endian::native == std::endian::little, "records of files are read as they stand");
+
+// The tables of a library file, read and checked against its size.
+struct LibraryTables {
+    std::vector<std::string> directories, files;
+    std::vector<FLHeaderFileStruct> records; // one for each of files
+
+    FileLibraryResult Read(std::FILE* file);
+};
 
 namespace {
 
@@ -45,14 +55,6 @@ void SortByName(std::vector<T>& items) {
                      [](const T& a, const T& b) { return CompareNoCase(a.name, b.name) < 0; });
 }
 
-// The tables of a library file, read and checked against its size.
-struct LibraryTables {
-    std::vector<std::string> directories, files;
-    std::vector<FLHeaderFileStruct> records; // one for each of files
-
-    FileLibraryResult Read(std::FILE* file);
-};
-
 // Cuts a block of zero-terminated names. False when it holds fewer than count.
 bool CutNames(const std::vector<char>& block, int32_t count, std::vector<std::string>& names) {
     if (static_cast<size_t>(count) > block.size())
@@ -68,6 +70,8 @@ bool CutNames(const std::vector<char>& block, int32_t count, std::vector<std::st
     }
     return true;
 }
+
+} // namespace
 
 FileLibraryResult LibraryTables::Read(std::FILE* file) {
     int32_t header_offset = 0;
@@ -99,7 +103,35 @@ FileLibraryResult LibraryTables::Read(std::FILE* file) {
     return FL_OK;
 }
 
-} // namespace
+// Reads at any place without moving one that others share.
+class FileLibrary::OpenFile {
+public:
+    explicit OpenFile(const std::string& name) : descriptor(open(name.c_str(), O_RDONLY | O_CLOEXEC)) {}
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+    ~OpenFile() {
+        if (IsOpen())
+            close(descriptor);
+    }
+    bool IsOpen() const { return descriptor >= 0; }
+    bool ReadAt(uint64_t offset, void* target, size_t length) const {
+        auto* to = static_cast<uint8_t*>(target);
+        while (length > 0) {
+            const ssize_t count = pread(descriptor, to, length, static_cast<off_t>(offset));
+            if (count < 0 && errno == EINTR)
+                continue;
+            if (count <= 0)
+                return false;
+            to += count;
+            offset += static_cast<uint64_t>(count);
+            length -= static_cast<size_t>(count);
+        }
+        return true;
+    }
+
+private:
+    int descriptor;
+};
 
 FileLibrary::FileLibrary(int maxOpenedHandles)
     : max_open(maxOpenedHandles < LEAST_HANDLES ? USUAL_HANDLES : maxOpenedHandles) {}
@@ -107,9 +139,7 @@ FileLibrary::FileLibrary(int maxOpenedHandles)
 FileLibrary::~FileLibrary() { InitFileLibraries(); }
 
 void FileLibrary::InitFileLibraries() {
-    for (LibraryFile& library : libraries)
-        if (library.file)
-            std::fclose(library.file);
+    const std::lock_guard lock(guard);
     libraries.clear();
     recently_used.clear();
     memDirectories.clear();
@@ -124,14 +154,20 @@ FileLibraryResult FileLibrary::AddFileLibrary(std::string_view file_name, uint32
     if (!file)
         return FL_IO_FAILURE;
     const std::filesystem::path absolute = std::filesystem::absolute(path, error); // it is opened again later
-    libraries.push_back({error ? path.string() : absolute.string(), nullptr});
-
     LibraryTables tables;
     const FileLibraryResult result = tables.Read(file);
     std::fclose(file);
-    if (result != FL_OK)
-        return result;
+    const std::lock_guard lock(guard);
+    libraries.push_back({error ? path.string() : absolute.string(), nullptr});
+    if (result == FL_OK) {
+        MergeTables(tables, GetLibraryCount() - 1, !(flags & 1));
+        Optimize();
+    }
+    return result;
+}
 
+// replace: an entry that is already there gives way.
+void FileLibrary::MergeTables(const LibraryTables& tables, int library, bool replace) {
     // The files of each folder, in the order of the library; the root stands first.
     std::vector<std::vector<size_t>> files_of_folder(tables.directories.size() + 1);
     for (size_t i = 0; i < tables.records.size(); ++i) {
@@ -159,19 +195,17 @@ FileLibraryResult FileLibrary::AddFileLibrary(std::string_view file_name, uint32
                                      static_cast<uint32_t>(record.fileOffset),
                                      static_cast<uint32_t>(record.fileLength),
                                      static_cast<uint32_t>(record.unpackedLength),
-                                     GetLibraryCount() - 1};
+                                     library};
             const auto [file_place, file_is_new] = known_files.emplace(ToLower(entry.name), directory.memFiles.size());
             if (file_is_new)
                 directory.memFiles.push_back(std::move(entry));
-            else if (!(flags & 1)) {
+            else if (replace) {
                 FLMemFileStruct& present = directory.memFiles[file_place->second];
                 entry.name = present.name; // the first spelling stays
                 present = std::move(entry);
             }
         }
     }
-    Optimize();
-    return FL_OK;
 }
 
 void FileLibrary::Optimize() {
@@ -192,45 +226,53 @@ const FLMemFileStruct* FileLibrary::FindFile(std::string_view path) const {
     return folder ? FindByName(folder->memFiles, file_name) : nullptr;
 }
 
-std::FILE* FileLibrary::GetFileLibraryHandle(int library) {
+FileLibrary::OpenEntryPtr FileLibrary::FindOpen(uint32_t handle) const {
+    const auto found = open_entries.find(handle);
+    return found == open_entries.end() ? nullptr : found->second;
+}
+
+FileLibrary::OpenFilePtr FileLibrary::GetFileLibraryHandle(int library) {
     if (library < 0 || library >= GetLibraryCount())
         return nullptr;
     LibraryFile& wanted = libraries[static_cast<size_t>(library)];
     if (wanted.file) {
-        recently_used.splice(recently_used.begin(), recently_used,
-                             std::find(recently_used.begin(), recently_used.end(), library));
+        if (recently_used.front() != library)
+            recently_used.splice(recently_used.begin(), recently_used,
+                                 std::find(recently_used.begin(), recently_used.end(), library));
         return wanted.file;
     }
-    wanted.file = std::fopen(wanted.name.c_str(), "rb");
-    if (!wanted.file)
+    auto opened = std::make_shared<OpenFile>(wanted.name);
+    if (!opened->IsOpen())
         return nullptr;
     if (static_cast<int>(recently_used.size()) >= max_open) {
-        LibraryFile& oldest = libraries[static_cast<size_t>(recently_used.back())];
-        std::fclose(oldest.file);
-        oldest.file = nullptr;
+        libraries[static_cast<size_t>(recently_used.back())].file.reset();
         recently_used.pop_back();
     }
+    wanted.file = std::move(opened);
     recently_used.push_front(library);
     return wanted.file;
 }
 
 uint32_t FileLibrary::FileOpen(std::string_view path, int bufferSize) {
+    const std::lock_guard lock(guard);
     const FLMemFileStruct* entry = FindFile(path);
     if (!entry)
         return FL_BAD_HANDLE;
     do
         ++lastFreeHandle;
     while (lastFreeHandle == FL_BAD_HANDLE || open_entries.count(lastFreeHandle) != 0);
-    OpenEntry& open = open_entries[lastFreeHandle];
-    open.entry = *entry;
+    auto opened = std::make_shared<OpenEntry>();
+    opened->entry = *entry;
     if (entry->flags & FLF_PACKED)
-        open.buffer.resize(FL_BLOCK_SIZE);
+        opened->buffer.resize(FL_BLOCK_SIZE);
     else if (bufferSize > 0)
-        open.buffer.resize(static_cast<size_t>(bufferSize));
+        opened->buffer.resize(static_cast<size_t>(bufferSize));
+    open_entries.emplace(lastFreeHandle, std::move(opened));
     return lastFreeHandle;
 }
 
 std::FILE* FileLibrary::FileOpenWithUniqueHandle(std::string_view path, uint32_t& file_size) {
+    const std::lock_guard lock(guard);
     const FLMemFileStruct* entry = FindFile(path);
     if (!entry)
         return nullptr;
@@ -244,25 +286,26 @@ std::FILE* FileLibrary::FileOpenWithUniqueHandle(std::string_view path, uint32_t
 }
 
 // Fills target with one sector of the entry, a buffer's length. `loaded` is how much of it is valid.
-bool FileLibrary::LoadSector(OpenEntry& open, std::FILE* file, uint32_t sector, uint8_t* target, uint32_t& loaded) {
+bool FileLibrary::LoadSector(const OpenEntry& open, const OpenFile& file, uint32_t sector, uint8_t* target,
+                             uint32_t& loaded) {
     const FLMemFileStruct& entry = open.entry;
     const size_t sector_size = open.buffer.size();
     if (!(entry.flags & FLF_PACKED)) {
         const uint64_t start = uint64_t{sector} * sector_size;
         loaded = static_cast<uint32_t>(std::min<uint64_t>(sector_size, entry.fileLength - start));
-        return ReadAt(file, entry.fileOffset + start, target, loaded);
+        return file.ReadAt(entry.fileOffset + start, target, loaded);
     }
     FLPackedBlockStruct block;
-    if (!ReadAt(file, uint64_t{entry.fileOffset} + uint64_t{sector} * sizeof block, &block, sizeof block) ||
+    if (!file.ReadAt(uint64_t{entry.fileOffset} + uint64_t{sector} * sizeof block, &block, sizeof block) ||
         block.blockLength > FL_BLOCK_SIZE)
         return false;
     const uint64_t data = uint64_t{entry.fileOffset} + block.blockOffset;
     if (block.blockLength == 0) {
         loaded = FL_BLOCK_SIZE;
-        return ReadAt(file, data, target, FL_BLOCK_SIZE);
+        return file.ReadAt(data, target, FL_BLOCK_SIZE);
     }
     uint8_t packed[FL_BLOCK_SIZE];
-    if (!ReadAt(file, data, packed, block.blockLength))
+    if (!file.ReadAt(data, packed, block.blockLength))
         return false;
     const size_t produced = LZSSClass::Decode({target, sector_size}, {packed, block.blockLength});
     if (produced == LZSSClass::TOO_LONG)
@@ -271,24 +314,10 @@ bool FileLibrary::LoadSector(OpenEntry& open, std::FILE* file, uint32_t sector, 
     return true;
 }
 
-uint32_t FileLibrary::FileRead(uint32_t handle, void* buffer, uint32_t number_of_bytes) {
-    const auto found = open_entries.find(handle);
-    if (found == open_entries.end())
-        return FL_BAD_HANDLE;
-    OpenEntry& open = found->second;
-    std::FILE* file = GetFileLibraryHandle(open.entry.fileLibraryNumber);
-    if (!file)
-        return FL_BAD_HANDLE;
-    const uint32_t count = std::min(number_of_bytes, EntrySize(open.entry) - open.filePosition);
-    if (count == 0)
-        return 0;
-    auto* target = static_cast<uint8_t*>(buffer);
-    if (open.buffer.empty()) {
-        if (!ReadAt(file, uint64_t{open.entry.fileOffset} + open.filePosition, target, count))
-            return FL_BAD_HANDLE;
-        open.filePosition += count;
-        return count;
-    }
+// count bytes from the position on, which stays. There are as many.
+bool FileLibrary::ReadPast(OpenEntry& open, const OpenFile& file, uint8_t* target, uint32_t count) {
+    if (open.buffer.empty())
+        return file.ReadAt(uint64_t{open.entry.fileOffset} + open.filePosition, target, count);
     const auto sector_size = static_cast<uint32_t>(open.buffer.size());
     for (uint32_t done = 0; done < count;) {
         const uint32_t position = open.filePosition + done;
@@ -297,43 +326,70 @@ uint32_t FileLibrary::FileRead(uint32_t handle, void* buffer, uint32_t number_of
         uint32_t loaded = 0;
         if (sector != open.sectorInBuffer && wanted == sector_size) { // whole sectors pass the buffer by
             if (!LoadSector(open, file, sector, target + done, loaded) || loaded < wanted)
-                return FL_BAD_HANDLE;
+                return false;
         } else {
             if (sector != open.sectorInBuffer) {
                 open.sectorInBuffer = FL_BAD_HANDLE;
                 if (!LoadSector(open, file, sector, open.buffer.data(), open.bytesInBuffer))
-                    return FL_BAD_HANDLE;
+                    return false;
                 open.sectorInBuffer = sector;
             }
             if (inside + wanted > open.bytesInBuffer)
-                return FL_BAD_HANDLE;
+                return false;
             std::memcpy(target + done, open.buffer.data() + inside, wanted);
         }
         done += wanted;
     }
-    open.filePosition += count;
+    return true;
+}
+
+uint32_t FileLibrary::FileRead(uint32_t handle, void* buffer, uint32_t number_of_bytes) {
+    OpenEntryPtr open;
+    OpenFilePtr file;
+    {
+        const std::lock_guard lock(guard);
+        open = FindOpen(handle);
+        if (open)
+            file = GetFileLibraryHandle(open->entry.fileLibraryNumber);
+    }
+    if (!file)
+        return FL_BAD_HANDLE;
+    const uint32_t count = std::min(number_of_bytes, EntrySize(open->entry) - open->filePosition);
+    if (count == 0)
+        return 0;
+    if (!ReadPast(*open, *file, static_cast<uint8_t*>(buffer), count))
+        return FL_BAD_HANDLE;
+    open->filePosition += count;
     return count;
 }
 
 uint32_t FileLibrary::FileSeek(uint32_t handle, int64_t offset, int from_where) {
-    const auto found = open_entries.find(handle);
-    if (found == open_entries.end() || from_where < 0 || from_where > 2)
+    OpenEntryPtr open;
+    {
+        const std::lock_guard lock(guard);
+        open = FindOpen(handle);
+    }
+    if (!open || from_where < 0 || from_where > 2)
         return FL_BAD_HANDLE;
-    OpenEntry& open = found->second;
-    const int64_t size = EntrySize(open.entry);
-    const int64_t start = from_where == 0 ? 0 : from_where == 1 ? int64_t{open.filePosition} : size;
-    open.filePosition = static_cast<uint32_t>(std::clamp<int64_t>(offset, -start, size - start) + start);
-    return open.filePosition;
+    const int64_t size = EntrySize(open->entry);
+    const int64_t start = from_where == 0 ? 0 : from_where == 1 ? int64_t{open->filePosition} : size;
+    open->filePosition = static_cast<uint32_t>(std::clamp<int64_t>(offset, -start, size - start) + start);
+    return open->filePosition;
 }
 
 uint32_t FileLibrary::FileSize(uint32_t handle) const {
-    const auto found = open_entries.find(handle);
-    return found == open_entries.end() ? FL_BAD_HANDLE : found->second.entry.unpackedLength;
+    const std::lock_guard lock(guard);
+    const OpenEntryPtr open = FindOpen(handle);
+    return open ? open->entry.unpackedLength : FL_BAD_HANDLE;
 }
 
-void FileLibrary::FileClose(uint32_t handle) { open_entries.erase(handle); }
+void FileLibrary::FileClose(uint32_t handle) {
+    const std::lock_guard lock(guard);
+    open_entries.erase(handle);
+}
 
 bool FileLibrary::FileExists(std::string_view path, bool* valid_only_in_fs) const {
+    const std::lock_guard lock(guard);
     const FLMemFileStruct* entry = FindFile(path);
     if (entry && valid_only_in_fs)
         *valid_only_in_fs = (entry->flags & FLF_ONLY_IN_LIBRARY) != 0;
@@ -341,5 +397,6 @@ bool FileLibrary::FileExists(std::string_view path, bool* valid_only_in_fs) cons
 }
 
 bool FileLibrary::DirectoryExists(std::string_view dir_path) const {
+    const std::lock_guard lock(guard);
     return FindDirectory(FolderName(dir_path)) != nullptr;
 }

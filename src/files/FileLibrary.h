@@ -1,11 +1,12 @@
-// The merged directory of all packed ".fs" libraries, and reading out of them.
+// The merged directory of all packed ".fs" libraries, and reading out of them. Any thread may look up and read, several
+// at one library at a time; a handle belongs to one thread at a time.
 #pragma once
 
 #include <cstdint>
 #include <cstdio>
-#include <deque>
 #include <list>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -82,7 +83,8 @@ public:
     bool FindNext_File(std::string_view directory, std::string_view mask, FindFileStruct& search) const;
     bool FindNext_Directory(std::string_view directory, std::string_view mask, FindDirectoryStruct& search) const;
     int GetLibraryCount() const { return static_cast<int>(libraries.size()); }
-    const std::vector<FLMemDirStruct>& GetDirectories() const { return memDirectories; } // sorted, the root first
+    // Sorted, the root first; as long as no library comes or goes.
+    const std::vector<FLMemDirStruct>& GetDirectories() const { return memDirectories; }
 
     // '*' matches any run of characters; any other mask character matches itself in any case.
     static bool WildcardMatchedName(std::string_view mask, std::string_view name);
@@ -92,9 +94,11 @@ public:
     static std::string FolderName(std::string_view directory);
 
 private:
+    class OpenFile; // of the system; closed when its last reader lets go of it
+    using OpenFilePtr = std::shared_ptr<OpenFile>;
     struct LibraryFile {
         std::string name;
-        std::FILE* file = nullptr;
+        OpenFilePtr file; // null while closed
     };
     struct OpenEntry {
         FLMemFileStruct entry;
@@ -103,17 +107,26 @@ private:
         uint32_t bytesInBuffer = 0;
         std::vector<uint8_t> buffer; // a sector; empty for unbuffered reading
     };
+    using OpenEntryPtr = std::shared_ptr<OpenEntry>; // a reader's handle may be closed while it reads
 
+    // Those without a lock of their own: the caller holds the guard.
     const FLMemDirStruct* FindDirectory(std::string_view name) const;
     const FLMemFileStruct* FindFile(std::string_view path) const;
+    OpenEntryPtr FindOpen(uint32_t handle) const;
+    void MergeTables(const struct LibraryTables& tables, int library, bool replace);
     void Optimize();
-    std::FILE* GetFileLibraryHandle(int library);
-    bool LoadSector(OpenEntry& open, std::FILE* file, uint32_t sector, uint8_t* target, uint32_t& loaded);
+    OpenFilePtr GetFileLibraryHandle(int library);
 
+    static bool LoadSector(const OpenEntry& open, const OpenFile& file, uint32_t sector, uint8_t* target,
+                           uint32_t& loaded);
+    static bool ReadPast(OpenEntry& open, const OpenFile& file, uint8_t* target, uint32_t count);
+
+    // Over everything below. It is held for a look-up, never while bytes are read or unpacked.
+    mutable std::mutex guard;
     std::vector<FLMemDirStruct> memDirectories; // sorted without regard to case
     std::vector<LibraryFile> libraries;
     std::list<int> recently_used; // libraries with an open file, the latest first
     int max_open;
-    std::unordered_map<uint32_t, OpenEntry> open_entries;
+    std::unordered_map<uint32_t, OpenEntryPtr> open_entries;
     uint32_t lastFreeHandle = 0;
 };

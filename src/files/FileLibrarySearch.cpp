@@ -71,6 +71,7 @@ bool FileLibrary::WildcardMatchedName(std::string_view mask, std::string_view na
 }
 
 bool FileLibrary::FindNext_File(std::string_view directory, std::string_view mask, FindFileStruct& search) const {
+    const std::lock_guard lock(guard);
     const FLMemDirStruct* folder = FindDirectory(FolderName(directory));
     if (!folder)
         return false;
@@ -86,6 +87,7 @@ bool FileLibrary::FindNext_File(std::string_view directory, std::string_view mas
 
 bool FileLibrary::FindNext_Directory(std::string_view directory, std::string_view mask,
                                      FindDirectoryStruct& search) const {
+    const std::lock_guard lock(guard);
     const std::string parent = FolderName(directory);
     while (search.next < static_cast<int>(memDirectories.size())) {
         const std::string_view path = memDirectories[static_cast<size_t>(search.next++)].name;

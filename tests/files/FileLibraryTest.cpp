@@ -4,7 +4,9 @@
 #include "files/LibraryWriter.h"
 #include "foundation/TempFolder.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace {
 
@@ -282,6 +284,71 @@ TEST(FileLibrary, FoldersThatExistOnlyAsPrefixes) {
     ASSERT_TRUE(library.FindNext_Directory("textures\\", "s*", masked));
     EXPECT_EQ(masked.last_name, "Steel");
     EXPECT_FALSE(library.FindNext_Directory("textures", "s*", masked));
+}
+
+// Three libraries of which two may be open at a time, so that files are opened and closed under the readers' hands.
+TEST(FileLibrary, ThreadsReadAtOnceWhatOneReads) {
+    constexpr int THREADS = 4, ROUNDS = 12, LIBRARIES = 3;
+    constexpr uint32_t PIECES[] = {777, 4096, FL_BLOCK_SIZE, 100000};
+    const TempFolder folder;
+    FileLibrary library(2);
+    std::vector<std::pair<std::string, std::string>> entries; // path and content
+    for (int i = 0; i < LIBRARIES; ++i) {
+        const std::string top = "d" + std::to_string(i);
+        std::vector<std::pair<std::string, Data>> files;
+        for (const size_t size : {size_t{0}, size_t{5}, size_t{FL_BLOCK_SIZE}, size_t{50000}, size_t{130001}}) {
+            Data data = TextLikeBytes(size);
+            if (!data.empty())
+                data.front() = static_cast<uint8_t>('0' + i);
+            files.emplace_back(top + "\\sub\\f" + std::to_string(size), data);
+            entries.emplace_back(files.back().first, Text(data));
+        }
+        const bool stored = i == 1;
+        ASSERT_EQ(library.AddFileLibrary(WriteLibrary(folder / (top + ".fs"), files, stored), 0), FL_OK);
+    }
+    std::atomic<int> faults = 0;
+    const auto read = [&](size_t thread) {
+        for (size_t round = 0; round < ROUNDS; ++round)
+            for (size_t k = 0; k < entries.size(); ++k) {
+                const auto& [path, content] = entries[(k * (thread + 1) + round) % entries.size()];
+                const int buffer = thread % 2 == 0 ? 0 : 1000;
+                FindDirectoryStruct search;
+                const bool found = library.FileExists(path) && library.FindNext_Directory("d0", "*", search);
+                if (!found || ReadEntry(library, path, PIECES[(thread + round) % 4], buffer) != content)
+                    ++faults;
+            }
+    };
+    std::vector<std::thread> threads;
+    for (size_t t = 0; t < THREADS; ++t)
+        threads.emplace_back(read, t);
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(faults, 0);
+}
+
+// A handle that is closed, or a library that is forgotten, while another thread reads: the read ends or fails.
+TEST(FileLibrary, ForgettingLibrariesUnderAReaderIsHarmless) {
+    const TempFolder folder;
+    const Data data = TextLikeBytes(400000);
+    const std::string path = WriteLibrary(folder / "a.fs", {{"x", data}});
+    FileLibrary library;
+    ASSERT_EQ(library.AddFileLibrary(path, 0), FL_OK);
+    std::atomic<bool> ending = false;
+    std::atomic<int> faults = 0;
+    std::thread reader([&] {
+        while (!ending) {
+            const std::string text = ReadEntry(library, "x", 1000);
+            if (text != "absent" && text != "failed" && !Text(data).starts_with(text))
+                ++faults;
+        }
+    });
+    for (int i = 0; i < 50; ++i) {
+        library.InitFileLibraries();
+        ASSERT_EQ(library.AddFileLibrary(path, 0), FL_OK);
+    }
+    ending = true;
+    reader.join();
+    EXPECT_EQ(faults, 0);
 }
 
 TEST(LibraryWriter, BytesDoNotDependOnTheOrder) {
