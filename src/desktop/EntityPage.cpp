@@ -14,6 +14,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include "desktop/ActorScriptWindow.h"
 #include "desktop/FileChooserDialog.h"
 #include "desktop/ScriptWindow.h"
 
@@ -25,7 +26,7 @@ EntityPage::EntityPage(CMainFrame& main_frame, QWidget* parent)
               Refresh();
       }) {
     actions.choose = [this](int parameter) { ChooseParameter(parameter); };
-    actions.write = [this](int parameter, const std::string& text) { Write(parameter, text); };
+    actions.write = [this](int parameter, const std::string& text, int part) { Write(parameter, text, part); };
     actions.browse = [this](int parameter) { Browse(parameter); };
     actions.edit_script = [this](int parameter) { EditScript(parameter); };
     auto* splitter = new QSplitter(Qt::Vertical);
@@ -138,7 +139,8 @@ void EntityPage::FillTree() {
     const QSignalBlocker blocker(tree);
     tree->clear();
     for (const EntityDlg::Directory& directory : page.entity_directory) {
-        auto* top = new QTreeWidgetItem(tree, {QString::fromStdString(directory.name)});
+        const QString title = QString::fromStdString(directory.name);
+        auto* top = new QTreeWidgetItem(tree, {title.isEmpty() ? tr("(no directory)") : title});
         for (const int t : directory.templates) {
             const QString text = QString::fromStdString(page.entity_template[static_cast<size_t>(t)]);
             auto* item = new QTreeWidgetItem(top, {text});
@@ -271,7 +273,8 @@ void EntityPage::SetHolder(QWidget* holder) {
 
 void EntityPage::ShowValues(const Entity& chosen) {
     for (size_t i = 0; i < fields.size(); ++i)
-        fields[i]->ShowValue(chosen.parameter[i], page.IsSelection() && IsMixed(*editor.world, chosen.parameter[i]));
+        fields[i]->ShowValue(chosen.parameter[i],
+                             page.IsSelection() ? MixedParts(*editor.world, chosen.parameter[i]) : 0);
 }
 
 void EntityPage::ChooseParameter(int parameter) {
@@ -279,9 +282,14 @@ void EntityPage::ChooseParameter(int parameter) {
     news.Request();
 }
 
-void EntityPage::Write(int parameter, const std::string& text) {
+void EntityPage::Write(int parameter, const std::string& text, int part) {
+    // A field that goes with another kind's fields may still give what was typed in it.
+    const Entity* chosen = page.SelectedTemplate();
+    const auto i = static_cast<size_t>(parameter);
+    if (!chosen || i >= chosen->parameter.size() || chosen->parameter[i].name != field_names[i])
+        return;
     page.SelectParameter(parameter);
-    page.TypeValue(text);
+    page.TypeValue(text, part);
     news.Request(); // later: the editor that gave the value may have to go
 }
 
@@ -298,7 +306,9 @@ void EntityPage::Browse(int parameter) {
 void EntityPage::EditScript(int parameter) {
     page.SelectParameter(parameter);
     std::string text = page.m_parameter;
-    if (RunScriptWindow(this, editor, page.ScriptSyntax(page.OnDblclkParameterlist()), text)) {
+    const ParameterEditor kind = page.EditorOfParameter();
+    if (kind == ParameterEditor::Text ? RunActorScriptWindow(this, text)
+                                      : RunScriptWindow(this, editor, page.ScriptSyntax(kind), text)) {
         page.SelectParameter(parameter);
         page.TakeScript(text);
     }

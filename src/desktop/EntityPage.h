@@ -47,7 +47,7 @@ private:
     void SetHolder(QWidget* holder);
     void ShowValues(const Entity& chosen);
     void ChooseParameter(int parameter);
-    void Write(int parameter, const std::string& text);
+    void Write(int parameter, const std::string& text, int part);
     void Browse(int parameter);
     void EditScript(int parameter);
 

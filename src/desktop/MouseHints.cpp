@@ -162,7 +162,9 @@ const char* ModeName(const CInterface& interface) {
     case DRAG_SELECT:
         return "Select";
     default:
-        return interface.movie_editing ? "Movie" : "Nothing selected";
+        return interface.movie_editing                        ? "Movie"
+               : interface.world->selected_surface_brush >= 0 ? "Surface"
+                                                              : "Nothing selected";
     }
 }
 

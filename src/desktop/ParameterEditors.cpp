@@ -22,6 +22,7 @@
 namespace {
 
 constexpr double FLOAT_RANGE = 1e9;
+constexpr int COLOR_PART = 0, ALPHA_PART = 1;
 constexpr const char* MIXED = QT_TRANSLATE_NOOP("ParameterField", "(different)");
 
 QString MixedText() { return QObject::tr(MIXED); }
@@ -39,7 +40,8 @@ NumberField::NumberField(int decimals, QWidget* parent) : QDoubleSpinBox(parent)
         setRange(-FLOAT_RANGE, FLOAT_RANGE);
     setKeyboardTracking(false);
     setFocusPolicy(Qt::StrongFocus);
-    setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("-0000.0000")));
+    constexpr int BUTTONS = 36; // and the margins beside the text, pixels
+    setMinimumWidth(fontMetrics().horizontalAdvance(MixedText()) + BUTTONS);
     connect(lineEdit(), &QLineEdit::textEdited, this,
             [this](const QString& typed) { is_mixed = shown_mixed && typed.isEmpty(); });
     connect(this, &QDoubleSpinBox::editingFinished, this, [this] {
@@ -101,7 +103,8 @@ ParameterField::ParameterField(const EntityParameter& parameter, int parameter_i
     case EPT_BOOL:
         box = new QCheckBox;
         Add(box);
-        connect(box, &QCheckBox::clicked, this, [this](bool on) { actions.write(index, on ? "TRUE" : "FALSE"); });
+        connect(box, &QCheckBox::clicked, this,
+                [this](bool on) { actions.write(index, on ? "TRUE" : "FALSE", WHOLE_VALUE); });
         break;
     case EPT_INT:
         MakeNumbers(1, 0);
@@ -125,7 +128,7 @@ ParameterField::ParameterField(const EntityParameter& parameter, int parameter_i
         combo->setFocusPolicy(Qt::StrongFocus);
         Add(combo);
         connect(combo, &QComboBox::textActivated, this,
-                [this](const QString& text) { actions.write(index, text.toStdString()); });
+                [this](const QString& text) { actions.write(index, text.toStdString(), WHOLE_VALUE); });
         break;
     case EPT_FILENAME:
     case EPT_STRING:
@@ -156,7 +159,7 @@ void ParameterField::MakeNumbers(int count, int decimals) {
         auto* number = new NumberField(decimals);
         numbers.push_back(number);
         Add(number);
-        connect(number, &NumberField::Given, this, [this] { WriteNumbers(); });
+        connect(number, &NumberField::Given, this, [this, i] { WriteNumbers(well ? ALPHA_PART : i); });
     }
 }
 
@@ -166,11 +169,11 @@ void ParameterField::MakeColor() {
     MakeNumbers(1, 0);
     numbers.front()->setRange(0, 255);
     numbers.front()->setToolTip(tr("Alpha, from 0 to 255"));
-    connect(well, &CColorButton::Chosen, this, [this] { WriteNumbers(); });
+    connect(well, &CColorButton::Chosen, this, [this] { WriteNumbers(COLOR_PART); });
 }
 
-// Whole values: one component given to several entities gives them the others too.
-void ParameterField::WriteNumbers() {
+// The text is of all that is shown; the entities take the part of it.
+void ParameterField::WriteNumbers(int part) {
     std::string text;
     if (well)
         text = Format("%u, %u, %u, ", well->m_color >> 16, well->m_color >> 8 & 255, well->m_color & 255);
@@ -179,7 +182,7 @@ void ParameterField::WriteNumbers() {
             text += ", ";
         text += Format("%.*f", number->decimals(), number->value());
     }
-    actions.write(index, text);
+    actions.write(index, text, numbers.size() == 1 && !well ? WHOLE_VALUE : part);
 }
 
 void ParameterField::MakeText(const EntityParameter& parameter) {
@@ -189,12 +192,15 @@ void ParameterField::MakeText(const EntityParameter& parameter) {
         if (!line->isModified() || several_lines)
             return;
         line->setModified(false);
-        actions.write(index, line->text().toStdString());
+        actions.write(index, line->text().toStdString(), WHOLE_VALUE);
     });
     if (type == EPT_FILENAME)
         AddButton(tr("Looks for a file"), actions.browse);
-    else if (IsScriptParameter(parameter) || EqualNoCase(parameter.name, "conditions"))
-        AddButton(tr("Opens the script window"), actions.edit_script);
+    else
+        AddButton(IsScriptParameter(parameter) || EqualNoCase(parameter.name, "conditions")
+                      ? tr("Opens the script window")
+                      : tr("Opens a window for a text of several lines"),
+                  actions.edit_script);
 }
 
 void ParameterField::AddButton(const QString& tip, const std::function<void(int)>& action) {
@@ -206,10 +212,12 @@ void ParameterField::AddButton(const QString& tip, const std::function<void(int)
     connect(button, &QToolButton::clicked, this, [this, &action] { action(index); });
 }
 
-void ParameterField::ShowValue(const EntityParameter& shown, bool mixed) {
+void ParameterField::ShowValue(const EntityParameter& shown, unsigned mixed_parts) {
+    const bool mixed = mixed_parts != 0;
     const auto show_numbers = [&](std::initializer_list<double> values) {
         for (size_t i = 0; i < numbers.size(); ++i)
-            numbers[i]->ShowValue(values.begin()[i], mixed);
+            numbers[i]->ShowValue(values.begin()[i],
+                                  (mixed_parts >> (well ? ALPHA_PART : static_cast<int>(i)) & 1) != 0);
     };
     switch (type) {
     case EPT_BOOL:
@@ -232,7 +240,7 @@ void ParameterField::ShowValue(const EntityParameter& shown, bool mixed) {
     case EPT_COLOR:
         well->SetColor(ChannelToByte(shown.p_color.r) << 16 | ChannelToByte(shown.p_color.g) << 8 |
                        ChannelToByte(shown.p_color.b));
-        well->SetMixed(mixed);
+        well->SetMixed((mixed_parts >> COLOR_PART & 1) != 0);
         show_numbers({static_cast<double>(ChannelToByte(shown.p_color.a))});
         break;
     case EPT_CONSTANT:
@@ -255,18 +263,17 @@ void ParameterField::ShowValue(const EntityParameter& shown, bool mixed) {
     }
 }
 
-bool IsMixed(const World& world, const EntityParameter& parameter) {
-    std::string first;
-    bool any = false;
+unsigned MixedParts(const World& world, const EntityParameter& parameter) {
+    const EntityParameter* first = nullptr;
+    unsigned mixed = 0;
     for (const int e : world.entity_selection) {
         const EntityParameter* p = world.entity[static_cast<size_t>(e)]->GetParameterStr(parameter.name);
         if (!p || p->type != parameter.type)
             continue;
-        const std::string text = ParameterText(*p, EDIT_DECIMALS);
-        if (any && text != first)
-            return true;
-        first = text;
-        any = true;
+        for (int part = 0; first && part < PartCount(p->type); ++part)
+            if (!IsSamePart(*first, *p, part))
+                mixed |= 1u << part;
+        first = first ? first : p;
     }
-    return false;
+    return mixed;
 }

@@ -41,10 +41,10 @@ private:
 
 // What the editors ask of their page. parameter: its index.
 struct ParameterActions {
-    std::function<void(int parameter)> choose; // it has the focus
-    std::function<void(int parameter, const std::string& text)> write;
-    std::function<void(int parameter)> browse;      // for a file
-    std::function<void(int parameter)> edit_script; // in the script window
+    std::function<void(int parameter)> choose;                                   // it has the focus
+    std::function<void(int parameter, const std::string& text, int part)> write; // or WHOLE_VALUE
+    std::function<void(int parameter)> browse;                                   // for a file
+    std::function<void(int parameter)> edit_script;                              // in the script window
 };
 
 // The editor of one parameter: a widget with one or more fields in a row.
@@ -52,8 +52,8 @@ class ParameterField : public QWidget {
 public:
     ParameterField(const EntityParameter& parameter, int parameter_index, const std::vector<std::string>& choices,
                    const ParameterActions& page_actions);
-    // With several values shown is the first one.
-    void ShowValue(const EntityParameter& shown, bool mixed);
+    // mixed_parts: bits of the parts that differ. Of those the first value is shown, or a word.
+    void ShowValue(const EntityParameter& shown, unsigned mixed_parts);
 
     const EntityParameterType type;
 
@@ -66,7 +66,7 @@ private:
     void MakeText(const EntityParameter& parameter);
     void AddButton(const QString& tip, const std::function<void(int)>& action);
     void Add(QWidget* field);
-    void WriteNumbers();
+    void WriteNumbers(int part);
 
     const int index;
     const ParameterActions& actions;
@@ -78,5 +78,5 @@ private:
     bool several_lines = false;        // of a script: too much for a line edit
 };
 
-// Whether a selected entity that has this parameter has another value of it.
-bool IsMixed(const class World& world, const EntityParameter& parameter);
+// The parts of which a selected entity that has this parameter has another value than the first one that has it.
+unsigned MixedParts(const class World& world, const EntityParameter& parameter);

@@ -87,7 +87,7 @@ void PrefabPage::FillTree() {
     tree->clear();
     for (const bool of_brushes : {true, false}) {
         const PrefabFamily& family = of_brushes ? page.brushes : page.prefabs;
-        auto* root = new QTreeWidgetItem(tree, {of_brushes ? tr("Brushes") : tr("Prefabs")});
+        auto* root = new QTreeWidgetItem(tree, {QString::fromStdString(family.root)});
         root->setData(0, FAMILY_ROLE, of_brushes);
         root->setData(0, DIRECTORY_ROLE, -1);
         root->setExpanded(true);
@@ -122,8 +122,8 @@ void PrefabPage::FillList() {
             continue;
         row.key = QString::fromStdString(directory + "\\" + names[i]);
         row.tool_tip = row.key;
-        row.make = [this, directory, file = names[i]](Thumbnail& picture) {
-            return page.LoadPicture(directory, file, picture);
+        row.make = [directory, file = names[i]](Thumbnail& picture) {
+            return PrefabDlg::LoadPicture(directory, file, picture);
         };
         if (static_cast<int>(i) == chosen)
             chosen_row = static_cast<int>(rows.size());

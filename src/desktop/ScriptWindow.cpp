@@ -17,6 +17,26 @@
 
 static constexpr int HELP_INTERVAL = 500; // milliseconds
 
+CEditKeys::CEditKeys() {
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setFamilies({"Lucida Console", font.family()});
+    setFont(font);
+    setLineWrapMode(QPlainTextEdit::NoWrap);
+}
+
+void CEditKeys::ShowScript(const std::string& text) {
+    shown = text;
+    setPlainText(QString::fromStdString(text));
+    shown_text = toPlainText();
+}
+
+std::string CEditKeys::Script() const {
+    QString text = toPlainText();
+    if (text == shown_text)
+        return shown;
+    return text.replace(QLatin1Char('\n'), QLatin1String("\r\n")).toStdString();
+}
+
 void CEditKeys::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab) {
         need_autocomplete |= event->key() == Qt::Key_Tab && event->modifiers().testFlag(Qt::ControlModifier);
@@ -32,11 +52,7 @@ ScriptWindow::ScriptWindow(CInterface& controller, const CScriptSyntax* syntax_t
       syntax_field(new QLineEdit), description_field(new QLineEdit), name_filter(new QLineEdit),
       commands(new QListWidget), names(new QListWidget), types(new QComboBox), timer(new QTimer(this)) {
     setWindowTitle(tr("Script"));
-    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setFamilies({"Lucida Console", font.family()});
-    script->setFont(font);
-    script->setLineWrapMode(QPlainTextEdit::NoWrap);
-    script->setPlainText(QString::fromStdString(text));
+    script->ShowScript(text);
     script->setToolTip(tr("One command a line. Ctrl+Tab completes the word at the caret."));
     for (QLineEdit* field : {syntax_field, description_field}) {
         field->setReadOnly(true);
@@ -193,10 +209,6 @@ void ScriptWindow::Complete() {
     TakeText();
     const size_t caret = Caret();
     PutText(caret + dialog.Complete(caret).size());
-}
-
-std::string ScriptWindow::GetText() const {
-    return script->toPlainText().replace(QLatin1Char('\n'), QLatin1String("\r\n")).toStdString();
 }
 
 bool RunScriptWindow(QWidget* parent, CInterface& editor, const CScriptSyntax* syntax, std::string& text) {

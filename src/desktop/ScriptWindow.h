@@ -13,22 +13,30 @@ class QLineEdit;
 class QListWidget;
 class QTimer;
 
-// A text field in which Ctrl+Tab asks for a completion and Tab alone does nothing.
+// The field of a script, in which Ctrl+Tab asks for a completion and Tab alone does nothing.
 class CEditKeys : public QPlainTextEdit {
 public:
-    using QPlainTextEdit::QPlainTextEdit;
+    CEditKeys();
     bool need_autocomplete = false;
+
+    void ShowScript(const std::string& text);
+    // Its lines end as in the game's scripts, by carriage return and line feed. Untouched, it is as it was shown.
+    std::string Script() const;
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    std::string shown;
+    QString shown_text; // the same as the field has it
 };
 
 class ScriptWindow : public QDialog {
 public:
     // syntax_table may be null: then there is neither help nor a check.
     ScriptWindow(CInterface& controller, const CScriptSyntax* syntax_table, const std::string& text, QWidget* parent);
-    std::string GetText() const; // its lines end as in the game's scripts, by carriage return and line feed
-    void OnTimer();              // live help, and the completion that was asked for
+    std::string GetText() const { return script->Script(); }
+    void OnTimer(); // live help, and the completion that was asked for
 
 private:
     QWidget* MakeLists();

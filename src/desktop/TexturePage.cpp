@@ -14,7 +14,6 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-#include "definitions/MaterialScript.h"
 #include "desktop/DuplicateMaterialDialog.h"
 #include "desktop/ParameterEditors.h"
 
@@ -96,8 +95,9 @@ QWidget* TexturePage::MakeLibrary() {
     tree->setUniformRowHeights(true);
     tree->setToolTip(tr("Directories of materials"));
     list = new ThumbnailView(&model);
-    list->setToolTip(tr("A click chooses a material, a double click paints with it. The middle button, or Alt and a "
-                        "click, choose it without painting."));
+    list->setToolTip(tr("A click chooses a material and paints what is selected, as the box below says.\n"
+                        "The middle button, or Alt and a click, choose without painting.\n"
+                        "A double click or Enter paints in any case."));
     auto* splitter = new QSplitter;
     splitter->addWidget(tree);
     splitter->addWidget(list);
@@ -115,7 +115,7 @@ QWidget* TexturePage::MakeLibrary() {
     connect(tree, &QTreeWidget::currentItemChanged, this, [this](const QTreeWidgetItem* item) { ChooseInTree(item); });
     connect(list, &QListView::clicked, this, [this](const QModelIndex& index) {
         Choose(index.row());
-        if (paint_on_click->isChecked())
+        if (page.paint_on_click)
             Apply();
     });
     connect(list, &ThumbnailView::Picked, this, [this](int row) {
@@ -124,8 +124,8 @@ QWidget* TexturePage::MakeLibrary() {
     });
     connect(list->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex& index) { Choose(index.row()); });
-    connect(list, &QListView::activated, this, [this](const QModelIndex& index) {
-        Choose(index.row());
+    connect(list, &ThumbnailView::Entered, this, [this](int row) {
+        Choose(row);
         Apply();
     });
     return part;
@@ -138,7 +138,10 @@ QWidget* TexturePage::MakeChosen() {
     chosen->setTextInteractionFlags(Qt::TextSelectableByMouse);
     chosen->setToolTip(tr("The chosen material"));
     paint_on_click = new QCheckBox(tr("Paint on click"));
-    paint_on_click->setToolTip(tr("A click on a material also puts it on what is selected"));
+    paint_on_click->setChecked(page.paint_on_click);
+    paint_on_click->setToolTip(tr("A click on a material also puts it on the selected surface, or on the selected "
+                                  "brushes"));
+    connect(paint_on_click, &QCheckBox::toggled, this, [this](bool on) { page.SetPaintOnClick(on); });
     auto* row = new QHBoxLayout;
     row->addWidget(chosen, 1);
     row->addWidget(paint_on_click);
@@ -296,9 +299,6 @@ ThumbnailRow TexturePage::RowOf(const MaterialItem& item) const {
     row.caption = QString::fromStdString(item.SizeText());
     row.key = QString::fromStdString(item.texture_class + "\\" + item.texture_name) + (item.used ? "+" : "");
     row.used = item.used;
-    row.image_path = [texture_class = item.texture_class, texture_name = item.texture_name] {
-        return TexturePath(texture_class, texture_name);
-    };
     row.make = [texture_class = item.texture_class, texture_name = item.texture_name](Thumbnail& thumbnail) {
         return MakeThumbnail(texture_class, texture_name, thumbnail);
     };

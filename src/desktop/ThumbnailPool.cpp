@@ -2,10 +2,7 @@
 
 #include <algorithm>
 
-#include <QTimer>
-
 #include "foundation/Parallel.h"
-#include "foundation/Paths.h"
 
 static constexpr int MOST_WORKERS = 4;
 static constexpr size_t MOST_JOBS = 400; // a few screens full: what was scrolled past is dropped, oldest first
@@ -23,15 +20,10 @@ ThumbnailPool::~ThumbnailPool() {
         worker.join();
 }
 
-void ThumbnailPool::Request(const QString& key, const std::string& path, Maker make) {
+void ThumbnailPool::Request(const QString& key, Maker make) {
     if (asked.contains(key))
         return;
     asked.insert(key);
-    if (path.empty() || !FileExistsOnDisk(path)) {
-        library_jobs.push_back({key, std::move(make)});
-        QTimer::singleShot(0, this, [this] { MakeNextOfLibrary(); });
-        return;
-    }
     if (workers.empty())
         for (int i = 0; i < std::min(ThreadCount(0), MOST_WORKERS); ++i)
             workers.emplace_back([this] { Work(); });
@@ -52,7 +44,6 @@ void ThumbnailPool::Request(const QString& key, const std::string& path, Maker m
 void ThumbnailPool::Forget() {
     const std::lock_guard lock(mutex);
     jobs.clear();
-    library_jobs.clear();
     asked.clear();
 }
 
@@ -71,16 +62,6 @@ void ThumbnailPool::Work() {
             this, [this, key = job.key, thumbnail, made] { Deliver(key, thumbnail, made); }, Qt::QueuedConnection);
         lock.lock();
     }
-}
-
-void ThumbnailPool::MakeNextOfLibrary() {
-    if (library_jobs.empty())
-        return;
-    const Job job = std::move(library_jobs.back());
-    library_jobs.pop_back();
-    Thumbnail thumbnail;
-    const bool made = job.make(thumbnail);
-    Deliver(job.key, thumbnail, made);
 }
 
 void ThumbnailPool::Deliver(const QString& key, const Thumbnail& thumbnail, bool made) {

@@ -23,6 +23,20 @@ FormField MakeField(const char* label, FormField::Kind kind, const char* value =
 
 bool IsOn(const FormField& field) { return field.value == "1"; }
 
+bool IsOfType(const Entity& e, std::string_view type) {
+    return type.empty() || type == DlgSpecialEntSelection::ALL_TYPES || e.IsType(type);
+}
+
+struct NoCaseOrder {
+    bool operator()(const std::string& a, const std::string& b) const { return CompareNoCase(a, b) < 0; }
+};
+using SortedNames = std::set<std::string, NoCaseOrder>;
+
+void AddName(SortedNames& names, const std::string& name) {
+    if (!name.empty() && !EqualNoCase(name, "none"))
+        names.insert(name);
+}
+
 } // namespace
 
 // --- Brushes
@@ -31,15 +45,23 @@ std::string DlgSpecialSelection::Label(int bit) {
     return bit == 1 ? "Player clip" : BRUSH_PROPERTY_LABELS[static_cast<size_t>(bit)];
 }
 
+bool DlgSpecialSelection::Takes(const Brush& b) const {
+    return (mask == 0 || b.HasProperty(mask)) && (name.empty() || EqualNoCase(b.name, name)) &&
+           (!has_touch_dmg || b.touch_dmg > 0) && (!has_coll_dmg || b.coll_dmg > 0);
+}
+
+int DlgSpecialSelection::Count(const World& world) const {
+    return static_cast<int>(
+        std::count_if(world.brush.begin(), world.brush.end(), [this](const auto& b) { return Takes(*b); }));
+}
+
 void DlgSpecialSelection::OnOK(CInterface& editor) const {
     World& world = *editor.world;
+    const ChangeRecord record(world, "Select brushes by their properties.");
     world.ClearSelection();
-    for (int i = 0; i < world.GetBrushCount(); ++i) {
-        const Brush& b = *world.brush[static_cast<size_t>(i)];
-        if ((mask == 0 || b.HasProperty(mask)) && (name.empty() || EqualNoCase(b.name, name)) &&
-            (!has_touch_dmg || b.touch_dmg > 0) && (!has_coll_dmg || b.coll_dmg > 0))
+    for (int i = 0; i < world.GetBrushCount(); ++i)
+        if (Takes(*world.brush[static_cast<size_t>(i)]))
             world.SetBrushSelection(i, true);
-    }
     if (world.brush_selection.GetItemCount() == 0) {
         editor.RedrawAllViews();
         return;
@@ -71,13 +93,6 @@ bool AskSpecialSelection(CInterface& editor) {
 }
 
 // --- Entities
-
-DlgSpecialEntSelection::DlgSpecialEntSelection(const CInterface& editor) : types{ALL_TYPES} {
-    std::set<std::string> words;
-    for (const auto& e : editor.world->entity)
-        words.insert(ToUpper(e->str_type));
-    types.insert(types.end(), words.begin(), words.end());
-}
 
 bool DlgSpecialEntSelection::IsNumber(std::string_view text) {
     return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
@@ -130,29 +145,32 @@ bool DlgSpecialEntSelection::ScriptReferencesValue(const CScriptSyntax& syntax, 
     return false;
 }
 
+bool DlgSpecialEntSelection::Takes(const CInterface& editor, const Entity& e) const {
+    const auto has_value = [this](const EntityParameter& p) {
+        return (parameter_name.empty() || p.name == parameter_name) && (value.empty() || ParamValueEquals(p, value));
+    };
+    const auto has_reference = [&](const EntityParameter& p) {
+        return p.IsText() && IsScriptParameter(p) && ScriptReferencesValue(*editor.command_syntax, p.p_text, reference);
+    };
+    const auto any = [&e](const auto& test) { return std::any_of(e.parameter.begin(), e.parameter.end(), test); };
+    return IsOfType(e, type) && (name.empty() || EqualNoCase(e.variable_name, name)) &&
+           ((parameter_name.empty() && value.empty()) || any(has_value)) &&
+           (reference.empty() || (editor.command_syntax && any(has_reference)));
+}
+
+int DlgSpecialEntSelection::Count(const CInterface& editor) const {
+    const auto& entities = editor.world->entity;
+    return static_cast<int>(
+        std::count_if(entities.begin(), entities.end(), [&](const auto& e) { return Takes(editor, *e); }));
+}
+
 void DlgSpecialEntSelection::OnOK(CInterface& editor) const {
     World& world = *editor.world;
-    const auto has_parameter = [this](const Entity& e) {
-        return std::any_of(e.parameter.begin(), e.parameter.end(), [this](const EntityParameter& p) {
-            return (parameter_name.empty() || p.name == parameter_name) &&
-                   (value.empty() || ParamValueEquals(p, value));
-        });
-    };
-    const auto has_reference = [&](const Entity& e) {
-        return editor.command_syntax &&
-               std::any_of(e.parameter.begin(), e.parameter.end(), [&](const EntityParameter& p) {
-                   return p.IsText() && IsScriptParameter(p) &&
-                          ScriptReferencesValue(*editor.command_syntax, p.p_text, reference);
-               });
-    };
+    const ChangeRecord record(world, "Select entities by their content.");
     world.entity_selection.ClearList();
-    for (int i = 0; i < world.GetEntityCount(); ++i) {
-        const Entity& e = *world.entity[static_cast<size_t>(i)];
-        if ((type.empty() || type == ALL_TYPES || e.IsType(type)) &&
-            (name.empty() || EqualNoCase(e.variable_name, name)) &&
-            ((parameter_name.empty() && value.empty()) || has_parameter(e)) && (reference.empty() || has_reference(e)))
+    for (int i = 0; i < world.GetEntityCount(); ++i)
+        if (Takes(editor, *world.entity[static_cast<size_t>(i)]))
             world.entity_selection.AddItem(i);
-    }
     if (world.IsSomethingSelected()) {
         ShowNewSelection(editor);
         return;
@@ -163,12 +181,76 @@ void DlgSpecialEntSelection::OnOK(CInterface& editor) const {
     editor.RedrawAllViews();
 }
 
+// --- What there is to choose from
+
+std::vector<std::string> BrushNames(const World& world) {
+    SortedNames names;
+    for (const auto& b : world.brush)
+        AddName(names, b->name);
+    return {names.begin(), names.end()};
+}
+
+std::vector<std::string> ObjectNames(const World& world) {
+    SortedNames names;
+    for (const auto& b : world.brush)
+        AddName(names, b->name);
+    for (const auto& e : world.entity)
+        AddName(names, e->variable_name);
+    return {names.begin(), names.end()};
+}
+
+std::vector<std::string> EntityTypes(const World& world) {
+    std::set<std::string> words;
+    for (const auto& e : world.entity)
+        words.insert(ToUpper(e->str_type));
+    std::vector<std::string> types{DlgSpecialEntSelection::ALL_TYPES};
+    types.insert(types.end(), words.begin(), words.end());
+    return types;
+}
+
+std::vector<std::string> EntityNames(const World& world, std::string_view type) {
+    SortedNames names;
+    for (const auto& e : world.entity)
+        if (IsOfType(*e, type))
+            AddName(names, e->variable_name);
+    return {names.begin(), names.end()};
+}
+
+std::vector<std::string> ParameterNames(const World& world, std::string_view type) {
+    std::set<std::string> names; // told apart by their case
+    for (const auto& e : world.entity)
+        if (IsOfType(*e, type))
+            for (const EntityParameter& p : e->parameter)
+                names.insert(p.name);
+    std::vector<std::string> sorted(names.begin(), names.end());
+    std::stable_sort(sorted.begin(), sorted.end(), NoCaseOrder());
+    return sorted;
+}
+
+std::vector<std::string> ParameterValues(const World& world, std::string_view type, std::string_view parameter_name) {
+    SortedNames values;
+    for (const auto& e : world.entity)
+        for (const EntityParameter& p : e->parameter) {
+            if (values.size() == MOST_VALUES)
+                break;
+            if (!IsOfType(*e, type) || (!parameter_name.empty() && p.name != parameter_name) || IsScriptParameter(p))
+                continue;
+            const std::string text = p.type == EPT_BOOL    ? p.p_bool ? "True" : "False"
+                                     : p.type == EPT_FLOAT ? Format("%.0f", static_cast<double>(p.p_float))
+                                                           : ParameterText(p, 0);
+            if (!text.empty() && text.find('\n') == std::string::npos &&
+                DlgSpecialEntSelection::ParamValueEquals(p, text))
+                values.insert(text);
+        }
+    return {values.begin(), values.end()};
+}
+
 bool AskSpecialEntSelection(CInterface& editor) {
-    DlgSpecialEntSelection selection(editor);
+    DlgSpecialEntSelection selection;
     FormQuestion question;
     question.title = "Advanced entity selection";
     question.fields.push_back(MakeField("Type:", FormField::Choice, DlgSpecialEntSelection::ALL_TYPES));
-    question.fields[0].choices = selection.types;
+    question.fields[0].choices = EntityTypes(*editor.world);
     for (const char* label : {"Name:", "Parameter:", "Value:", "References:"})
         question.fields.push_back(MakeField(label, FormField::Text));
     if (!GetDesktop().AskForm(question))

@@ -220,7 +220,7 @@ void EntityDlg::ChooseModel(EntityParameter& p, const std::string& actor_class) 
         return;
     p.constant.clear();
     AddAll(p.constant, group->def_files);
-    if (group->def_files.FindString(p.p_text) == -1 && p.p_text != COMMON_MODEL) {
+    if (p.p_text == UNSET || (group->def_files.FindString(p.p_text) == -1 && p.p_text != COMMON_MODEL)) {
         p.p_text = COMMON_MODEL;
         PassOn(p);
     }
@@ -230,6 +230,16 @@ void EntityDlg::ChooseModel(EntityParameter& p, const std::string& actor_class) 
 void EntityDlg::PassOn(const EntityParameter& parameter) {
     if (editor.world)
         editor.world->ChangeEntityParameter(parameter, nullptr, true);
+}
+
+void EntityDlg::PassOnPart(const EntityParameter& parameter, int part) {
+    for (const int e : editor.world->entity_selection) {
+        EntityParameter* own = editor.world->entity[static_cast<size_t>(e)]->GetParameterStr(parameter.name);
+        if (own && own->type == parameter.type)
+            TakePart(*own, parameter, part);
+    }
+    editor.RedrawAllViews();
+    editor.MarkFileAsDirty(true);
 }
 
 EntityParameter* EntityDlg::SelectedParameter() const {
@@ -277,7 +287,7 @@ void EntityDlg::SelectParameter(int index) {
 
 // --- Values
 
-bool EntityDlg::TypeValue(std::string_view text) {
+bool EntityDlg::TypeValue(std::string_view text, int part) {
     EntityParameter* p = SelectedParameter();
     if (!p || !editor.world)
         return false;
@@ -290,9 +300,12 @@ bool EntityDlg::TypeValue(std::string_view text) {
         return false;
     }
     ChangeRecord record(*editor.world, "Change a parameter.");
-    p->TakeValue(typed);
+    TakePart(*p, typed, part);
     FillParameterList();
-    PassOn(*p);
+    if (part == WHOLE_VALUE)
+        PassOn(*p);
+    else
+        PassOnPart(*p, part);
     SelectParameter(selected_parameter);
     return true;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "editor/EditorListener.h"
+#include "pages/ParameterText.h"
 
 class CInterface;
 class CScriptSyntax;
@@ -62,8 +63,10 @@ public:
     void UpdateControls();
     void FillParameterList();
 
-    void SelectParameter(int index);       // in the list; -1: none
-    bool TypeValue(std::string_view text); // of the selected parameter. False after the user was told
+    void SelectParameter(int index); // in the list; -1: none
+    // With a part, the entities keep the rest of their values.
+    bool TypeValue(std::string_view text,
+                   int part = WHOLE_VALUE); // of the selected parameter. False after the user was told
     // Chooses the parameter and types the value.
     bool SetParameter(std::string_view name, std::string_view text);
     void SelectChoice(int row);
@@ -71,6 +74,7 @@ public:
     void ChangeName(std::string_view variable_name);
 
     ParameterEditor OnDblclkParameterlist();
+    ParameterEditor EditorOfParameter() const; // what a double click would open
     const CScriptSyntax* ScriptSyntax(ParameterEditor editor_kind) const;
     bool TakeScript(std::string_view text); // of an EPT_STRING only
     void OnColor();
@@ -93,6 +97,7 @@ private:
     void ChooseDefaults(Entity& chosen);
     void ChooseModel(EntityParameter& parameter, const std::string& actor_class);
     void PassOn(const EntityParameter& parameter);
+    void PassOnPart(const EntityParameter& parameter, int part);
     bool NamesAIGroup() const;
     void RefreshSavedTemplates(bool changed); // of another type word, or when changed
     std::string SavedTemplateFolder() const;

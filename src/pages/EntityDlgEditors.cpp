@@ -45,26 +45,27 @@ void CutLine(const std::string& line, std::string& name, std::string& value) {
 
 } // namespace
 
-ParameterEditor EntityDlg::OnDblclkParameterlist() {
-    EntityParameter* p = SelectedParameter();
+ParameterEditor EntityDlg::EditorOfParameter() const {
+    const EntityParameter* p = SelectedParameter();
     if (!p)
         return ParameterEditor::None;
     if (IsScriptParameter(*p))
         return ParameterEditor::CommandScript;
     if (p->type == EPT_STRING && EqualNoCase(p->name, "conditions"))
         return ParameterEditor::ConditionScript;
-    switch (p->type) {
-    case EPT_COLOR:
-        return ParameterEditor::Color;
-    case EPT_FILENAME:
-        return ParameterEditor::File;
-    case EPT_BOOL:
-        TypeValue(p->p_bool ? "FALSE" : "TRUE");
-        return ParameterEditor::Toggled;
-    default:
+    return p->type == EPT_COLOR      ? ParameterEditor::Color
+           : p->type == EPT_FILENAME ? ParameterEditor::File
+           : p->type == EPT_BOOL     ? ParameterEditor::Toggled
+                                     : ParameterEditor::Text;
+}
+
+ParameterEditor EntityDlg::OnDblclkParameterlist() {
+    const ParameterEditor opened = EditorOfParameter();
+    if (opened == ParameterEditor::Toggled)
+        TypeValue(SelectedParameter()->p_bool ? "FALSE" : "TRUE");
+    else if (opened == ParameterEditor::Text)
         editor.MarkDirty();
-        return ParameterEditor::Text;
-    }
+    return opened;
 }
 
 const CScriptSyntax* EntityDlg::ScriptSyntax(ParameterEditor editor_kind) const {

@@ -8,6 +8,7 @@
 #include "pages/NamedObjects.h"
 
 static constexpr const char* POSITION_VALUE = "ExtendedSelPos";
+static constexpr const char *HIDE_STEP = "Hide entities by type.", *SHOW_STEP = "Show entities by type.";
 
 static std::set<std::string> TypesOfLevel(const World& world) {
     std::set<std::string> words;
@@ -68,21 +69,24 @@ std::set<std::string> DlgExtendedSelect::MarkedWords() const {
     return words;
 }
 
-void DlgExtendedSelect::Hide(const std::set<std::string>& words) {
+void DlgExtendedSelect::Hide(const std::set<std::string>& words, ChangeRecord& record) {
     World& world = *editor.world;
     for (int i = 0; i < world.GetEntityCount(); ++i) {
         Entity& e = *world.entity[static_cast<size_t>(i)];
         if (words.count(ToUpper(e.str_type)) == 0)
             continue;
+        record.AddObject(e);
         e.is_hidden = e.is_hidden_special = true;
         world.entity_selection.RemoveItem(i);
     }
 }
 
-void DlgExtendedSelect::Show(const std::set<std::string>& words) {
+void DlgExtendedSelect::Show(const std::set<std::string>& words, ChangeRecord& record) {
     for (const auto& e : editor.world->entity)
-        if (words.count(ToUpper(e->str_type)) > 0)
+        if (words.count(ToUpper(e->str_type)) > 0) {
+            record.AddObject(*e);
             e->is_hidden = e->is_hidden_special = false;
+        }
 }
 
 void DlgExtendedSelect::Finish() {
@@ -94,12 +98,18 @@ void DlgExtendedSelect::Finish() {
 }
 
 void DlgExtendedSelect::OnHide() {
-    Hide(MarkedWords());
+    {
+        ChangeRecord record(*editor.world, HIDE_STEP);
+        Hide(MarkedWords(), record);
+    }
     Finish();
 }
 
 void DlgExtendedSelect::OnShow() {
-    Show(MarkedWords());
+    {
+        ChangeRecord record(*editor.world, SHOW_STEP);
+        Show(MarkedWords(), record);
+    }
     editor.RedrawAllViews();
 }
 
@@ -123,8 +133,9 @@ void DlgExtendedSelect::OnDoubleClick(int row, bool control) {
             if (!m_elist[i].marked)
                 others.insert(m_elist[i].word);
         }
-        Hide(others);
-        Show(MarkedWords());
+        ChangeRecord record(*editor.world, SHOW_STEP);
+        Hide(others, record);
+        Show(MarkedWords(), record);
     } else {
         const auto first = std::find_if(m_elist.begin(), m_elist.end(), [](const TypeRow& r) { return r.marked; });
         if (first == m_elist.end())
@@ -133,10 +144,11 @@ void DlgExtendedSelect::OnDoubleClick(int row, bool control) {
         const bool any_hidden = std::any_of(entities.begin(), entities.end(), [&first](const auto& e) {
             return e->is_hidden && ToUpper(e->str_type) == first->word;
         });
+        ChangeRecord record(*editor.world, any_hidden ? SHOW_STEP : HIDE_STEP);
         if (any_hidden)
-            Show({first->word});
+            Show({first->word}, record);
         else
-            Hide({first->word});
+            Hide({first->word}, record);
     }
     Finish();
 }

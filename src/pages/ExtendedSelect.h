@@ -46,8 +46,8 @@ public:
 
 private:
     std::set<std::string> MarkedWords() const;
-    void Hide(const std::set<std::string>& words);
-    void Show(const std::set<std::string>& words);
+    void Hide(const std::set<std::string>& words, class ChangeRecord& record);
+    void Show(const std::set<std::string>& words, ChangeRecord& record);
     void Finish();
 
     CInterface& editor;

@@ -60,6 +60,7 @@ void DlgNamedObjList::SelectRow(int row) {
     Brush* b = e ? nullptr : world.GetBrushFromID(id);
     if (!e && !b)
         return; // it has gone since the list was made
+    const ChangeRecord record(world, "Select a named object.");
     world.ClearSelection();
     if (e)
         world.entity_selection.AddItem(world.GetEntityIndex(e));

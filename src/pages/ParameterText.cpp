@@ -113,6 +113,35 @@ bool TypeParameter(EntityParameter& p, std::string_view text) {
     return true;
 }
 
+int PartCount(EntityParameterType type) {
+    return type == EPT_VECTOR3 ? 3 : type == EPT_VECTOR2 || type == EPT_COLOR ? 2 : 1;
+}
+
+void TakePart(EntityParameter& parameter, const EntityParameter& from, int part) {
+    if (part == WHOLE_VALUE || PartCount(parameter.type) == 1) {
+        parameter.TakeValue(from);
+        return;
+    }
+    if (parameter.type == EPT_VECTOR3) {
+        float D3DVECTOR::*const components[] = {&D3DVECTOR::x, &D3DVECTOR::y, &D3DVECTOR::z};
+        parameter.p_vector3.*components[part] = from.p_vector3.*components[part];
+    } else if (parameter.type == EPT_VECTOR2) {
+        float UVVector::*const components[] = {&UVVector::u, &UVVector::v};
+        parameter.p_vector2.*components[part] = from.p_vector2.*components[part];
+    } else {
+        const COLOR &color = part == 0 ? from.p_color : parameter.p_color,
+                    &alpha = part == 0 ? parameter.p_color : from.p_color;
+        parameter.p_color =
+            MakeColor(ChannelToByte(color.r), ChannelToByte(color.g), ChannelToByte(color.b), ChannelToByte(alpha.a));
+    }
+}
+
+bool IsSamePart(const EntityParameter& a, const EntityParameter& b, int part) {
+    EntityParameter changed = b;
+    TakePart(changed, a, part);
+    return ParameterText(changed, EDIT_DECIMALS) == ParameterText(b, EDIT_DECIMALS);
+}
+
 int32_t GetIntParamFromStr(std::string_view text, int n) { return SkipCommas(text, n) ? ParseInt(text) : 0; }
 
 float GetFloatParamFromStr(std::string_view text, int n) { return SkipCommas(text, n) ? ParseFloat(text) : 0.0f; }

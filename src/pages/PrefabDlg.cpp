@@ -43,12 +43,11 @@ std::vector<std::string> Names(const std::string& folder, const char* pattern, F
     return names;
 }
 
-PrefabFamily ParseFamily(const char* top, const char* pattern) {
-    PrefabFamily family;
+void ParseFamily(PrefabFamily& family, const char* top, const char* pattern) {
     family.directory = Names(top, "*", FFO_DirectoryFind, 0, PrefabDlg::MAX_DIRECTORIES);
+    family.file.clear();
     for (const std::string& directory : family.directory)
         family.file.push_back(Names(Join(top, directory), pattern, FFO_FileFind, ENDING_LENGTH, PrefabDlg::MAX_FILES));
-    return family;
 }
 
 int IndexOf(const std::vector<std::string>& names, std::string_view name) {
@@ -71,9 +70,9 @@ void PrefabDlg::OnInitDialog() {
     SelectRoot(true);
 }
 
-void PrefabDlg::ParseBrushes() { brushes = ParseFamily(BRUSH_FOLDER, "*.msh"); }
+void PrefabDlg::ParseBrushes() { ParseFamily(brushes, BRUSH_FOLDER, "*.msh"); }
 
-void PrefabDlg::ParsePrefabs() { prefabs = ParseFamily(PREFAB_FOLDER, "*.mpf"); }
+void PrefabDlg::ParsePrefabs() { ParseFamily(prefabs, PREFAB_FOLDER, "*.mpf"); }
 
 void PrefabDlg::SelectRoot(bool of_brushes) { SelectDirectory(of_brushes, -1); }
 
@@ -128,7 +127,7 @@ void PrefabDlg::ReadDescription() {
     m_desc = CutText(std::string(text.begin(), end), DESCRIPTION_LENGTH);
 }
 
-bool PrefabDlg::LoadPicture(const std::string& directory, const std::string& file, Thumbnail& picture) const {
+bool PrefabDlg::LoadPicture(const std::string& directory, const std::string& file, Thumbnail& picture) {
     return LoadThumbnailPicture(Join(Join(BRUSH_FOLDER, directory), file + "_th.tga"), picture);
 }
 
@@ -183,6 +182,8 @@ void PrefabDlg::MakeDirectory() {
 void PrefabDlg::Refresh() {
     const bool of_brushes = brushes_selected;
     const std::string directory = GetSelectedDirectory(), file = GetSelectedFile();
+    brushes.root = BRUSH_FOLDER;
+    prefabs.root = PREFAB_FOLDER;
     ParseBrushes();
     ParsePrefabs();
     const int d = directory.empty() ? -1 : IndexOf(Family().directory, directory);

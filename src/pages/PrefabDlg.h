@@ -14,7 +14,7 @@ struct Thumbnail;
 struct PrefabFamily {
     std::vector<std::string> directory;
     std::vector<std::vector<std::string>> file; // of each directory
-    bool expanded = false;                      // its root in the tree
+    std::string root;                           // what the tree calls it
 };
 
 // What the selection is to be saved as.
@@ -32,7 +32,7 @@ public:
     PrefabDlg(const PrefabDlg&) = delete;
     PrefabDlg& operator=(const PrefabDlg&) = delete;
 
-    PrefabFamily brushes, prefabs;
+    PrefabFamily brushes{{}, {}, "Brushes"}, prefabs{{}, {}, "Prefabs"};
     bool brushes_selected = true; // the family
     int selected_directory = -1, selected_file = -1;
     std::string m_desc; // of the chosen prefab
@@ -49,8 +49,8 @@ public:
     bool IsBrushSelected() const { return brushes_selected; }
     std::string GetSelectedDirectory() const; // names, empty if none is selected
     std::string GetSelectedFile() const;
-    // Of a file of the brush family; false if there is none.
-    bool LoadPicture(const std::string& directory, const std::string& file, Thumbnail& picture) const;
+    // Of a file of the brush family; false if there is none. Any thread may call it.
+    static bool LoadPicture(const std::string& directory, const std::string& file, Thumbnail& picture);
 
     bool CanSave() const { return buttons_enabled; } // the save and the make-directory button
     // Asks for a name and a description. Nothing after Cancel, an empty name, or without a prefab directory.

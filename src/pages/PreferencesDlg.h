@@ -14,6 +14,7 @@ class CInterface;
 struct Preference {
     const char* name; // of the stored value
     const char* label;
+    const char* help;                 // what it does, in a sentence without its point
     std::vector<const char*> choices; // of a choice by number; empty for a flag, a number or a text
 };
 

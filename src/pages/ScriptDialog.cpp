@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <set>
+#include <unordered_set>
 
 #include "editor/Interface.h"
 #include "foundation/Settings.h"
@@ -27,12 +28,6 @@ CScriptDialog::CScriptDialog(CInterface& controller, const CScriptSyntax* syntax
     RefreshNameList(true);
 }
 
-void CScriptDialog::AddName(const std::string& name) {
-    const auto same = [&name](const std::string& listed) { return EqualNoCase(listed, name); };
-    if (IsNamed(name) && (show_duplicates || std::none_of(object_names.begin(), object_names.end(), same)))
-        object_names.push_back(name);
-}
-
 void CScriptDialog::RefreshNameList(bool update_types) {
     const World& world = *editor.world;
     if (update_types) {
@@ -45,13 +40,18 @@ void CScriptDialog::RefreshNameList(bool update_types) {
         type_filter = ALL_OBJECTS;
     }
     object_names.clear();
+    std::unordered_set<std::string> listed; // in lower case
+    const auto add = [&](const std::string& name) {
+        if (IsNamed(name) && (listed.insert(ToLower(name)).second || show_duplicates))
+            object_names.push_back(name);
+    };
     if (type_filter != BRUSHES)
         for (const auto& e : world.entity)
             if (type_filter == ALL_OBJECTS || e->IsType(type_filter))
-                AddName(e->variable_name);
+                add(e->variable_name);
     if (type_filter == BRUSHES || type_filter == ALL_OBJECTS)
         for (const auto& b : world.brush)
-            AddName(b->name);
+            add(b->name);
 }
 
 void CScriptDialog::SetShowDuplicates(bool shown) {

@@ -42,7 +42,6 @@ public:
     size_t InsertFile(size_t caret); // asks for it; what its path shares with the current folder is left out
 
 private:
-    void AddName(const std::string& name);
     std::string_view LineAt(size_t caret, int& column) const;
 
     CInterface& editor;

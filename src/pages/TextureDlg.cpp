@@ -8,6 +8,7 @@
 #include "editor/Interface.h"
 #include "files/Picture.h"
 #include "foundation/Paths.h"
+#include "foundation/Settings.h"
 #include "foundation/Strings.h"
 #include "pages/DupMatName.h"
 #include "pages/FileCopy.h"
@@ -18,6 +19,7 @@ namespace {
 constexpr const char* GROUPS_FILE = "Marrowstead\\dir_groups.def";
 constexpr const char* MISC_GROUP = "miscellaneous";
 constexpr const char* REMAP_STEP = "Change the mapping.";
+constexpr const char* PAINT_ON_CLICK_VALUE = "PaintOnClick";
 
 bool Holds(const std::string& name, const std::string& lower_part) {
     return lower_part.empty() || ToLower(name).find(lower_part) != std::string::npos;
@@ -63,6 +65,9 @@ std::string MaterialItem::SizeText() const {
 
 TextureDlg::TextureDlg(CInterface& controller) : editor(controller) {
     ReadGroups();
+    RegistryClass store;
+    if (store.OpenKeyDirectory(SETTINGS_KEY))
+        paint_on_click = store.GetFlag(PAINT_ON_CLICK_VALUE, paint_on_click);
     editor.AddListener(*this);
 }
 
@@ -223,6 +228,14 @@ bool TextureDlg::Apply() {
     WriteRecord();
     editor.RedrawView(VIEW_PERSPECTIVE);
     return true;
+}
+
+void TextureDlg::SetPaintOnClick(bool paints) {
+    paint_on_click = paints;
+    RegistryClass store;
+    const int stored = paints ? 1 : 0;
+    if (store.OpenKeyDirectory(SETTINGS_KEY))
+        store.SetKeyValue(PAINT_ON_CLICK_VALUE, &stored);
 }
 
 void TextureDlg::ReplaceMaterial(bool only_selected) {

@@ -67,6 +67,8 @@ public:
     // Puts the chosen material on the selected surface, or on all surfaces of the selected brushes, and remaps. False
     // if none is chosen or nothing is selected.
     bool Apply();
+    bool paint_on_click = true; // whether a click in the list also applies; stored as a setting
+    void SetPaintOnClick(bool paints);
     void ReplaceMaterial(bool only_selected); // the selected surface's material, wherever it is, by the chosen one
     void RemoveMaterial();                    // from the selection, or the chosen one from the whole level
     void ToggleMask();

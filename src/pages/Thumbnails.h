@@ -20,7 +20,7 @@ struct Thumbnail {
 };
 
 // The thumbnail of a material by its texture; false, and an empty field, when the image cannot be read. Any thread may
-// call it for images on the disk. Images in a packed library are read as all its files are: by one thread at a time.
+// call it.
 bool MakeThumbnail(std::string_view texture_class, std::string_view texture_name, Thumbnail& thumbnail);
 std::string ThumbnailPath(std::string_view texture_class, std::string_view texture_name);
 

@@ -14,12 +14,16 @@
 
 #include "desktop/ColorButton.h"
 #include "desktop/EntityPage.h"
+#include "desktop/FinishTyping.h"
 #include "desktop/LibraryWindow.h"
 #include "desktop/PrefabPage.h"
 #include "desktop/PreferencesPage.h"
 #include "desktop/TexturePage.h"
 #include "desktop/ToolWindows.h"
 #include "desktop/WindowSetup.h"
+#include "files/FileObject.h"
+#include "files/LibraryWriter.h"
+#include "pages/ParameterText.h"
 #include "scene/UndoBuffer.h"
 
 namespace {
@@ -118,6 +122,7 @@ TEST_F(PagesWindowsTest, MaterialsFilterAsOneTypesAndAreChosenAndPainted) {
     ASSERT_EQ(Names(*list->model()), QStringList({"oak", "brick", "stone", "roses"}));
     list->resize(600, 300);
     ProcessNews();
+    FindButton(*library->texture, "Paint on click")->click(); // off
     ClickRow(list, 1);
     EXPECT_EQ(pages->texture.material_name, "brick");
     EXPECT_EQ(b->surfaces[2].texture.index, 0);
@@ -134,9 +139,49 @@ TEST_F(PagesWindowsTest, MaterialsFilterAsOneTypesAndAreChosenAndPainted) {
     EXPECT_EQ(Names(*list->model()), QStringList({"roses"}));
     tree->setCurrentItem(tree->topLevelItem(0));
     EXPECT_EQ(Names(*list->model()).front(), "roses"); // used ones first
-    FindButton(*library->texture, "Paint on click")->click();
+    const auto painted = [&] {
+        return Level().material[static_cast<size_t>(b->surfaces[2].texture.index)].material_name;
+    };
+    list->setCurrentIndex(list->model()->index(2, 0));
+    EXPECT_EQ(painted(), "roses") << "the keys walk without painting";
+    QTest::keyClick(list, Qt::Key_Return);
+    EXPECT_EQ(painted(), "brick");
+    FindButton(*library->texture, "Paint on click")->click(); // on, as at first
     ClickRow(list, 1);
-    EXPECT_EQ(Level().material[static_cast<size_t>(b->surfaces[2].texture.index)].material_name, "oak");
+    EXPECT_EQ(painted(), "oak");
+    ClickRow(list, 0, Qt::MiddleButton);
+    EXPECT_EQ(painted(), "oak");
+    EXPECT_EQ(pages->texture.material_name, "roses");
+}
+
+// A library of its own: its pictures come from several threads at once.
+TEST_F(PagesWindowsTest, PicturesOfPackedMaterialsComeInTheBackground) {
+    constexpr int PICTURES = 24;
+    LibraryWriter writer;
+    std::vector<ThumbnailRow> rows;
+    for (int i = 0; i < PICTURES; ++i) {
+        const std::string name = "p" + std::to_string(i);
+        const std::string bytes = TargaBytes(64, 64, 24, static_cast<uint32_t>(0x030201 * i));
+        ASSERT_TRUE(writer.Add("Textures\\packed\\" + name + ".tga", {bytes.begin(), bytes.end()}));
+        ThumbnailRow row;
+        row.key = QString::number(i);
+        row.make = [name](Thumbnail& thumbnail) { return MakeThumbnail("packed", name, thumbnail); };
+        rows.push_back(row);
+    }
+    std::string error;
+    ASSERT_TRUE(writer.Write("packed.fs", false, error)) << error;
+    ASSERT_EQ(FileObject::AddFileLibrary("packed.fs", 0), 1);
+    ThumbnailModel model;
+    QSignalSpy told(&model, &QAbstractItemModel::dataChanged);
+    model.SetRows(std::move(rows));
+    for (int i = 0; i < PICTURES; ++i)
+        EXPECT_TRUE(model.Picture(i).isNull()) << "the window does not wait for it";
+    for (int i = 0; i < PICTURES; ++i) {
+        while (model.Picture(i).isNull())
+            ASSERT_TRUE(told.wait());
+        EXPECT_EQ(model.Picture(i).toImage().pixel(32, 32), 0xFF000000u + static_cast<uint32_t>(0x030201 * i));
+    }
+    FileObject::ResetFileLibrary();
 }
 
 TEST_F(PagesWindowsTest, AMaterialPickedInAViewIsShown) {
@@ -192,7 +237,6 @@ TEST_F(PagesWindowsTest, OnlyPaintedRowsOfALongListMakePictures) {
     for (int i = 0; i < MATERIALS; ++i) {
         rows[static_cast<size_t>(i)].name = QString("material %1").arg(i);
         rows[static_cast<size_t>(i)].key = QString::number(i);
-        rows[static_cast<size_t>(i)].image_path = [] { return std::string("Textures\\wall\\brick.tga"); };
         rows[static_cast<size_t>(i)].make = [&made](Thumbnail& thumbnail) {
             ++made;
             return MakeThumbnail("wall", "brick", thumbnail);
@@ -272,6 +316,90 @@ TEST_F(PagesWindowsTest, AScriptParameterOpensTheScriptWindow) {
     ProcessNews();
     auto* line = Named<QWidget>(library->entity, "script")->findChild<QLineEdit*>();
     EXPECT_TRUE(line->isReadOnly()); // a line edit would join the lines
+}
+
+TEST_F(PagesWindowsTest, ATextWithoutATableOpensTheActorScriptWindow) {
+    EXPECT_TRUE(pages->entity.SelectTemplate("soldier"));
+    Entity* kind = pages->entity.SelectedTemplate();
+    kind->GetParameterStr("conditions")->name = "remark";
+    kind->GetParameterStr("remark")->p_text = "first";
+    Open(TAB_ENTITY);
+    const auto edit = [&](const char* typed, const char* button) {
+        WhenOpen([=, this](QWidget& window) {
+            EXPECT_EQ(window.windowTitle(), "Actor script");
+            Press(window, "Check");
+            Press(window, "Autocomplete");
+            auto* script = window.findChild<QPlainTextEdit*>();
+            script->moveCursor(QTextCursor::End);
+            QTest::keyClicks(script, typed);
+            QTest::keyClick(script, Qt::Key_Return);
+            Press(window, button);
+        });
+        Press(*Named<QWidget>(library->entity, "remark"), "...");
+        ProcessNews();
+    };
+    edit(" x", "Cancel");
+    EXPECT_EQ(kind->GetParameterStr("remark")->p_text, "first");
+    ASSERT_EQ(desktop.boxes.size(), 2u);
+    EXPECT_EQ(desktop.boxes[0].title, "Check");
+    EXPECT_EQ(desktop.boxes[1].text, "Pokus o autocomplete");
+    edit(" y", "OK");
+    EXPECT_EQ(kind->GetParameterStr("remark")->p_text, "first y\r\n");
+}
+
+TEST_F(PagesWindowsTest, WhatIsBeingTypedCountsBeforeACommand) {
+    Entity* e = AddEntity("light");
+    Level().ClearSelection();
+    Level().entity_selection.AddItem(Level().GetEntityIndex(e));
+    editor->SelectionChanged();
+    Open(TAB_ENTITY);
+    auto* range = Named<QWidget>(library->entity, "range")->findChild<NumberField*>();
+    range->setFocus();
+    range->selectAll();
+    QTest::keyClicks(range, "77");
+    EXPECT_EQ(e->GetParameterStr("range")->p_float, 256);
+    FinishTyping();
+    EXPECT_EQ(e->GetParameterStr("range")->p_float, 77);
+    EXPECT_TRUE(range->hasFocus());
+    // The selection changes under a field: what is typed there does not land in a parameter of another kind.
+    QTest::keyClicks(range, "5");
+    Entity* other = AddEntity("soldier");
+    Level().ClearSelection();
+    Level().entity_selection.AddItem(Level().GetEntityIndex(other));
+    editor->SelectionChanged();
+    const std::vector<EntityParameter> before = other->parameter;
+    ProcessNews();
+    for (size_t i = 0; i < before.size(); ++i)
+        EXPECT_EQ(ParameterText(other->parameter[i], EDIT_DECIMALS), ParameterText(before[i], EDIT_DECIMALS));
+}
+
+TEST_F(PagesWindowsTest, AComponentGivenToSeveralEntitiesLeavesTheOthers) {
+    Entity* a = AddEntity("light");
+    Entity* b = AddEntity("light");
+    a->GetParameterStr("wind")->p_vector3 = {1, 2, 3};
+    b->GetParameterStr("wind")->p_vector3 = {4, 5, 3};
+    a->GetParameterStr("color")->p_color = MakeColor(10, 20, 30, 40);
+    b->GetParameterStr("color")->p_color = MakeColor(50, 60, 70, 40);
+    Level().ClearSelection();
+    for (const Entity* e : {a, b})
+        Level().entity_selection.AddItem(Level().GetEntityIndex(e));
+    editor->SelectionChanged();
+    Open(TAB_ENTITY);
+    const auto numbers = [&](const char* name) {
+        return Named<QWidget>(library->entity, name)->findChildren<NumberField*>();
+    };
+    EXPECT_EQ(numbers("wind")[0]->text(), "(different)");
+    EXPECT_EQ(numbers("wind")[2]->text(), "3");
+    EXPECT_EQ(numbers("color")[0]->text(), "40");
+    TypeNumber(numbers("wind")[1], "9");
+    TypeNumber(numbers("color")[0], "80");
+    ProcessNews();
+    EXPECT_EQ(a->GetParameterStr("wind")->p_vector3, (D3DVECTOR{1, 9, 3}));
+    EXPECT_EQ(b->GetParameterStr("wind")->p_vector3, (D3DVECTOR{4, 9, 3}));
+    EXPECT_EQ(a->GetParameterStr("color")->p_color, MakeColor(10, 20, 30, 80));
+    EXPECT_EQ(b->GetParameterStr("color")->p_color, MakeColor(50, 60, 70, 80));
+    EXPECT_EQ(numbers("wind")[1]->text(), "9");
+    EXPECT_EQ(numbers("wind")[0]->text(), "(different)");
 }
 
 TEST_F(PagesWindowsTest, SeveralEntitiesShowWhatDiffersAndTakeOneValue) {
@@ -356,7 +484,7 @@ TEST_F(PagesWindowsTest, PreferencesTakeEffectAtOnceAndFollow) {
     FindButton(*page, "World Subdivision")->click();
     EXPECT_TRUE(editor->settings.subdivide_world);
     for (QSpinBox* spin : page->findChildren<QSpinBox*>())
-        if (spin->toolTip().startsWith("Undo States"))
+        if (spin->toolTip().startsWith("How many steps can be undone"))
             spin->setValue(77);
     EXPECT_EQ(editor->settings.undo_states, 77);
     auto* game = page->findChild<QListWidget*>()->item(1);

@@ -242,12 +242,12 @@ TEST_F(NamedObjectsTest, AdvancedEntitySelectionCombinesItsFields) {
     AddEntity("light", "lamp")->GetParameterStr("script")->p_text = "Wait 3\r\n!open GATE 2";
     AddEntity("light")->GetParameterStr("script")->p_text = "Wait gate\nOpen ? 2";
     AddEntity("glow", "lamp");
-    DlgSpecialEntSelection dialog(*editor);
-    EXPECT_EQ(dialog.types, (std::vector<std::string>{"All types", "CORONA", "POINT_LIGHT"}));
+    DlgSpecialEntSelection dialog;
+    EXPECT_EQ(EntityTypes(Level()), (std::vector<std::string>{"All types", "CORONA", "POINT_LIGHT"}));
     const auto selects = [&] {
         dialog.OnOK(*editor);
         std::vector<int> selected(Level().entity_selection.begin(), Level().entity_selection.end());
-        dialog = DlgSpecialEntSelection(*editor);
+        dialog = {};
         return selected;
     };
     EXPECT_EQ(selects(), (std::vector<int>{0, 1, 2}));
@@ -267,6 +267,67 @@ TEST_F(NamedObjectsTest, AdvancedEntitySelectionCombinesItsFields) {
     desktop.form_answers = {{{0, "CORONA"}}};
     EXPECT_TRUE(AskSpecialEntSelection(*editor));
     EXPECT_EQ(Level().entity_selection.GetItem(0), 2);
+}
+
+// A step that was not kept would let an earlier move be undone on other objects.
+TEST_F(NamedObjectsTest, SelectingByContentIsAStep) {
+    editor->settings.full_undo = true;
+    AddBox()->name = "gate";
+    AddBox(100)->properties = BP_LADDER;
+    Entity* light = AddEntity("light", "lamp");
+    const auto selects = [&](const auto& act) {
+        Level().ClearSelection();
+        Level().SetBrushSelection(0, true);
+        Level().undo_buffer.Empty();
+        act();
+        EXPECT_FALSE(Level().brush[0]->is_selected && Level().entity_selection.GetItemCount() == 0);
+        ASSERT_EQ(Level().undo_buffer.GetActionCount(), 1);
+        Level().undo_buffer.UndoLastAction(Level(), Level().redo_buffer);
+        EXPECT_TRUE(Level().brush[0]->is_selected);
+        EXPECT_EQ(Level().brush_selection.GetItemCount() + Level().entity_selection.GetItemCount(), 1);
+    };
+    selects([&] {
+        DlgSpecialSelection brushes;
+        brushes.mask = BP_LADDER;
+        brushes.OnOK(*editor);
+    });
+    selects([&] { DlgSpecialEntSelection().OnOK(*editor); });
+    selects([&] {
+        DlgNamedObjList list(*editor);
+        list.SelectRow(1); // the light
+    });
+    DlgExtendedSelect types(*editor);
+    Level().ClearSelection();
+    Level().entity_selection.AddItem(0);
+    Level().undo_buffer.Empty();
+    types.OnAll(true);
+    types.OnHide();
+    EXPECT_TRUE(light->is_hidden);
+    ASSERT_EQ(Level().undo_buffer.GetActionCount(), 1);
+    Level().undo_buffer.UndoLastAction(Level(), Level().redo_buffer);
+    EXPECT_FALSE(Level().entity[0]->is_hidden);
+    EXPECT_EQ(Level().entity_selection.GetItemCount(), 1);
+}
+
+TEST_F(NamedObjectsTest, WhatALevelOffersToChooseFrom) {
+    AddBox()->name = "Gate";
+    AddBox(100)->name = "none";
+    Entity* a = AddEntity("light", "lamp");
+    a->GetParameterStr("range")->p_float = 2.5f; // cannot be looked for
+    a->GetParameterStr("count")->p_int = -1;     // nor this
+    AddEntity("light", "LAMP");
+    AddEntity("glow", "arc");
+    using Texts = std::vector<std::string>;
+    EXPECT_EQ(BrushNames(Level()), Texts{"Gate"});
+    EXPECT_EQ(ObjectNames(Level()), (Texts{"arc", "Gate", "lamp"}));
+    EXPECT_EQ(EntityNames(Level(), "point_light"), Texts{"lamp"});
+    EXPECT_EQ(ParameterNames(Level(), "CORONA"), (Texts{"mood", "range"}));
+    EXPECT_EQ(ParameterValues(Level(), "POINT_LIGHT", "range"), Texts{"256"});
+    EXPECT_EQ(ParameterValues(Level(), "POINT_LIGHT", "count"), Texts{"3"});
+    EXPECT_EQ(ParameterValues(Level(), "POINT_LIGHT", "dynamic"), Texts{"False"});
+    EXPECT_EQ(ParameterValues(Level(), "POINT_LIGHT", "color"), Texts{"255, 128, 0, 255"});
+    EXPECT_EQ(ParameterValues(Level(), "POINT_LIGHT", "wind"), Texts{});
+    EXPECT_EQ(ParameterValues(Level(), DlgSpecialEntSelection::ALL_TYPES, "mood"), (Texts{"1", "calm"}));
 }
 
 // --- The script window
