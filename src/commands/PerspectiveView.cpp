@@ -6,12 +6,13 @@
 #include "foundation/Quaternion.h"
 #include "foundation/Strings.h"
 #include "pages/LibraryPages.h"
+#include "render/DisplayScale.h"
 #include "render/Matrix.h"
 
 namespace {
 
-constexpr float UNITS_A_PIXEL = 1.5f;     // of a flight
-constexpr float RADIANS_A_PIXEL = 0.005f; // of a turn
+constexpr float UNITS_A_PIXEL = 1.5f;     // of the desktop, in a flight
+constexpr float RADIANS_A_PIXEL = 0.005f; // in a turn
 constexpr float STEEPEST = 1.553343f;     // 89 degrees: elevation of the free camera
 constexpr float HALF_PI = PI / 2;         // elevation of the orbit
 constexpr float ORBIT_STEP = 0.03490659f; // 2 degrees
@@ -118,15 +119,15 @@ void CPerspectiveView::OnMouseMove(uint32_t flags, POINT point) {
 void CPerspectiveView::FlyCamera(int dx, int dy) {
     D3DVECTOR direction, normal, right;
     CInterface::ComputeCameraVectors(Info().camera_rotation, direction, normal, right);
-    Info().camera_position -= normal * (static_cast<float>(dy) * UNITS_A_PIXEL);
-    Info().camera_position += right * (static_cast<float>(dx) * UNITS_A_PIXEL);
+    Info().camera_position -= normal * (static_cast<float>(dy) * UNITS_A_PIXEL / crvDisplayScale);
+    Info().camera_position += right * (static_cast<float>(dx) * UNITS_A_PIXEL / crvDisplayScale);
     interface.RedrawView(view);
 }
 
 // dx: to the left
 void CPerspectiveView::TurnCamera(int dx, int dy) {
-    const float elevation = static_cast<float>(dy) * RADIANS_A_PIXEL,
-                azimuth = static_cast<float>(dx) * RADIANS_A_PIXEL;
+    const float elevation = static_cast<float>(dy) * RADIANS_A_PIXEL / crvDisplayScale,
+                azimuth = static_cast<float>(dx) * RADIANS_A_PIXEL / crvDisplayScale;
     if (interface.special_camera_rotation) {
         special_elevation = std::clamp(special_elevation + elevation, -HALF_PI, HALF_PI);
         special_azimuth = WrappedAngle(special_azimuth - azimuth);

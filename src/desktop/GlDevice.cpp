@@ -27,6 +27,11 @@ GlDevice::GlDevice(QOpenGLContext* context) {
 
 GlDevice::~GlDevice() { Close(); }
 
+void GlDevice::UseSurface(QSurface* offscreen) {
+    if (pipeline)
+        pipeline->UseSurface(offscreen);
+}
+
 bool GlDevice::CreateBackBuffer(uint32_t w, uint32_t h) {
     Close();
     if (!IsUsable() || !pipeline->IsCurrent() || w == 0 || h == 0 || w > longest_screen_side || h > longest_screen_side)

@@ -1,9 +1,9 @@
 // A device on OpenGL 3.3 core, in a context of Qt. Its pictures are those of the software device to a small tolerance;
 // beyond it, textures are read by all three filters and from all their levels.
 //
-// The context is current in every call, and outlives the device or takes what belongs to OpenGL with it. Between
-// BeginScene and EndScene nobody else uses the context. Textures may be locked by any thread, the back and front buffer
-// by the context's thread only.
+// The context is current in every call, unless UseSurface lets the device see to that. It outlives the device or takes
+// what belongs to OpenGL with it. Between BeginScene and EndScene nobody else uses the context. Textures may be locked
+// by any thread, the back and front buffer by the context's thread only.
 #pragma once
 
 #include <memory>
@@ -12,12 +12,15 @@
 #include "render/SoftDevice.h"
 
 class QOpenGLContext;
+class QSurface;
 
 class GlDevice : public Device {
 public:
     explicit GlDevice(QOpenGLContext* context);
     ~GlDevice() override;
 
+    // From then on the device makes its context current where it is not, on this surface, which lives as long.
+    void UseSurface(QSurface* offscreen);
     bool IsUsable() const { return pipeline != nullptr; } // else the context is not good enough, and all calls fail
 
     std::string DriverName() const override { return "OpenGL"; }

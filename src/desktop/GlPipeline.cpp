@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include <QThread>
+
 #include "desktop/GlMesh.h"
 
 namespace {
@@ -75,6 +77,10 @@ GlPipeline::~GlPipeline() {
     stream.Release();
     for (const auto& [filter, name] : samplers)
         gl.glDeleteSamplers(1, &name);
+}
+
+bool GlPipeline::TakeContext() const {
+    return QThread::currentThread() == context->thread() && context->makeCurrent(surface);
 }
 
 void GlPipeline::Enter(GLuint framebuffer) {

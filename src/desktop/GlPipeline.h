@@ -36,7 +36,11 @@ public:
     GlPipeline(const GlPipeline&) = delete;
     GlPipeline& operator=(const GlPipeline&) = delete;
 
-    bool IsCurrent() const { return context && QOpenGLContext::currentContext() == context; }
+    // Makes the context current where it is not, once it has a surface for that and in its own thread.
+    bool IsCurrent() const {
+        return context && (QOpenGLContext::currentContext() == context || (surface && TakeContext()));
+    }
+    void UseSurface(QSurface* offscreen) { surface = offscreen; }
     void Enter(GLuint framebuffer); // to draw into; nothing is known of the state
     void Leave();                   // draws the batch and leaves a state that surprises nobody
 
@@ -52,6 +56,7 @@ public:
     GlFunctions& gl;
 
 private:
+    bool TakeContext() const;
     void Apply(const GlDrawState& state);
     void ApplyTextures(const GlDrawState& state);
     void Toggle(GLenum capability, bool before, bool now);
@@ -62,6 +67,7 @@ private:
     bool MarkUnusable(const uint8_t* data, uint32_t count);
 
     QPointer<QOpenGLContext> context;
+    QSurface* surface = nullptr; // lives as long as the context
     GlShaders shaders;
     GlStream stream;
     std::map<GlFilter, GLuint> samplers;

@@ -121,12 +121,15 @@ std::string GlVertexText(const GlShaderKey& key) {
     return text + "}\n";
 }
 
-// A line becomes the parallelogram that covers the one pixel of each column or row of its longer direction. A pixel
-// centre on an upper or left edge is inside, so that what a line takes from the other side is moved by the least step.
+// A line becomes the parallelogram that covers as many pixels as it is wide of each column or row of its longer
+// direction, and reaches as far over its ends. A pixel centre on an upper or left edge is inside, so that what a line
+// takes from the other side is moved by the least step.
 std::string GlLineText(const GlShaderKey& key) {
     const uint32_t sets = SetsNeeded(key), planes = key.planes ? CLIP_PLANES : 0;
     std::string text = std::string(VERSION) + SCREEN;
     text += "layout(lines) in;\nlayout(triangle_strip, max_vertices = 4) out;\n";
+    text += "const float BELOW = " + Number((key.line_width - 1u) / 2) + ".0, ABOVE = " + Number(key.line_width / 2u) +
+            ".0; // pixels beside the first\n";
     text += Varyings(key, "in", "corner_", "[]") + Varyings(key, "out", "end_");
     text += R"(
 void Emit(vec4 p, vec2 pixels, float t) {
@@ -165,9 +168,13 @@ void main() {
     float along = across ? growth.x : growth.y;
     if (along == 0.0)
         return;
+    vec2 one = growth / abs(along);
+    from -= one * (along < 0.0 ? ABOVE : BELOW);
+    to += one * (along < 0.0 ? BELOW : ABOVE);
     float start = along < 0.0 ? STEP : 0.0; // the first point belongs to the line, the last does not
-    vec2 upper = across ? vec2(start, STEP - 0.5) : vec2(STEP - 0.5, start);
-    vec2 lower = across ? vec2(start, STEP + 0.5) : vec2(STEP + 0.5, start);
+    float near = STEP - 0.5 - BELOW, far = STEP + 0.5 + ABOVE;
+    vec2 upper = across ? vec2(start, near) : vec2(near, start);
+    vec2 lower = across ? vec2(start, far) : vec2(far, start);
     Emit(first, from + upper, t0);
     Emit(first, from + lower, t0);
     Emit(last, to + upper, t1);

@@ -33,6 +33,7 @@ struct GlShaderKey {
     uint8_t given_sets = 0;   // of coordinates of the vertices; others are 0
     bool flat = false;        // the colour of a triangle is that of its first corner
     bool planes = false;      // clip planes cut
+    uint8_t line_width = 1;   // pixels, of lines
     uint8_t alpha_func = CMP_OFF;
     uint8_t stage_count = 0;
     std::array<GlStage, TEXTURE_STAGES> stages;

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "desktop/GlDevice.h"
+#include "render/DisplayScale.h"
 
 namespace {
 
@@ -89,6 +90,8 @@ void GlDevice::ResolvePlanes(GlDrawState& state) const {
 GlDrawState GlDevice::Resolve(GlShape shape, uint32_t fvf) const {
     GlDrawState state;
     state.key.shape = shape;
+    if (shape == GlShape::Lines)
+        state.key.line_width = static_cast<uint8_t>(crvDotSize);
     const bool transformed = state.key.transformed = (fvf & VT_XYZ) == 0;
     state.key.colored = (fvf & VT_DIFFUSE) != 0;
     state.key.given_sets = static_cast<uint8_t>(MakeFvfLayout(fvf).coordinate_sets);

@@ -1,7 +1,6 @@
 #include "desktop/GlViewsWidget.h"
 
-#include <QCoreApplication>
-#include <QEvent>
+#include <QGuiApplication>
 #include <QOpenGLExtraFunctions>
 #include <QOpenGLFramebufferObject>
 
@@ -13,6 +12,12 @@ QSurfaceFormat WantedFormat() {
     wanted.setVersion(3, 3);
     wanted.setProfile(QSurfaceFormat::CoreProfile);
     return wanted;
+}
+
+// Other window systems may have OpenGL, but none in a part of a window, and their windows then crash.
+bool IsShownInWindows() {
+    const QString system = QGuiApplication::platformName();
+    return system == "xcb" || system.startsWith("wayland") || system.startsWith("eglfs");
 }
 
 } // namespace
@@ -35,6 +40,8 @@ GlViewsWidget::~GlViewsWidget() {
 void GlViewsWidget::MakeCurrent() { device_context.makeCurrent(&surface); }
 
 GlDevice* GlViewsWidget::MakeDevice() {
+    if (!IsShownInWindows())
+        return nullptr;
     device_context.setFormat(WantedFormat());
     device_context.setShareContext(QOpenGLContext::globalShareContext());
     if (!device_context.create() || device_context.isOpenGLES() || device_context.format().version() < qMakePair(3, 3))
@@ -46,15 +53,8 @@ GlDevice* GlViewsWidget::MakeDevice() {
     device = std::make_unique<GlDevice>(&device_context);
     if (!device->IsUsable())
         return nullptr;
-    QCoreApplication::instance()->installEventFilter(this);
+    device->UseSurface(&surface);
     return device.get();
-}
-
-bool GlViewsWidget::eventFilter(QObject* watched, QEvent* event) {
-    const bool painting = event->type() == QEvent::Paint || event->type() == QEvent::UpdateRequest;
-    if (!painting && QOpenGLContext::currentContext() != &device_context)
-        MakeCurrent();
-    return QOpenGLWidget::eventFilter(watched, event);
 }
 
 void GlViewsWidget::initializeGL() {

@@ -21,14 +21,12 @@ public:
     QWidget& Surface() override { return *this; }
     void MakeCurrent() override;
 
-    // Null when there is no OpenGL 3.3.
+    // Null when there is no OpenGL 3.3, or windows cannot show it.
     GlDevice* MakeDevice();
 
 protected:
     void initializeGL() override;
     void paintGL() override;
-    // Work of any event may reach the device, whose context is to be current then.
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     GLsync TakePicture(const QSize& size); // of the device, into `picture`

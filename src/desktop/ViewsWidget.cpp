@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "drawing/DrawingScope.h"
+#include "render/DisplayScale.h"
 #include "render/Frame.h"
 
 namespace {
@@ -123,10 +125,13 @@ void ViewsWidget::SetFrozen(bool freeze) {
 void ViewsWidget::DrawPending() {
     if (!frame || frozen || frame->interface.compilation_active)
         return;
-    if (laid_out != DeviceSize()) // the scale of the screen may have changed
+    if (laid_out != DeviceSize() || laid_out_ratio != devicePixelRatioF()) { // the scale of the screen has changed
         TakeSize();
+        pending = ALL_VIEWS;
+    }
     if (!FitBackBuffer())
         return;
+    const DrawingScope one_level;
     for (int view = 0; view < VIEW_COUNT; ++view)
         if (pending & 1u << view)
             frame->interface.DrawView(view);
@@ -158,6 +163,8 @@ void ViewsWidget::TakeSize() {
     const SplitLayout before = frame->layout;
     const QSize old_size = laid_out;
     laid_out = DeviceSize();
+    laid_out_ratio = devicePixelRatioF();
+    crSetDisplayScale(static_cast<float>(laid_out_ratio));
     frame->SetClientSize(laid_out.width(), laid_out.height());
     if (old_size.isValid() && before.columns[0] + before.columns[1] > 0 && before.rows[0] + before.rows[1] > 0) {
         frame->layout = before;

@@ -79,6 +79,7 @@ private:
     std::array<QSize, VIEW_COUNT> last_size;
     unsigned pending = 0; // bits of the views to draw
     QSize laid_out;       // device pixels
+    qreal laid_out_ratio = 1;
     bool frozen = false;
     int held_view = -1; // has the mouse until all buttons are up
     Qt::MouseButtons held_buttons;

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "drawing/ViewDrawing.h"
+#include "render/DisplayScale.h"
 #include "render/FontGlyphs.h"
 #include "render/Frame.h"
 
@@ -64,37 +65,39 @@ private:
 
 constexpr uint32_t CAPTION_COLOR = 0xFFFFFF;
 
-void DrawGlyph(BackBufferPixels& picture, int left, int top, char c) {
+void DrawGlyph(BackBufferPixels& picture, int left, int top, int dot, char c) {
     const int glyph = c - FIRST_GLYPH;
     if (glyph < 0 || glyph >= GLYPH_COUNT)
         return;
     for (int x = 0; x < GLYPH_COLUMNS; ++x)
         for (int y = 0; y < GLYPH_ROWS; ++y)
-            if ((GLYPHS[glyph][x] >> y & 1) != 0)
-                picture.Set(left + x, top + y, CAPTION_COLOR);
+            for (int k = 0; (GLYPHS[glyph][x] >> y & 1) != 0 && k < dot * dot; ++k)
+                picture.Set(left + x * dot + k % dot, top + y * dot + k / dot, CAPTION_COLOR);
 }
 
 } // namespace
 
 void DrawCaption(const RECT& window_rect, const std::string& text) {
-    constexpr int LEFT = 3, TOP = 2; // of the text in the view
-    constexpr int CELL_WIDTH = 8, CELL_HEIGHT = 16, GLYPH_LEFT = 1, GLYPH_TOP = 2;
-    int left = window_rect.left + LEFT;
-    const int top = window_rect.top + TOP;
-    BackBufferPixels picture({left, top, left + static_cast<int>(text.size()) * CELL_WIDTH, top + CELL_HEIGHT});
+    constexpr int LEFT = 3, TOP = 2; // of the text in the view, dots
+    constexpr int CELL_WIDTH = 6, CELL_HEIGHT = 16, GLYPH_LEFT = 1, GLYPH_TOP = 2;
+    const int dot = static_cast<int>(crvDotSize);
+    int left = window_rect.left + LEFT * dot;
+    const int top = window_rect.top + TOP * dot;
+    BackBufferPixels picture(
+        {left, top, left + static_cast<int>(text.size()) * CELL_WIDTH * dot, top + CELL_HEIGHT * dot});
     for (const char c : text) {
-        DrawGlyph(picture, left + GLYPH_LEFT, top + GLYPH_TOP, c);
-        left += CELL_WIDTH;
+        DrawGlyph(picture, left + GLYPH_LEFT * dot, top + GLYPH_TOP * dot, dot, c);
+        left += CELL_WIDTH * dot;
     }
 }
 
 void DrawViewFrame(const RECT& window_rect, uint32_t color) {
-    constexpr int THICKNESS = 2;
+    const int thickness = 2 * static_cast<int>(crvDotSize);
     const auto& [left, top, right, bottom] = window_rect;
-    for (const RECT& strip : {RECT{left, top, right, std::min(top + THICKNESS, bottom)},
-                              RECT{left, std::max(bottom - THICKNESS, top), right, bottom},
-                              RECT{left, top, std::min(left + THICKNESS, right), bottom},
-                              RECT{std::max(right - THICKNESS, left), top, right, bottom}})
+    for (const RECT& strip : {RECT{left, top, right, std::min(top + thickness, bottom)},
+                              RECT{left, std::max(bottom - thickness, top), right, bottom},
+                              RECT{left, top, std::min(left + thickness, right), bottom},
+                              RECT{std::max(right - thickness, left), top, right, bottom}})
         BackBufferPixels(strip).Fill(color);
 }
 

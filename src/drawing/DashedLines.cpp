@@ -1,5 +1,6 @@
 #include "drawing/DashedLines.h"
 
+#include "render/DisplayScale.h"
 #include "render/StateCache.h"
 
 void DashedLines::SetState() const {
@@ -13,7 +14,7 @@ void DashedLines::SetState() const {
 }
 
 void DashedLines::Line(const D3DVECTOR& from, const D3DVECTOR& to, uint32_t color) {
-    constexpr float PATTERNS_IN_PIXEL = 0.125f, PATTERN_ROW = 0.5625f;
+    constexpr float PATTERNS_IN_DOT = 0.125f, PATTERN_ROW = 0.5625f;
     if (!drawing)
         SetState();
     drawing = true;
@@ -22,7 +23,7 @@ void DashedLines::Line(const D3DVECTOR& from, const D3DVECTOR& to, uint32_t colo
     crUV(0, PATTERN_ROW);
     crXYZ(from.x, from.y, from.z);
     crDiffuse(color);
-    crUV(Magnitude(to - from) * PATTERNS_IN_PIXEL * context.scale, PATTERN_ROW);
+    crUV(Magnitude(to - from) * PATTERNS_IN_DOT * context.scale / static_cast<float>(crvDotSize), PATTERN_ROW);
     crXYZ(to.x, to.y, to.z);
     crIndex(first);
     crIndex(first + 1);

@@ -2,6 +2,7 @@
 #include "drawing/GeometryBatch.h"
 #include "drawing/LineColors.h"
 #include "drawing/ViewDrawing.h"
+#include "render/DisplayScale.h"
 #include "render/Matrix.h"
 #include "render/StateCache.h"
 #include "scene/World.h"
@@ -56,7 +57,7 @@ public:
     }
 
     void DrawMarks() const {
-        constexpr int RIM = 3, MARK = 2; // half sizes, pixels
+        const int dot = static_cast<int>(crvDotSize), rim = 3 * dot, mark = 2 * dot; // half sizes
         SetPlainState();
         criSetStateValue(RS_CULLMODE, CULL_CCW);
         GeometryBatch marks(PT_TRI_LIST, VT_XYZRHW | VT_DIFFUSE);
@@ -70,8 +71,8 @@ public:
                 continue;
             const int x = static_cast<int>(p.x), y = static_cast<int>(p.y);
             if (vertex.selected)
-                AddMark(marks, x, y, RIM, RIM_COLOR);
-            AddMark(marks, x, y, MARK, vertex.selected ? ColorOf(LineColor::MarkedVertex) : ColorOf(LineColor::Vertex));
+                AddMark(marks, x, y, rim, RIM_COLOR);
+            AddMark(marks, x, y, mark, vertex.selected ? ColorOf(LineColor::MarkedVertex) : ColorOf(LineColor::Vertex));
         }
     }
 

@@ -20,7 +20,7 @@ void DrawArrow(const D3DVECTOR& from, const D3DVECTOR& to,
 void RenderDragBox(const DrawContext& context, uint32_t color, const Box& box);
 void RenderOutline(const std::vector<D3DVECTOR>& points, uint32_t color); // a line strip in the world
 void RenderSOVertices(World& world, const DrawContext& context);
-// After the scene has ended, on the back buffer itself: white text and frames two pixels wide.
+// After the scene has ended, on the back buffer itself: white text and frames two dots wide.
 void DrawCaption(const RECT& window_rect, const std::string& text);
 void DrawViewFrame(const RECT& window_rect, uint32_t color); // 0x00RRGGBB
 // The back buffer's pixels of a rectangle as rows of red, green, blue bytes.

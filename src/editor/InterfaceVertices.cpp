@@ -4,12 +4,13 @@
 
 #include "editor/Interface.h"
 #include "render/Device.h"
+#include "render/DisplayScale.h"
 #include "render/Matrix.h"
 
 namespace {
 
-constexpr float POINT_RADIUS_SQUARE = 25.0f; // pixels
-constexpr float EDGE_DISTANCE = 3.0f;        // pixels
+constexpr float POINT_RADIUS = 5.0f;         // desktop pixels
+constexpr float EDGE_DISTANCE = 3.0f;        // desktop pixels
 constexpr float SHORTEST_EDGE_SQUARE = 1.0f; // pixels
 constexpr float CROSS_ARM = 32.0f;           // half length, world units
 constexpr float RECTANGLE_DEPTH = 1e10f;     // along the view's missing axis
@@ -40,7 +41,8 @@ private:
 
 bool IsNearPoint(const ScreenPoint& p, POINT mouse) {
     const float x = p.x - static_cast<float>(mouse.x), y = p.y - static_cast<float>(mouse.y);
-    return p.in_front && x * x + y * y < POINT_RADIUS_SQUARE;
+    const float reach = POINT_RADIUS * crvDisplayScale;
+    return p.in_front && x * x + y * y < reach * reach;
 }
 
 bool IsNearSegment(const ScreenPoint& a, const ScreenPoint& b, POINT mouse) {
@@ -51,7 +53,7 @@ bool IsNearSegment(const ScreenPoint& a, const ScreenPoint& b, POINT mouse) {
         return false;
     const float mx = static_cast<float>(mouse.x) - a.x, my = static_cast<float>(mouse.y) - a.y;
     const float t = (mx * dx + my * dy) / square;
-    return t >= 0 && t <= 1 && std::fabs(mx * dy - my * dx) <= EDGE_DISTANCE * std::sqrt(square);
+    return t >= 0 && t <= 1 && std::fabs(mx * dy - my * dx) <= EDGE_DISTANCE * crvDisplayScale * std::sqrt(square);
 }
 
 D3DVECTOR ArmEnd(const D3DVECTOR& v, int arm, float reach) {

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+
+#include "render/DisplayScale.h"
 
 namespace {
 
@@ -258,7 +261,7 @@ void SoftVertices::DrawLine(uint32_t a, uint32_t b) {
         return;
     const uint32_t outside[2] = {outside_of[a], outside_of[b]};
     if (outside[0] == 0 && outside[1] == 0)
-        sink.Line(on_screen[a], on_screen[b]);
+        PlaceLine(on_screen[a], on_screen[b]);
     else if (((outside[0] | outside[1]) & NOT_USABLE) == 0 && (outside[0] & outside[1]) == 0)
         DrawCutLine(a, b);
 }
@@ -278,7 +281,31 @@ void SoftVertices::DrawCutLine(uint32_t a, uint32_t b) {
     SoftVertex placed[2];
     ToScreen(ends[0], placed[0]);
     ToScreen(ends[1], placed[1]);
-    sink.Line(placed[0], placed[1]);
+    PlaceLine(placed[0], placed[1]);
+}
+
+// A wide line is as many of them side by side. Its ends reach as far out, so that there is no notch where two meet.
+void SoftVertices::PlaceLine(const SoftVertex& from, const SoftVertex& to) {
+    if (crvDotSize == 1) {
+        sink.Line(from, to);
+        return;
+    }
+    const int32_t width = static_cast<int32_t>(crvDotSize), low = (width - 1) / 2, high = width / 2;
+    const int64_t x = int64_t{to.subpixel_x} - from.subpixel_x, y = int64_t{to.subpixel_y} - from.subpixel_y;
+    const bool across = std::abs(x) >= std::abs(y);
+    const int64_t along = across ? x : y, length = std::abs(along);
+    if (along == 0)
+        return;
+    constexpr int32_t PIXEL = 256;
+    const int32_t before = (along > 0 ? low : high) * PIXEL, behind = (along > 0 ? high : low) * PIXEL;
+    for (int32_t k = -low; k <= high; ++k) {
+        SoftVertex ends[2] = {from, to};
+        ends[0].subpixel_x -= static_cast<int32_t>(x * before / length) - (across ? 0 : k * PIXEL);
+        ends[0].subpixel_y -= static_cast<int32_t>(y * before / length) - (across ? k * PIXEL : 0);
+        ends[1].subpixel_x += static_cast<int32_t>(x * behind / length) + (across ? 0 : k * PIXEL);
+        ends[1].subpixel_y += static_cast<int32_t>(y * behind / length) + (across ? k * PIXEL : 0);
+        sink.Line(ends[0], ends[1]);
+    }
 }
 
 void SoftVertices::DrawPoint(uint32_t a) {

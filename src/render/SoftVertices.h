@@ -46,6 +46,7 @@ private:
     void DrawCutTriangle(uint32_t a, uint32_t b, uint32_t c);
     void DrawLine(uint32_t a, uint32_t b);
     void DrawCutLine(uint32_t a, uint32_t b);
+    void PlaceLine(const SoftVertex& from, const SoftVertex& to); // as wide as a dot
     void DrawPoint(uint32_t a);
 
     const SoftState& state;

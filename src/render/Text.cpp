@@ -47,7 +47,7 @@ CRFont text_font = CRF_8x12;
 uint32_t text_color = 0xFFFFFFFF;
 float text_width = 8, text_height = 12, text_space = 0;
 
-const uint8_t* Columns(char c) { return GLYPHS[c - FIRST_GLYPH]; }
+const uint16_t* Columns(char c) { return GLYPHS[c - FIRST_GLYPH]; }
 
 uint32_t FirstColumn(char c) {
     uint32_t column = 0;

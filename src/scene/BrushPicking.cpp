@@ -1,5 +1,6 @@
 // Rays, boxes, clip planes and the pixels of a view against a brush.
 #include "render/Device.h"
+#include "render/DisplayScale.h"
 #include "render/Matrix.h"
 #include "scene/Brush.h"
 
@@ -175,12 +176,13 @@ int Brush::TestSurfaceSelection(const D3DVECTOR& position, const D3DVECTOR& dire
 }
 
 bool Brush::TestWireSelection(POINT mouse) const {
-    constexpr float REACH = 3.0f;    // pixels
+    constexpr float REACH = 3.0f;    // desktop pixels
     constexpr float ROUNDING = 1.0f; // vertices cut to whole numbers can leave the box by less than this
     const PixelProjection projection;
+    const float reach = REACH * crvDisplayScale;
     const auto px = static_cast<float>(mouse.x), py = static_cast<float>(mouse.y);
     const D3DVECTOR min = BoxMin(bbox), max = BoxMax(bbox), margin{ROUNDING, ROUNDING, ROUNDING};
-    if (projection.IsFarFrom((min + max) * 0.5f, (max - min) * 0.5f + margin, px, py, REACH))
+    if (projection.IsFarFrom((min + max) * 0.5f, (max - min) * 0.5f + margin, px, py, reach))
         return false;
     for (const std::vector<Surface>* list : {&surfaces, &curved_surfaces})
         for (const Surface& s : *list)
@@ -188,7 +190,7 @@ bool Brush::TestWireSelection(POINT mouse) const {
                 float ax, ay, bx, by;
                 if (e.i[0] < s.vertices.size() && e.i[1] < s.vertices.size() &&
                     projection.Project(s.vertices[e.i[0]], ax, ay) && projection.Project(s.vertices[e.i[1]], bx, by) &&
-                    PassesPixel(ax, ay, bx, by, px, py, REACH))
+                    PassesPixel(ax, ay, bx, by, px, py, reach))
                     return true;
             }
     return false;

@@ -204,10 +204,10 @@ TEST_F(OverlaysTest, TheNetInThePerspectiveView) {
 TEST_F(OverlaysTest, CaptionAndFrame) {
     screen.End();
     DrawCaption({10, 20, 100, 100}, "- -");
-    // A dash is five dots in the fourth row of its letter; letters are 8 wide.
+    // A dash is five dots in the fourth row of its letter; letters are 6 wide.
     for (int k = 0; k < 5; ++k) {
         EXPECT_EQ(screen.At(14 + k, 27), 0xFFFFFFu);
-        EXPECT_EQ(screen.At(30 + k, 27), 0xFFFFFFu);
+        EXPECT_EQ(screen.At(26 + k, 27), 0xFFFFFFu);
     }
     EXPECT_EQ(screen.CountOf(0xFFFFFF), 10);
     DrawCaption({120, 120, 128, 128}, std::string("W\xE4\n") + std::string(100, 'W')); // runs out of the picture

@@ -53,7 +53,7 @@ TEST_F(TextTest, LettersHaveTheDotsOfTheirGlyphs) {
         Use(font);
         for (int i = 0; i < GLYPH_COUNT; ++i) {
             int dots = 0;
-            for (const uint8_t column : GLYPHS[i])
+            for (const uint16_t column : GLYPHS[i])
                 dots += std::popcount(column);
             const char c = static_cast<char>(FIRST_GLYPH + i);
             crTexture(CR_NO_TEXTURE, 0);
