@@ -4,6 +4,7 @@
 #include <cctype>
 #include <filesystem>
 
+#include "foundation/Paths.h"
 #include "foundation/Settings.h"
 #include "foundation/Strings.h"
 #include "persistence/Project.h"
@@ -63,14 +64,27 @@ void CMarrowstead2Doc::AddToRecent(const std::string& path) {
     recent.insert(recent.begin(), path);
     if (recent.size() > MOST_RECENT_FILES)
         recent.pop_back();
+    StoreRecent();
+}
+
+void CMarrowstead2Doc::ForgetRecent(const std::string& path) {
+    if (std::erase(recent, path) > 0)
+        StoreRecent();
+}
+
+void CMarrowstead2Doc::StoreRecent() const {
     RegistryClass store;
     if (interface.store_settings && store.OpenKeyDirectory(SETTINGS_KEY))
-        for (size_t i = 0; i < recent.size(); ++i)
-            store.SetKeyValue(RecentValue(i), recent[i].c_str());
+        for (size_t i = 0; i < MOST_RECENT_FILES; ++i)
+            store.SetKeyValue(RecentValue(i), i < recent.size() ? recent[i].c_str() : "");
+}
+
+bool CMarrowstead2Doc::HasUnsavedWork() const {
+    return interface.project_file_need_save || interface.changes != interface.saved_changes;
 }
 
 bool CMarrowstead2Doc::SaveModified() {
-    if (!interface.project_file_need_save)
+    if (!HasUnsavedWork())
         return true;
     switch (GetDesktop().MessageBox("Do you want to save active project?", TITLE, MessageButtons::YesNoCancel)) {
     case MessageAnswer::Yes:
@@ -111,6 +125,8 @@ bool CMarrowstead2Doc::Open(const std::string& path, std::string& error) {
     interface.RedrawAllViews();
     if (loaded)
         AddToRecent(path);
+    else if (!FileExistsOnDisk(path))
+        ForgetRecent(path);
     return loaded;
 }
 
@@ -119,11 +135,15 @@ bool CMarrowstead2Doc::OpenCopy(const std::string& copy, bool has_name, const st
     New();
     const bool loaded = interface.LoadProject(nullptr, copy, error);
     interface.UpdateSelectionBox();
+    interface.RefreshAIDlg();
+    interface.SetCountText();
     if (loaded) {
         interface.project_file_has_name = has_name;
         interface.project_file_path = project_path;
         interface.project_file_name = project_name;
+        interface.title = std::string(TITLE) + " - Untitled"; // the next line writes the name, where there is one
         interface.MarkDirty();
+        interface.Tell(&EditorListener::TitleChanged);
     }
     interface.Tell(&EditorListener::WorldReplaced);
     interface.RedrawAllViews();
@@ -136,7 +156,9 @@ void CMarrowstead2Doc::OnFileOpen() {
     const std::optional<std::string> path =
         GetDesktop().AskFile({false, "Open", PROJECT_FILTER, PROJECT_FOLDER, PROJECT_ENDING, ""});
     std::string error;
-    if (path && !Open(*path, error))
+    if (!path && HasUnsavedWork())
+        interface.MarkDirty(); // "No" has given it up, but it is still there
+    else if (path && !Open(*path, error))
         GetDesktop().MessageBox(error, TITLE);
 }
 

@@ -176,12 +176,7 @@ void CMainFrame::OnSelectId() {
 }
 
 void CMainFrame::OnToolsReindexallobjectids() {
-    World& world = *interface.world;
-    // Their steps name objects by the ids that go now.
-    world.undo_buffer.Empty();
-    world.redo_buffer.Empty();
-    interface.UndoListsChanged();
-    world.ReindexObjectIDs();
+    interface.world->ReindexObjectIDs();
     interface.MarkDirty();
 }
 

@@ -75,8 +75,9 @@ void COrthographicView::OnMButtonDown(uint32_t flags, POINT point) {
     interface.last_position = point;
 }
 
-void COrthographicView::OnMButtonUp(uint32_t flags, POINT point) {
-    if (flags & MOUSE_CONTROL || !middle_pushed)
+// Ctrl counts when the button goes down: one that is pressed on the way leaves nobody scrolling without a button.
+void COrthographicView::OnMButtonUp(uint32_t, POINT point) {
+    if (!middle_pushed)
         return;
     middle_pushed = false;
     if (interface.editor_state == ES_EDIT) {

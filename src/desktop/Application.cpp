@@ -11,6 +11,8 @@
 #include "desktop/MainWindow.h"
 #include "desktop/QtDesktop.h"
 #include "desktop/SplashWindow.h"
+#include "desktop/Theme.h"
+#include "editor/StartSteps.h"
 #include "foundation/Settings.h"
 #include "foundation/Strings.h"
 #include "render/Frame.h"
@@ -35,7 +37,7 @@ std::unique_ptr<ViewsPainter> MakePainter(bool software, std::string& error) {
                 return painter;
             crRelease();
         }
-        std::fprintf(stderr, "OpenGL 3.3 is not there: the processor draws\n");
+        GetDesktop().Notice("The views are drawn by the processor, as there is no OpenGL 3.3.");
     }
     if (OpenRenderer(1, 1))
         return std::make_unique<SoftViewsWidget>();
@@ -49,11 +51,14 @@ bool IsFirstStart() {
     return store.OpenKeyDirectory(SETTINGS_KEY) && store.GetKeyValue("FullUndo", &value, sizeof value) == 0;
 }
 
-// The project as it is found from the folder where the program was started; else as a path inside the data folder.
+// The project as it is found from the folder where the program was started; else from the data folder, or as a path
+// of the data. Whole, so that the list of recent files has it once.
 std::string ProjectPath(const fs::path& start, const std::string& project) {
     std::error_code failure;
-    const fs::path beside = start / project;
-    return fs::exists(beside, failure) ? beside.string() : project;
+    for (const fs::path& folder : {start, fs::current_path(failure)})
+        if (const fs::path found = folder / project; fs::exists(found, failure))
+            return found.string();
+    return project;
 }
 
 void OpenFirst(MainWindow& window, RecoveryFile& recovery, const std::string& project) {
@@ -64,8 +69,11 @@ void OpenFirst(MainWindow& window, RecoveryFile& recovery, const std::string& pr
     const bool reload = window.frame.interface.settings.reload_last_project && !document.RecentFiles().empty();
     const std::string path = !project.empty() ? project : reload ? document.RecentFiles().front() : std::string();
     std::string error;
-    if (!recovered && !path.empty() && !document.Open(path, error))
-        GetDesktop().MessageBox(error, TITLE);
+    if (!recovered && !path.empty()) {
+        TellStart(StartStep::Project);
+        if (!document.Open(path, error))
+            GetDesktop().MessageBox(error, TITLE);
+    }
     window.actions.Refresh();
 }
 
@@ -78,7 +86,16 @@ struct LastUse {
     ViewsPainter& painter;
 };
 
-int RunWithRenderer(const EditorOptions& options, const fs::path& start, ViewsPainter& painter, QtDesktop& desktop) {
+// What is found wrong before the window is there is shown in it, and written for who has started it from a terminal.
+void CollectNotices(QtDesktop& desktop, QStringList& notices) {
+    desktop.show_notice = [&notices](const QString& sentence) {
+        std::fprintf(stderr, "%s\n", qPrintable(sentence));
+        notices << sentence;
+    };
+}
+
+int RunWithRenderer(const EditorOptions& options, const fs::path& start, ViewsPainter& painter, QtDesktop& desktop,
+                    const QStringList& early_notices) {
     CInterface interface;
     interface.threads = options.threads;
     std::string error;
@@ -87,20 +104,25 @@ int RunWithRenderer(const EditorOptions& options, const fs::path& start, ViewsPa
             return Fail(error);
     if (IsFirstStart())
         interface.settings.full_undo = true; // stored with the other settings at the end
+    TellStart(StartStep::Libraries);
     CMarrowstead2App::MountLibraries();
     interface.Init();
     interface.InitEditor();
+    TellStart(StartStep::Pages);
     LibraryPages pages(interface);
     CMainFrame frame(interface, pages);
     RecoveryFile recovery(interface);
     frame.recovery = &recovery;
     const LastUse last_use(painter);
 
+    TellStart(StartStep::Window);
     auto* views = new ViewsWidget(painter); // the window's, from here on
     MainWindow window(frame, views);
     desktop.window = &window;
     desktop.views = views;
     desktop.show_notice = [&window](const QString& sentence) { window.AddNotice(sentence); };
+    for (const QString& sentence : early_notices)
+        window.AddNotice(sentence);
     window.UseRecovery(recovery);
     window.RestoreLayout();
     window.show();
@@ -123,7 +145,6 @@ ExitStatus RunEditor(int& argc, char** argv, const EditorOptions& options) {
     QApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C"); // numbers in files have a point, whatever the user's language
     QApplication::setApplicationName("marrowstead2000");
-    QApplication::setApplicationDisplayName(TITLE);
     QGuiApplication::setDesktopFileName("marrowstead2000");
     if (!options.data_folder.empty()) {
         fs::current_path(options.data_folder, failure);
@@ -131,15 +152,24 @@ ExitStatus RunEditor(int& argc, char** argv, const EditorOptions& options) {
             return static_cast<ExitStatus>(Fail(Format("the data folder \"%s\" cannot be opened: %s",
                                                        options.data_folder.c_str(), failure.message().c_str())));
     }
+    Theme theme;
+    theme.AskDesktop();
     SplashWindow splash;
     splash.show();
+    SetStartWatcher([&splash](StartStep step) {
+        splash.Tell(StartStepText(step), static_cast<double>(step) / static_cast<double>(StartStep::Count));
+    });
     QtDesktop desktop;
     SetDesktop(&desktop);
+    QStringList early_notices;
+    CollectNotices(desktop, early_notices);
     std::string error;
+    TellStart(StartStep::Drawing);
     std::unique_ptr<ViewsPainter> painter = MakePainter(options.software_device, error);
-    const int status = painter ? RunWithRenderer(options, start, *painter, desktop) : Fail(error);
+    const int status = painter ? RunWithRenderer(options, start, *painter, desktop, early_notices) : Fail(error);
     crRelease();
     painter.reset();
     SetDesktop(nullptr);
+    SetStartWatcher(nullptr);
     return static_cast<ExitStatus>(status);
 }

@@ -8,6 +8,7 @@
 #include "commands/MainFrame.h"
 #include "desktop/CommandIcons.h"
 #include "desktop/CommandLabels.h"
+#include "desktop/FinishTyping.h"
 
 namespace {
 
@@ -74,6 +75,7 @@ void CommandActions::Replace(std::string_view command, std::function<void()> win
 }
 
 void CommandActions::Run(const Command& command) {
+    FinishTyping();
     const auto window = replaced.find(&command);
     if (window != replaced.end())
         window->second();

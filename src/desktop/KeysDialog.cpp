@@ -41,10 +41,10 @@ bool KeyCatcher::event(QEvent* event) {
         return QWidget::event(event);
     const auto& pressed = *static_cast<QKeyEvent*>(event);
     const std::vector<std::string> texts = KeyTexts(pressed);
-    const bool leaves =
-        (pressed.key() == Qt::Key_Tab && pressed.modifiers() & Qt::ControlModifier) || pressed.key() == Qt::Key_Escape;
-    if (leaves)
+    if (pressed.key() == Qt::Key_Escape)
         return QWidget::event(event);
+    if ((pressed.key() == Qt::Key_Tab || pressed.key() == Qt::Key_Backtab) && pressed.modifiers() & Qt::ControlModifier)
+        return event->type() == QEvent::KeyPress && focusNextPrevChild(pressed.key() == Qt::Key_Tab);
     event->accept();
     if (event->type() == QEvent::KeyPress && !texts.empty()) {
         Show(texts.back());
@@ -87,7 +87,7 @@ KeysDialog::KeysDialog(const KeyBindings& current, QWidget* parent) : QDialog(pa
     clear->setToolTip("The command has no keys.");
     reset = new QPushButton("&Default");
     reset->setToolTip("The command has the keys it came with.");
-    auto* reset_all = new QPushButton("All to &default");
+    auto* reset_all = new QPushButton("A&ll to default");
     reset_all->setToolTip("All commands have the keys they came with.");
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);

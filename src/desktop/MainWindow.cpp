@@ -8,20 +8,22 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QStatusTipEvent>
 #include <QThread>
 #include <QVBoxLayout>
 
 #include "desktop/CommandPalette.h"
+#include "desktop/FinishTyping.h"
 #include "desktop/KeysDialog.h"
 #include "desktop/LightPreviewWidget.h"
 #include "desktop/NoticeBar.h"
 #include "desktop/ProgressDialog.h"
 #include "desktop/ProjectWatch.h"
 #include "desktop/StatusBar.h"
+#include "desktop/StoredLayout.h"
 #include "desktop/ViewsWidget.h"
 #include "desktop/WelcomePanel.h"
 #include "foundation/Paths.h"
-#include "foundation/Settings.h"
 
 namespace {
 
@@ -118,7 +120,7 @@ void MainWindow::MakeMenus() {
 }
 
 void MainWindow::MakeHelpMenu() {
-    QMenu& help = *menuBar()->addMenu("&Help");
+    QMenu& help = *menuBar()->addMenu("He&lp");
     help.addAction(QString("&All commands...\t") + PALETTE_KEYS, this, &MainWindow::ShowPalette);
     help.addAction("&Keys...", this, &MainWindow::ShowKeys);
     help.addAction("&First steps", this, [this] {
@@ -235,6 +237,10 @@ void MainWindow::resizeEvent(QResizeEvent* event) {
 bool MainWindow::event(QEvent* event) {
     if (event->type() == QEvent::PaletteChange)
         actions.Refresh();
+    if (event->type() == QEvent::StatusTip) {
+        status_bar->ShowHelp(static_cast<QStatusTipEvent*>(event)->tip());
+        return true;
+    }
     return QMainWindow::event(event);
 }
 
@@ -300,6 +306,7 @@ CompileOutcome MainWindow::RunCompile(const CMainFrame::CompileStep& compile) {
 // Closing and layout --------------------------------------------------------------------------------------------------
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+    FinishTyping();
     if (!frame.OnClose()) {
         event->ignore();
         return;
@@ -315,28 +322,16 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 }
 
 void MainWindow::StoreLayout() {
-    RegistryClass store;
-    if (!frame.interface.store_settings || !store.OpenKeyDirectory(SETTINGS_KEY))
+    if (!frame.interface.store_settings)
         return;
-    const QByteArray geometry = saveGeometry(), state = saveState(LAYOUT_VERSION);
-    store.SetKeyValue(GEOMETRY, geometry.constData(), static_cast<int>(geometry.size()));
-    store.SetKeyValue(STATE, state.constData(), static_cast<int>(state.size()));
-}
-
-static QByteArray StoredBytes(const RegistryClass& store, const char* name) {
-    constexpr int MOST = 1 << 16;
-    QByteArray bytes(MOST, '\0');
-    bytes.resize(store.GetKeyValue(name, bytes.data(), MOST));
-    return bytes;
+    ::StoreLayout(GEOMETRY, saveGeometry());
+    ::StoreLayout(STATE, saveState(LAYOUT_VERSION));
 }
 
 void MainWindow::RestoreLayout() {
-    RegistryClass store;
-    if (!store.OpenKeyDirectory(SETTINGS_KEY))
-        return;
-    if (!restoreGeometry(StoredBytes(store, GEOMETRY)))
+    if (!restoreGeometry(StoredLayout(GEOMETRY)))
         setWindowState(windowState() | Qt::WindowMaximized);
-    restoreState(StoredBytes(store, STATE), LAYOUT_VERSION);
+    restoreState(StoredLayout(STATE), LAYOUT_VERSION);
     frame.interface.console_onscreen = library->isVisibleTo(this);
     frame.interface.Tell(&EditorListener::LibraryWindowChanged);
 }

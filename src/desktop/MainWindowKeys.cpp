@@ -4,11 +4,14 @@
 #include <QAbstractSpinBox>
 #include <QApplication>
 #include <QComboBox>
+#include <QDockWidget>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QTabBar>
 #include <QTextEdit>
+#include <QWheelEvent>
 
 #include "desktop/KeyNames.h"
 #include "desktop/MainWindow.h"
@@ -41,6 +44,8 @@ bool IsWalkingKey(int key) {
 bool MainWindow::WidgetWants(QWidget& focus, const QKeyEvent& event) {
     if (&focus == &views || &focus == this)
         return false;
+    if (qobject_cast<QMenuBar*>(&focus)) // entered by Alt alone, or left by Escape: letters open its menus
+        return !IsFunctionKey(event.key()) && !(event.modifiers() & Qt::ControlModifier);
     const bool other_window = focus.window() != this;
     if (event.key() == Qt::Key_Escape)
         return other_window; // which it closes
@@ -65,15 +70,26 @@ MainWindow::KeyMeaning MainWindow::MeaningOf(QWidget& focus, const QKeyEvent& ev
             return {true, true, nullptr};
         if (const Command* command = bindings.Find(keys))
             return {true, false, command};
-        if (IsReservedKey(keys))
-            return {true, false, nullptr};
+        if (IsReservedKey(keys)) // which the library knows
+            return {true, false,
+                    library->isAncestorOf(&focus) && keys == "A" ? FindCommand("OnViewAiwindow") : nullptr};
     }
     return {};
+}
+
+// Alt that was held for the wheel is not Alt pressed alone, which enters the menu bar when it is let go. The menu bar
+// knows buttons and moves of the mouse as such a use, but no wheel.
+static void TellAltIsUsed() {
+    QObject nobody;
+    QEvent use(QEvent::ActivationChange);
+    QCoreApplication::sendEvent(&nobody, &use);
 }
 
 // Before the widgets and the letters of the menus see a key. Boxes, dialogs and open menus have their keys to
 // themselves.
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Wheel && static_cast<QWheelEvent*>(event)->modifiers() & Qt::AltModifier)
+        TellAltIsUsed();
     const bool pressed = event->type() == QEvent::KeyPress;
     if ((!pressed && event->type() != QEvent::ShortcutOverride) || probing || !watched->isWidgetType() ||
         QApplication::activeModalWidget() || QApplication::activePopupWidget())

@@ -3,12 +3,14 @@
 #include <QPushButton>
 #include <QThread>
 
+#include "desktop/AdvancedSelectionDialogs.h"
 #include "desktop/BrushPropertiesDialog.h"
 #include "desktop/LibraryWindow.h"
 #include "desktop/LineColorsSection.h"
 #include "desktop/MainWindow.h"
 #include "desktop/PreferencesPage.h"
 #include "desktop/TerrainWindows.h"
+#include "desktop/ThemeSection.h"
 #include "desktop/ToolWindows.h"
 #include "desktop/TracksWindow.h"
 
@@ -18,6 +20,7 @@ void MainWindow::MakeWindows() {
     keys->setToolTip(tr("Gives commands other keys"));
     connect(keys, &QPushButton::clicked, this, &MainWindow::ShowKeys);
     library_window->preferences->AddSection(tr("Keys"), keys);
+    library_window->preferences->AddSection(tr("Light and dark"), new ThemeSection);
     library_window->preferences->AddSection(tr("Colours of lines"), new LineColorsSection(frame.interface));
     library = library_window;
     library->setObjectName("Library");
@@ -26,6 +29,11 @@ void MainWindow::MakeWindows() {
     actions.Replace("OnViewUndo", [this] { ToggleUndoWindow(); });
     actions.Replace("OnToolsProblemsolver", [this] { ProblemsWindow::Open(frame, this); });
     actions.Replace("OnBrushProperties", [this] { RunBrushProperties(this, frame.interface); });
+    actions.Replace("OnSelectionSpecial",
+                    [this, last = DlgSpecialSelection()]() mutable { RunBrushSelection(this, frame.interface, last); });
+    actions.Replace("OnSelectionEntSpecial", [this, last = DlgSpecialEntSelection()]() mutable {
+        RunEntitySelection(this, frame.interface, last);
+    });
     frame.show_tracks = [this](CTrackDlg& tracks) { RunTracksWindow(tracks, frame.interface, this); };
     frame.show_terrain = [this](TerrainDlg& page) { TerrainDialog(page, this).exec(); };
     LibraryWindowChanged();

@@ -85,6 +85,10 @@ void PreferencesPage::AddSection(const QString& title, QWidget* section) {
     auto* group = new QGroupBox(title);
     auto* column = new QVBoxLayout(group);
     column->addWidget(section);
+    for (auto* combo : section->findChildren<QComboBox*>()) {
+        combo->setFocusPolicy(Qt::StrongFocus);
+        combo->installEventFilter(new CalmWheel(combo));
+    }
     sections->insertWidget(sections->count() - 1, group);
 }
 
@@ -170,7 +174,7 @@ void PreferencesPage::AddSetting(QFormLayout* form, size_t row) {
         auto* box = new QCheckBox(label);
         connect(box, &QCheckBox::clicked, this, [this, row](bool on) { Set(row, on ? "1" : "0"); });
         show_value.push_back([box](const std::string& v) { box->setChecked(v == "1"); });
-        box->setToolTip(label);
+        box->setToolTip(tr(preference.help));
         form->addRow(box);
         return;
     } else if (std::holds_alternative<int EditorSettings::*>(entry->field)) {
@@ -183,7 +187,8 @@ void PreferencesPage::AddSetting(QFormLayout* form, size_t row) {
             const QSignalBlocker blocker(spin);
             spin->setValue(QString::fromStdString(v).toInt());
         });
-        spin->setToolTip(tr("%1, from %2 to %3").arg(label).arg(spin->minimum()).arg(spin->maximum()));
+        const QString range = tr(" (%1 to %2)").arg(spin->minimum()).arg(spin->maximum());
+        spin->setToolTip(tr(preference.help) + (any ? QString() : range));
         field = spin;
     } else {
         auto* line = new QLineEdit;
@@ -199,7 +204,7 @@ void PreferencesPage::AddSetting(QFormLayout* form, size_t row) {
         field = line;
     }
     if (field->toolTip().isEmpty())
-        field->setToolTip(label);
+        field->setToolTip(tr(preference.help));
     field->setFocusPolicy(Qt::StrongFocus);
     field->installEventFilter(new CalmWheel(field));
     form->addRow(label + ":", field);

@@ -33,6 +33,7 @@ void TakeSelected(CInterface& editor) {
 
 ProblemsWindow::ProblemsWindow(CMainFrame& main_frame, QWidget* parent)
     : ToolWindow(main_frame, parent), tree(new QTreeWidget) {
+    setObjectName("Problems");
     setWindowTitle(tr("Problem solver"));
     tree->setHeaderHidden(true);
     tree->setExpandsOnDoubleClick(false);

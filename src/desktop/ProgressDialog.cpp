@@ -142,7 +142,10 @@ CompileOutcome ProgressDialog::Run(const CMainFrame::CompileStep& compile) {
     ShowOutcome(outcome);
     hide(); // a shown window cannot let go of the others
     setWindowModality(Qt::NonModal);
-    show();
+    if (progress.GetText().empty()) // a box has told why nothing began
+        close();
+    else
+        show();
     return outcome;
 }
 
@@ -245,6 +248,8 @@ void ProgressDialog::ShowOutcome(CompileOutcome outcome) {
     show_problems->setVisible(outcome == CompileOutcome::Problems);
     close_button->setDefault(true);
     close_button->setFocus();
+    if (outcome == CompileOutcome::Written)
+        QApplication::beep();
 }
 
 CompileOutcome RunCompileWithProgress(QWidget* parent, CMainFrame& frame, const CMainFrame::CompileStep& compile) {

@@ -4,11 +4,13 @@
 #include <QEvent>
 #include <QPainter>
 #include <QTimer>
+#include <algorithm>
 
 namespace {
 
 constexpr int TIME_SHOWN = 1000; // milliseconds
 constexpr int WIDTH = 420, HEIGHT = 240;
+constexpr int MARGIN = 20, TEXT_ABOVE_EDGE = 36, TEXT_HEIGHT = 24, BAR_HEIGHT = 3;
 
 // A room in the four views' manner: a grid, and boxes in lines.
 QPixmap Picture(qreal ratio) {
@@ -37,7 +39,8 @@ QPixmap Picture(qreal ratio) {
     font.setBold(true);
     painter.setFont(font);
     painter.setPen(Qt::white);
-    painter.drawText(QRect(20, HEIGHT - 80, WIDTH - 40, 40), Qt::AlignLeft | Qt::AlignVCenter, "Marrowstead 2000");
+    painter.drawText(QRect(MARGIN, HEIGHT - 80, WIDTH - 2 * MARGIN, 40), Qt::AlignLeft | Qt::AlignVCenter,
+                     "Marrowstead 2000");
     return picture;
 }
 
@@ -46,9 +49,30 @@ QPixmap Picture(qreal ratio) {
 SplashWindow::SplashWindow() : QSplashScreen(Picture(qApp->devicePixelRatio())) {
     qApp->installEventFilter(this);
     QTimer::singleShot(TIME_SHOWN, this, &QWidget::hide);
+    shown.start();
 }
 
 SplashWindow::~SplashWindow() { qApp->removeEventFilter(this); }
+
+// The start has no event loop yet: the picture draws itself here, and looks whether its time is over.
+void SplashWindow::Tell(const QString& what_is_done, double share_done) {
+    if (!isVisible())
+        return;
+    doing = what_is_done;
+    share = std::clamp(share_done, 0.0, 1.0);
+    if (shown.hasExpired(TIME_SHOWN))
+        hide();
+    else
+        repaint();
+}
+
+void SplashWindow::drawContents(QPainter* painter) {
+    painter->setFont(QApplication::font());
+    painter->setPen(QColor(190, 200, 220));
+    painter->drawText(QRect(MARGIN, HEIGHT - TEXT_ABOVE_EDGE, WIDTH - 2 * MARGIN, TEXT_HEIGHT),
+                      Qt::AlignLeft | Qt::AlignVCenter, doing);
+    painter->fillRect(QRectF(0, HEIGHT - BAR_HEIGHT, WIDTH * share, BAR_HEIGHT), QColor(232, 196, 120));
+}
 
 bool SplashWindow::eventFilter(QObject*, QEvent* event) {
     if (!isVisible() || (event->type() != QEvent::KeyPress && event->type() != QEvent::MouseButtonPress))

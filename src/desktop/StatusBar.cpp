@@ -17,7 +17,7 @@ constexpr int FONT_HEIGHT = 14;
 constexpr size_t STRETCHING = 1;
 
 constexpr PaneShape PANES[PANE_COUNT] = {{100, "What is being done with the mouse"},
-                                         {150, "What the mouse is over"},
+                                         {150, "What the command under the mouse does"},
                                          {SEPARATOR, ""},
                                          {250, "Where the mouse is in the level, on the grid"},
                                          {SEPARATOR, ""},
@@ -76,6 +76,8 @@ StatusBar::StatusBar(QWidget* parent) : QStatusBar(parent) {
 void StatusBar::ShowPane(int pane, const std::string& text) {
     panes[static_cast<size_t>(pane)]->setText(QString::fromStdString(text));
 }
+
+void StatusBar::ShowHelp(const QString& help) { panes[STRETCHING]->setText(help); }
 
 void StatusBar::ShowHint(const std::string& mode, const std::string& hint) {
     ShowPane(0, mode);

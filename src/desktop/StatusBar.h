@@ -13,6 +13,7 @@ class StatusBar : public QStatusBar {
 public:
     explicit StatusBar(QWidget* parent);
     void ShowPane(int pane, const std::string& text);
+    void ShowHelp(const QString& help); // of the command under the mouse
     void ShowHint(const std::string& mode, const std::string& hint);
 
     std::array<QLabel*, PANE_COUNT> panes{};

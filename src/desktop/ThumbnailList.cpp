@@ -1,5 +1,6 @@
 #include "desktop/ThumbnailList.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -104,12 +105,11 @@ QPixmap ThumbnailModel::Picture(int row) {
     const ThumbnailRow& r = rows[static_cast<size_t>(row)];
     if (const QPixmap* picture = pictures.object(r.key))
         return *picture;
-    pool.Request(r.key, r.image_path ? r.image_path() : std::string(),
-                 [make = r.make, used = r.used](Thumbnail& thumbnail) {
-                     const bool made = make(thumbnail);
-                     thumbnail.DrawFrame(used);
-                     return made;
-                 });
+    pool.Request(r.key, [make = r.make, used = r.used](Thumbnail& thumbnail) {
+        const bool made = make(thumbnail);
+        thumbnail.DrawFrame(used);
+        return made;
+    });
     return {};
 }
 
@@ -136,6 +136,7 @@ ThumbnailView::ThumbnailView(ThumbnailModel* model, QWidget* parent)
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     SetPlain(false);
+    connect(this, &QListView::doubleClicked, this, [this](const QModelIndex& index) { emit Entered(index.row()); });
 }
 
 void ThumbnailView::SetPlain(bool plain) {
@@ -157,6 +158,15 @@ void ThumbnailView::SelectName(const QString& name) {
         }
     setCurrentIndex({});
     clearSelection();
+}
+
+void ThumbnailView::keyPressEvent(QKeyEvent* event) {
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && currentIndex().isValid()) {
+        emit Entered(currentIndex().row());
+        event->accept();
+        return;
+    }
+    QListView::keyPressEvent(event);
 }
 
 void ThumbnailView::mousePressEvent(QMouseEvent* event) {

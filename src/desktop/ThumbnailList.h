@@ -13,10 +13,9 @@
 
 struct ThumbnailRow {
     QString name, caption;
-    QString key;                             // of the picture; rows may share one
-    bool used = false;                       // framed
-    std::function<std::string()> image_path; // of the picture's file; none: the window's thread makes it
-    ThumbnailPool::Maker make;
+    QString key;               // of the picture; rows may share one
+    bool used = false;         // framed
+    ThumbnailPool::Maker make; // in a thread of its own
     QString tool_tip;
 };
 
@@ -52,9 +51,11 @@ public:
     void SetPlain(bool plain);            // one name a line, without pictures
 
 signals:
-    void Picked(int row); // by the middle button or Alt and a click
+    void Picked(int row);  // by the middle button or Alt and a click
+    void Entered(int row); // by a double click or Enter, whatever the style calls activating
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
 
 private:

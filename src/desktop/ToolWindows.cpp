@@ -1,5 +1,7 @@
 #include "desktop/ToolWindows.h"
 
+#include <algorithm>
+
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
@@ -14,6 +16,7 @@
 #include <QStringListModel>
 #include <QVBoxLayout>
 
+#include "desktop/StoredLayout.h"
 #include "scene/UndoBuffer.h"
 
 ToolWindow::ToolWindow(CMainFrame& main_frame, QWidget* parent)
@@ -33,9 +36,28 @@ void ToolWindow::keyPressEvent(QKeyEvent* event) {
         QWidget::keyPressEvent(event);
 }
 
+static std::string PlaceName(const QWidget& window) { return window.objectName().toStdString() + "Place"; }
+
+// Over the lower left view, where it hides neither menus nor the perspective view. A desktop would put it anywhere.
+static void PlaceFirst(QWidget& window, const QWidget& main_window) {
+    constexpr int FROM_LEFT = 16, FROM_BOTTOM = 96; // pixels
+    const QRect room = main_window.frameGeometry();
+    window.move(room.left() + FROM_LEFT, std::max(room.top(), room.bottom() - FROM_BOTTOM - window.height()));
+}
+
 void ToolWindow::showEvent(QShowEvent* event) {
+    const bool was_placed = !objectName().isEmpty() && !event->spontaneous() &&
+                            restoreGeometry(StoredLayout(PlaceName(*this).c_str()));
+    if (!was_placed && !testAttribute(Qt::WA_Moved) && parentWidget())
+        PlaceFirst(*this, *parentWidget()->window());
     Refresh();
     QWidget::showEvent(event);
+}
+
+void ToolWindow::hideEvent(QHideEvent* event) {
+    if (!objectName().isEmpty() && !event->spontaneous() && editor.store_settings)
+        StoreLayout(PlaceName(*this).c_str(), saveGeometry());
+    QWidget::hideEvent(event);
 }
 
 // --- Undo
@@ -44,6 +66,7 @@ static constexpr int PARTING_LENGTH = 63;
 
 UndoWindow::UndoWindow(CMainFrame& main_frame, QWidget* parent)
     : ToolWindow(main_frame, parent), list(new QListWidget) {
+    setObjectName("UndoWindow");
     list->setUniformItemSizes(true);
     list->setToolTip(tr("Above the line: what can be undone. Below it: what can be done again.\n"
                         "A double click goes to the level as it was just after that step."));
@@ -91,6 +114,7 @@ NamedObjectsWindow::NamedObjectsWindow(CMainFrame& main_frame, QWidget* parent)
     : ToolWindow(main_frame, parent), filter(new QLineEdit), sort(new QComboBox),
       ignore(new QCheckBox(tr("Ignore objects\nwithout name"))), list(new QListView),
       lines(new QStringListModel(this)) {
+    setObjectName("NamedObjects");
     setWindowTitle(tr("Named objects"));
     sort->addItems({tr("Names"), tr("Type")}); // by NamedObjListSort
     filter->setPlaceholderText(tr("Filter"));

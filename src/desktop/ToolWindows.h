@@ -1,4 +1,5 @@
-// The small windows beside the main window. Each follows the level while it is open; Escape closes it.
+// The small windows beside the main window. Each follows the level while it is open; Escape closes it. One with an
+// object name opens where it was closed.
 #pragma once
 
 #include <QWidget>
@@ -27,6 +28,7 @@ public:
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     virtual void Refresh() = 0;
 
     CMainFrame& frame;

@@ -7,6 +7,7 @@
 #include "compiler/EntityUpdate.h"
 #include "editor/CompileLog.h"
 #include "editor/LineColorStore.h"
+#include "editor/StartSteps.h"
 #include "files/FileFind.h"
 #include "foundation/Desktop.h"
 #include "foundation/Log.h"
@@ -57,13 +58,17 @@ void CInterface::Init() {
 }
 
 void CInterface::LoadDefinitions() {
+    TellStart(StartStep::Entities);
     entity_parser = std::make_unique<EntityParser>(ENTITY_DEFINITIONS);
+    TellStart(StartStep::Scripts);
     command_syntax = std::make_unique<CScriptSyntax>(COMMAND_SYNTAX);
     condition_syntax = std::make_unique<CScriptSyntax>(CONDITION_SYNTAX);
+    TellStart(StartStep::Actors);
     actor_def_groups.ParseActorDefGroups();
     FileFindObject weapons(WEAPON_FOLDER, "*.def", FFO_FileFind, true);
     while (const FFOInfo* found = weapons.FindNext())
         weapon_defs.AddString(found->name.substr(0, found->name.size() - DEFINITION_ENDING));
+    TellStart(StartStep::Materials);
     materials.ParseTextures();
 }
 
@@ -124,8 +129,9 @@ bool CInterface::LoadProject(const char* filepath, std::string_view filename, st
     project_file_path = filepath ? filepath : PROJECT_FOLDER;
     project_file_name = filename;
     title = "Marrowstead 2000 - " + project_file_name;
-    Tell(&EditorListener::TitleChanged);
+    project_file_need_save = false; // what reading has marked, such as smoothed terrain, is no work of the user
     saved_changes = changes;
+    Tell(&EditorListener::TitleChanged);
     return true;
 }
 
@@ -187,9 +193,9 @@ CompileOutcome CInterface::Compile(CProgressText& progress) {
     }
     RemoveFile(TRACE_LOG);
     compilation_active = true;
+    const bool unsaved = project_file_need_save || changes != saved_changes;
     if (settings.bkp_before_compile) {
         MakeFolders(project_file_path);
-        const bool unsaved = project_file_need_save;
         SaveProject(project_file_path, AUTOSAVE_NAME, false);
         if (unsaved) // the copy is no save of the project
             MarkFileAsDirty(true);
@@ -208,6 +214,10 @@ CompileOutcome CInterface::Compile(CProgressText& progress) {
     progress.AddText((reached_light ? "Map compilation finished\r\n" : "") + TotalTime(start, "%02dh %02dm %02ds"));
     log.Finish(progress.GetText());
     compilation_active = false;
+    if (!unsaved) { // nor is what a compile marks
+        saved_changes = changes;
+        MarkFileAsDirty(false);
+    }
     if (!message.empty() && result != CompileResult::WriteFailed) // the writer has told its own failure
         GetDesktop().MessageBox(message, "Error");
     switch (result) {

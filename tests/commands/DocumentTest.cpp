@@ -38,6 +38,16 @@ TEST_F(ScriptData, SavingOpeningAndTheIncrementalSave) {
     EXPECT_FALSE(std::filesystem::exists("x10.msp"));
 }
 
+TEST_F(ScriptData, OpeningAndCompilingAreNoWorkToSave) {
+    ASSERT_EQ(Run("drag top 256 256 300 200\nsave level.msp\nnew\nopen level.msp\n"), "");
+    EXPECT_FALSE(interface->project_file_need_save);
+    ASSERT_EQ(Run("command OnCompile\n"), "");
+    EXPECT_EQ(frame->last_compile, CompileOutcome::Written);
+    EXPECT_EQ(interface->title, "Marrowstead 2000 - level.msp ");
+    EXPECT_TRUE(frame->OnClose());
+    EXPECT_TRUE(desktop.messages.empty()) << "nothing was asked";
+}
+
 TEST_F(ScriptData, SavingAsksForANameOnlyWithoutOne) {
     ASSERT_EQ(Run("drag top 256 256 300 200\nkey Ctrl+S\n"), "");
     EXPECT_TRUE(interface->project_file_need_save) << "a cancelled dialog saves nothing";
@@ -56,6 +66,32 @@ TEST_F(ScriptData, AFailedSaveKeepsTheOldFileAndTheWork) {
     EXPECT_EQ(Level().GetBrushCount(), 2) << "the level was thrown away after a failed save";
     EXPECT_EQ(ReadBytes("level.msp"), before);
     EXPECT_NE(interface->changes, interface->saved_changes);
+    const size_t asked = desktop.messages.size();
+    EXPECT_FALSE(frame->OnClose()) << "the second try asks again, though the failed save has cleared the mark";
+    EXPECT_EQ(desktop.messages.size(), asked + 1);
+}
+
+TEST_F(ScriptData, ANoBeforeACancelledOpenIsNoLicenceToLoseTheWork) {
+    ASSERT_EQ(Run("drag top 256 256 300 200\n"), "");
+    desktop.answers = {"no"}; // and no file is chosen
+    frame->document.OnFileOpen();
+    EXPECT_EQ(Level().GetBrushCount(), 1);
+    EXPECT_FALSE(frame->OnClose());
+    desktop.answers = {"no"};
+    EXPECT_TRUE(frame->OnClose());
+}
+
+TEST_F(ScriptData, AFileThatHasGoneLeavesTheRecentOnes) {
+    ASSERT_EQ(Run("save gone.msp\nsave kept.msp\n"), "");
+    const std::vector<std::string> before = frame->document.RecentFiles();
+    ASSERT_EQ(before.size(), 2u);
+    std::filesystem::remove("gone.msp");
+    WriteBytes("kept.msp", "no project any more");
+    std::string error;
+    EXPECT_FALSE(frame->document.Open(before[0], error));
+    EXPECT_FALSE(frame->document.Open(before[1], error));
+    EXPECT_EQ(frame->document.RecentFiles(), std::vector<std::string>{before[0]}) << "a damaged one may be repaired";
+    EXPECT_EQ(CMarrowstead2Doc(*interface, *pages).RecentFiles(), frame->document.RecentFiles()) << "at the next start";
 }
 
 TEST_F(ScriptData, DecalsComeFromAnotherProjectAndADamagedOneChangesNothing) {
@@ -120,4 +156,11 @@ TEST_F(ScriptData, ACopyIsKeptAgainstACrashUntilTheWorkIsSaved) {
     EXPECT_TRUE(interface->project_file_need_save && interface->project_file_has_name);
     EXPECT_EQ(interface->project_file_name, "level.msp");
     EXPECT_TRUE(RecoveryFile::FindLeftOver().empty()) << "it is this run's copy now";
+
+    ASSERT_EQ(Run("new\ndrag top 256 256 300 200\nsave nameless.msp\n"), "");
+    std::string error;
+    ASSERT_TRUE(frame->document.OpenCopy("nameless.msp", false, "", "", error));
+    EXPECT_EQ(interface->title, "Marrowstead 2000 - Untitled") << "the copy's name is not that of the level";
+    EXPECT_EQ(interface->status[PANE_COUNTS], "Brushes: 1   Entities: 0");
+    EXPECT_TRUE(interface->project_file_need_save);
 }

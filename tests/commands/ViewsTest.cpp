@@ -39,6 +39,9 @@ TEST_F(ScriptData, TheMiddleButtonPansMovesOrFlips) {
     ExpectNear(LevelBrush(0).bbox[7], {16, -32, 0});
     EXPECT_EQ(interface->editor_state, ES_SELECTED);
     EXPECT_EQ(Level().undo_buffer.GetActionCount(), 1) << "such a move has no step of its own";
+    // Ctrl flips when it is held at the press alone.
+    ASSERT_EQ(Run("mouse top middle_down 100 100\nmouse top middle_up 110 100 ctrl\n"), "");
+    EXPECT_EQ(interface->editor_state, ES_SELECTED);
     // With an entity selected nothing starts, and the release pops nothing.
     ASSERT_EQ(Run("entity light\nkey Esc\nmouse top right_down 300 300 ctrl\ndrag top 100 100 140 100 middle shift\n"),
               "");
@@ -116,6 +119,15 @@ TEST_F(ScriptData, BoundsCanBeEditedOnlyWhileABoxIsOn) {
     ASSERT_EQ(Run("command OnCordonstate\n"), "");
     EXPECT_FALSE(interface->edit_cordon_bounds);
     EXPECT_EQ(interface->view_grid_color[0], 100u);
+}
+
+TEST_F(ScriptData, NewIdsLeaveTheUndoLists) {
+    ASSERT_EQ(Run("drag top 256 256 320 192\nkey Esc\ndrag top 100 100 140 60\nkey Backspace\n"), "");
+    const int steps = Level().undo_buffer.GetActionCount();
+    ASSERT_EQ(Run("command OnToolsReindexallobjectids\n"), "");
+    EXPECT_EQ(Level().undo_buffer.GetActionCount(), steps);
+    ASSERT_EQ(Run("key Ctrl+Z\n"), "");
+    EXPECT_EQ(Level().GetBrushCount(), 2);
 }
 
 TEST_F(ScriptData, PathsAreCopiedWithNewPointsToEverySelectedObject) {

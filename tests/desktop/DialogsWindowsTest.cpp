@@ -288,6 +288,13 @@ TEST_F(DialogsWindowsTest, ACompileShowsItsStagesAndOffersTheGame) {
     EXPECT_FALSE(FindProgress() && FindProgress()->isVisible());
 }
 
+TEST_F(DialogsWindowsTest, ACompileThatBeginsNothingLeavesNoWindow) {
+    EXPECT_EQ(RunCompileWithProgress(nullptr, *frame, [](CProgressText&) { return CompileOutcome::NotWritten; }),
+              CompileOutcome::NotWritten);
+    ProcessNews();
+    EXPECT_EQ(FindProgress(), nullptr);
+}
+
 TEST_F(DialogsWindowsTest, StopAndEscapeReachARunningCompileWhichKeepsItsWindow) {
     for (const bool by_escape : {false, true}) {
         bool was_open = false;

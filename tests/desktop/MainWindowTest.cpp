@@ -1,4 +1,5 @@
 // The frame of the program: actions, keys, the palette, the views as the mouse finds them, closing, and what is told.
+#include <QDockWidget>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QLabel>
@@ -20,6 +21,7 @@
 #include "desktop/KeysDialog.h"
 #include "desktop/ProjectWatch.h"
 #include "desktop/QtDesktop.h"
+#include "desktop/SplashWindow.h"
 #include "desktop/StatusBar.h"
 
 namespace {
@@ -148,6 +150,19 @@ TEST_F(DesktopTest, KeysRunCommandsButNotFromATextField) {
     EXPECT_TRUE(interface->console_onscreen);
 }
 
+TEST_F(DesktopTest, AKeyThatDoesNothingInTheViewsLeadsToItsPageInTheLibrary) {
+    Open();
+    Key(*views, Qt::Key_T, Qt::NoModifier, "t");
+    Key(*views, Qt::Key_A, Qt::NoModifier, "a");
+    EXPECT_EQ(interface->selected_tab, TAB_TEXTURE);
+    auto* const library = window->findChild<QDockWidget*>("Library");
+    auto* const inside = new QPushButton(library);
+    inside->show();
+    inside->setFocus();
+    Key(*inside, Qt::Key_A, Qt::NoModifier, "a");
+    EXPECT_EQ(interface->selected_tab, TAB_AI);
+}
+
 TEST_F(DesktopTest, ChangedKeysAreKeptAndConflictsResolved) {
     KeyBindings bindings;
     const Command &vertex = Named("OnVertexMode"), &rotate = Named("OnRotate"), &undo = Named("OnEditUndo");
@@ -181,6 +196,10 @@ TEST_F(DesktopTest, TheKeysDialogTellsWhoWouldLoseAKey) {
     KeysDialog dialog(KeyBindings(), nullptr);
     dialog.Choose(Named("OnVertexMode"));
     auto* catcher = dialog.findChild<KeyCatcher*>();
+    dialog.show();
+    catcher->setFocus();
+    Key(*catcher, Qt::Key_Tab, Qt::ControlModifier);
+    EXPECT_FALSE(catcher->hasFocus()) << "as its tool tip says";
     Key(*catcher, Qt::Key_R, Qt::NoModifier, "r");
     bool told = false;
     for (const QLabel* label : dialog.findChildren<QLabel*>())
@@ -444,6 +463,39 @@ TEST_F(DesktopTest, ADroppedProjectOpensAndAStrangersWriteIsOffered) {
     emit window->findChild<ProjectWatch*>()->Changed();
     EXPECT_EQ(interface->world->GetBrushCount(), 1) << "opened again";
     EXPECT_EQ(desktop.boxes.size(), 2u);
+}
+
+TEST(SplashWindow, TellsWhatIsDoneUntilAKeyIsPressed) {
+    TestApplication();
+    SplashWindow splash;
+    splash.show();
+    splash.Tell("Reading materials", 0.5);
+    const QImage with_text = splash.grab().toImage();
+    splash.Tell("", 0.5);
+    const QImage bar_only = splash.grab().toImage();
+    EXPECT_NE(with_text, bar_only);
+    const int bottom = bar_only.height() - 1;
+    EXPECT_EQ(bar_only.pixel(0, bottom), bar_only.pixel(bar_only.width() * 4 / 10, bottom));
+    EXPECT_NE(bar_only.pixel(0, bottom), bar_only.pixel(bar_only.width() * 6 / 10, bottom));
+    QWidget other;
+    int presses = 0;
+    struct Counter : QObject {
+        int& count;
+        explicit Counter(int& presses_seen) : count(presses_seen) {}
+        bool eventFilter(QObject*, QEvent* event) override {
+            count += event->type() == QEvent::KeyPress;
+            return false;
+        }
+    } counter(presses);
+    other.installEventFilter(&counter);
+    for (int i = 0; i < 2; ++i) {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_X, Qt::NoModifier);
+        QApplication::sendEvent(&other, &press);
+        EXPECT_FALSE(splash.isVisible());
+    }
+    EXPECT_EQ(presses, 1) << "the first one only takes the picture away";
+    splash.Tell("late", 1);
+    EXPECT_FALSE(splash.isVisible());
 }
 
 TEST(QtDesktop, FollowsHeldKeysAndTakesNoticesFromAnyThread) {
