@@ -203,7 +203,15 @@ bool MakePrioryLevel(const MaterialLibrary& materials, EntityParser& parser, boo
     world.map_file = name;
     world.map_name = broken ? "The Priory, Broken" : "The Priory";
     world.mp_games = {"Deathmatch"};
-    return SaveProject("Marrowstead\\Projects\\" + name + ".msp", world, {}, false, error);
+    ProjectViews views;
+    views.perspective.camera_position = {ROOM / 8, HEIGHT / 2, ROOM / 8};
+    views.perspective.camera_rotation = {-0.1f, -PI / 4, 0};
+    for (VIEWINFO* view : {&views.top, &views.front, &views.left}) {
+        view->zoom_out = 4;
+        view->view_position[0] = -150;
+        view->view_position[1] = -350;
+    }
+    return SaveProject("Marrowstead\\Projects\\" + name + ".msp", world, views, false, error);
 }
 
 } // namespace
