@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include "drawing/DrawContext.h"
+#include "drawing/DrawingScope.h"
 #include "render/Frame.h"
 #include "render/StateCache.h"
 #include "scene/World.h"
@@ -131,6 +132,7 @@ inline void SetTextures(bool smooth) {
 inline void RedrawViews(Screen& screen) {
     constexpr int W = 960, H = 540;
     DrawContext context;
+    const DrawingScope one_level;
     for (int view = 0; view < VIEW_COUNT; ++view) {
         context.view = view;
         context.scale = 0.5f;

@@ -58,3 +58,54 @@ static void FourViews(benchmark::State& state) {
     TheLevel().SetMaterial(0);
 }
 BENCHMARK(FourViews)->Arg(0)->Arg(1)->Arg(1000)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+
+namespace {
+
+class BlindDevice : public SoftDevice { // takes all that it is given and draws none of it
+public:
+    bool Clear(uint32_t, uint32_t, float, uint32_t) override { return true; }
+    bool DrawMesh(DeviceMesh&, std::span<const MeshPart>) override { return true; }
+    bool WantsSortedStates() const override { return true; }
+};
+
+// As the drawing itself does it, so that the processor's caches hold nothing of the level.
+class CacheFiller {
+public:
+    void Fill() {
+        for (uint8_t& byte : bytes)
+            ++byte;
+        benchmark::DoNotOptimize(bytes.data());
+    }
+
+private:
+    static constexpr size_t MEBIBYTE = 1 << 20, LARGEST_CACHE = 64 * MEBIBYTE;
+    std::vector<uint8_t> bytes = std::vector<uint8_t>(LARGEST_CACHE);
+};
+
+} // namespace
+
+// What the four views take to find out what they draw. range(0): selected boxes that move between two redraws;
+// range(1): 1 if the processor has worked on something else since the last.
+static void LookAtFourViews(benchmark::State& state) {
+    BlindDevice device;
+    Screen screen(device, 1920, 1080);
+    SetTextures(true);
+    TheLevel().SetMaterial(1);
+    Moving moving(static_cast<int>(state.range(0)));
+    CacheFiller caches;
+    RedrawViews(screen); // makes what is kept
+    for (auto _ : state) {
+        state.PauseTiming();
+        moving.Step();
+        if (state.range(1) == 1)
+            caches.Fill();
+        state.ResumeTiming();
+        RedrawViews(screen);
+    }
+    TheLevel().SetMaterial(0);
+}
+BENCHMARK(LookAtFourViews)
+    ->ArgsProduct({{0, 1, 1000}, {0, 1}})
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();

@@ -173,65 +173,56 @@ BrushMeshes& BrushMeshes::Of(World& world) {
     return *kept;
 }
 
-// look(brush, index, member) adds what the mesh of a brush depends on beside its version.
+// look(record, member) adds what the mesh of a brush depends on beside its version; options are what that of all does.
 template <class Look, class Build>
-void BrushMeshes::UpdateChunks(std::vector<Chunk>& chunks, const World& world, const Look& look, const Build& build) {
-    chunks.resize((world.brush.size() + CHUNK_BRUSHES - 1) / CHUNK_BRUSHES);
+void BrushMeshes::Update(Kept& kept, const World& world, uint64_t options, const Look& look, const Build& build) {
+    const std::vector<BrushRecord>& brushes = records.Of(world);
+    const Made now{records.LastTake(), BrushMesh::DeviceChanges(), options};
+    if (now == kept.made)
+        return;
+    kept.made = now;
+    kept.chunks.resize((brushes.size() + CHUNK_BRUSHES - 1) / CHUNK_BRUSHES);
     std::vector<BrushMesh::Member> plain, selected;
-    for (size_t c = 0; c < chunks.size(); ++c) {
+    for (size_t c = 0; c < kept.chunks.size(); ++c) {
         plain.clear();
         selected.clear();
-        const size_t end = std::min((c + 1) * CHUNK_BRUSHES, world.brush.size());
+        const size_t end = std::min((c + 1) * CHUNK_BRUSHES, brushes.size());
         for (size_t i = c * CHUNK_BRUSHES; i < end; ++i) {
-            const Brush& brush = *world.brush[i];
-            BrushMesh::Member& member = (brush.is_selected ? selected : plain).emplace_back();
+            const BrushRecord& brush = brushes[i];
+            BrushMesh::Member& member = (brush.selected ? selected : plain).emplace_back();
             member.index = static_cast<uint32_t>(i);
-            member.version = brush.drawn_version;
-            look(brush, i, member);
+            member.version = brush.version;
+            look(brush, member);
         }
-        chunks[c].plain.Update(plain, build);
-        chunks[c].selected.Update(selected, build);
+        kept.chunks[c].plain.Update(plain, build);
+        kept.chunks[c].selected.Update(selected, build);
     }
 }
 
 const std::vector<BrushMeshes::Chunk>& BrushMeshes::Wire(const World& world) {
-    const auto look = [](const Brush& brush, size_t, BrushMesh::Member& member) {
-        member.look = brush.is_selected ? ColorOf(LineColor::Selected) : brush.color;
+    const uint32_t selected_color = ColorOf(LineColor::Selected);
+    const auto look = [selected_color](const BrushRecord& brush, BrushMesh::Member& member) {
+        member.look = brush.selected ? selected_color : brush.color;
     };
-    UpdateChunks(wire, world, look, [&world](const auto& members, MeshData& data, std::vector<BrushPart>& parts) {
+    const auto build = [&world](const auto& members, MeshData& data, std::vector<BrushPart>& parts) {
         BuildWire(world, members, data, parts);
-    });
-    return wire;
+    };
+    Update(wire, world, selected_color, look, build);
+    return wire.chunks;
 }
 
 const std::vector<BrushMeshes::Chunk>& BrushMeshes::Solid(const World& world, const SolidOptions& options) {
-    UpdateTransparency(world);
     const uint64_t option_bits = (options.lightmaps ? 1u : 0u) | (options.mask ? 2u : 0u) | (options.border ? 4u : 0u);
-    const auto look = [&](const Brush& brush, size_t i, BrushMesh::Member& member) {
-        member.in_order = known[i].transparent || brush.IsPortalOrOccluder();
+    const auto look = [&](const BrushRecord& brush, BrushMesh::Member& member) {
+        member.in_order = brush.IsDeferred();
         member.look = option_bits | uint64_t{brush.type} << 8;
         if (options.mask)
             member.look |= uint64_t{static_cast<uint32_t>(brush.selected_surface)} << 32 |
                            (brush.selected_surface_curved ? 8u : 0u);
     };
-    UpdateChunks(solid, world, look, [&](const auto& members, MeshData& data, std::vector<BrushPart>& parts) {
+    const auto build = [&](const auto& members, MeshData& data, std::vector<BrushPart>& parts) {
         BuildSolid(world, options, members, data, parts);
-    });
-    return solid;
-}
-
-void BrushMeshes::UpdateTransparency(const World& world) {
-    std::vector<bool> rows;
-    for (const MaterialRow& row : world.material)
-        rows.push_back(row.transparent);
-    if (rows != transparent_rows) {
-        known.clear();
-        transparent_rows = std::move(rows);
-    }
-    known.resize(world.brush.size());
-    for (size_t i = 0; i < known.size(); ++i) {
-        const Brush& brush = *world.brush[i];
-        if (known[i].version != brush.drawn_version)
-            known[i] = {brush.drawn_version, brush.IsTransparent(world)};
-    }
+    };
+    Update(solid, world, option_bits, look, build);
+    return solid.chunks;
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "drawing/BrushRecords.h"
 #include "drawing/SolidLook.h"
 #include "render/Device.h"
 #include "scene/World.h"
@@ -40,9 +41,9 @@ public:
     DeviceMesh* Mesh() const { return mesh.get(); } // null: the device has no room, or there is nothing to draw
     const std::vector<BrushPart>& Parts() const { return parts; }
     static uint32_t Rebuilds() { return rebuilds; } // since the program started
+    static uint32_t DeviceChanges();
 
 private:
-    static uint32_t DeviceChanges();
     void Create(MeshData data);
 
     std::vector<Member> members;
@@ -64,18 +65,21 @@ public:
     // As the brushes are now; chunk i holds those from i * CHUNK_BRUSHES on.
     const std::vector<Chunk>& Wire(const World& world);
     const std::vector<Chunk>& Solid(const World& world, const SolidOptions& options);
-    bool IsTransparent(uint32_t brush) const { return known[brush].transparent; } // after Solid
+    const std::vector<BrushRecord>& Records() const { return records.Last(); } // after Wire or Solid
 
 private:
-    struct Known { // of a brush, as long as its version stays
-        uint64_t version = 0;
-        bool transparent = false;
+    struct Made { // from what all chunks were made
+        uint32_t take = 0, device_changes = 0;
+        uint64_t options = 0;
+        bool operator==(const Made&) const = default;
     };
-    void UpdateTransparency(const World& world);
+    struct Kept {
+        std::vector<Chunk> chunks;
+        Made made;
+    };
     template <class Look, class Build>
-    static void UpdateChunks(std::vector<Chunk>& chunks, const World& world, const Look& look, const Build& build);
+    void Update(Kept& kept, const World& world, uint64_t options, const Look& look, const Build& build);
 
-    std::vector<Chunk> wire, solid;
-    std::vector<Known> known;
-    std::vector<bool> transparent_rows; // of the material table, by which known was found
+    BrushRecords records;
+    Kept wire, solid;
 };

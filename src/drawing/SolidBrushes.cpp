@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <map>
 
 #include "drawing/BrushPasses.h"
 #include "drawing/SolidPass.h"
@@ -10,28 +11,16 @@ namespace {
 class MeshPass {
 public:
     MeshPass(World& scene, const DrawContext& draw_context)
-        : world(scene), context(draw_context), meshes(BrushMeshes::Of(scene)),
-          chunks(meshes.Solid(scene, OptionsOf(scene, draw_context))), plain_pass(scene, draw_context),
-          seen(scene.brush.size()) {}
+        : world(scene), context(draw_context),
+          chunks(BrushMeshes::Of(scene).Solid(scene, OptionsOf(scene, draw_context))),
+          records(BrushMeshes::Of(scene).Records()), plain_pass(scene, draw_context), seen(records.size()) {}
 
     void Draw() {
         FindSeen();
-        CollectOpaque();
-        if (criTextureDevice().WantsSortedStates()) { // decals then wait for all that is opaque
-            std::stable_sort(pieces.begin(), pieces.end(),
-                             [](const Piece& a, const Piece& b) { return a.part->key < b.part->key; });
-            for (const Piece& piece : pieces)
-                Add(piece);
-            for (size_t i = 0; i < seen.size(); ++i)
-                if (seen[i])
-                    DrawDecals(*world.brush[i]);
-        } else {
-            for (size_t i = 0; i < pieces.size(); ++i) {
-                Add(pieces[i]);
-                if (i + 1 == pieces.size() || pieces[i + 1].part->brush != pieces[i].part->brush)
-                    DrawDecals(*world.brush[pieces[i].part->brush]);
-            }
-        }
+        if (criTextureDevice().WantsSortedStates())
+            DrawByState();
+        else
+            DrawInOrder();
         DrawDeferred();
     }
 
@@ -48,19 +37,24 @@ private:
     void FindSeen() {
         PLANE planes[6];
         crGetClipPlanes(planes);
-        for (uint32_t i = 0; i < seen.size(); ++i) {
-            const Brush& b = *world.brush[i];
-            if (b.is_hidden || !context.filters.ShowsBrush(b) || !b.Visible(planes))
+        const BoxCull cull(planes);
+        for (uint32_t i = 0; i < records.size(); ++i) {
+            const BrushRecord& b = records[i];
+            if (b.hidden || !b.IsShown(context.filters))
                 continue;
-            if (b.IsPortalOrOccluder() || meshes.IsTransparent(i))
-                deferred.push_back({i, b.DistanceFromCamera()});
+            if (b.upright ? cull.Hides(b.min, b.max) : !world.brush[i]->Visible(planes))
+                continue;
+            if (b.IsDeferred())
+                deferred.push_back({i, world.brush[i]->DistanceFromCamera()});
             else
                 seen[i] = true;
         }
         std::stable_sort(deferred.begin(), deferred.end(),
                          [](const Deferred& a, const Deferred& b) { return a.distance > b.distance; });
     }
-    void CollectOpaque() { // in the order of the table, as far as the meshes are
+    // take(piece) of all that is seen and not deferred, in the order of the table as far as the meshes are.
+    template <class Take>
+    void ForEachOpaque(const Take& take) const {
         for (const BrushMeshes::Chunk& chunk : chunks) {
             const std::vector<BrushPart>&plain = chunk.plain.Parts(), &selected = chunk.selected.Parts();
             size_t p = 0, s = 0;
@@ -69,9 +63,38 @@ private:
                     s == selected.size() || (p < plain.size() && plain[p].brush < selected[s].brush);
                 const BrushPart& part = takes_plain ? plain[p++] : selected[s++];
                 if (seen[part.brush])
-                    pieces.push_back({takes_plain ? &chunk.plain : &chunk.selected, &part});
+                    take(Piece{takes_plain ? &chunk.plain : &chunk.selected, &part});
             }
         }
+    }
+    void DrawInOrder() {
+        uint32_t last = UINT32_MAX;
+        const auto finish = [&] {
+            if (last != UINT32_MAX)
+                DrawDecals(last);
+        };
+        ForEachOpaque([&](const Piece& piece) {
+            if (piece.part->brush != last)
+                finish();
+            last = piece.part->brush;
+            Add(piece);
+        });
+        finish();
+    }
+    void DrawByState() { // decals then wait for all that is opaque
+        std::map<SolidKey, std::vector<Piece>> by_state;
+        auto state = by_state.end();
+        ForEachOpaque([&](const Piece& piece) {
+            if (state == by_state.end() || state->first != piece.part->key)
+                state = by_state.try_emplace(piece.part->key).first;
+            state->second.push_back(piece);
+        });
+        for (const auto& [of, pieces] : by_state)
+            for (const Piece& piece : pieces)
+                Add(piece);
+        for (uint32_t i = 0; i < seen.size(); ++i)
+            if (seen[i])
+                DrawDecals(i);
     }
     void Add(const Piece& piece) {
         if (piece.part->range.index_count == 0)
@@ -95,33 +118,31 @@ private:
         run.Add(*piece.mesh->Mesh(), piece.part->range);
     }
     void Flush() { run.Flush(); }
-    void DrawDecals(const Brush& b) {
-        if (b.decal_list.empty())
+    void DrawDecals(uint32_t brush) {
+        if (!records[brush].has_decals)
             return;
         Flush();
-        plain_pass.DrawDecals(b);
+        plain_pass.DrawDecals(*world.brush[brush]);
         has_state = false;
     }
     void DrawDeferred() {
         for (const Deferred& d : deferred) {
-            const Brush& b = *world.brush[d.brush];
             const BrushMeshes::Chunk& chunk = chunks[d.brush / BrushMeshes::CHUNK_BRUSHES];
-            const BrushMesh& mesh = b.is_selected ? chunk.selected : chunk.plain;
+            const BrushMesh& mesh = records[d.brush].selected ? chunk.selected : chunk.plain;
             for (const BrushPart& part : mesh.Parts())
                 if (part.brush == d.brush)
                     Add({&mesh, &part});
-            DrawDecals(b);
+            DrawDecals(d.brush);
         }
         Flush();
     }
 
     World& world;
     const DrawContext& context;
-    BrushMeshes& meshes;
     const std::vector<BrushMeshes::Chunk>& chunks;
+    const std::vector<BrushRecord>& records;
     SolidPass plain_pass;   // of what is not in meshes
     std::vector<bool> seen; // opaque, by index
-    std::vector<Piece> pieces;
     std::vector<Deferred> deferred;
     PartRun run;
     SolidKey key;

@@ -7,17 +7,10 @@
 
 ViewCull::ViewCull(const DrawContext& context) : orthographic(context.view != VIEW_PERSPECTIVE) {
     constexpr float MARGIN_PIXELS = 4; // for rounding
+    D3DMATRIX to_screen;
     crMMultiply(crvMatrices[CRM_VIEW], crvMatrices[CRM_PROJ], to_screen);
-    limit_x = 1 + MARGIN_PIXELS / static_cast<float>(std::max(crvViewportW, 1u));
-    limit_y = 1 + MARGIN_PIXELS / static_cast<float>(std::max(crvViewportH, 1u));
-}
-
-bool ViewCull::Hides(const D3DVECTOR& min, const D3DVECTOR& max) const {
-    if (!orthographic)
-        return false;
-    D3DVECTOR a, b;
-    crMTransform(to_screen, min, a);
-    crMTransform(to_screen, max, b);
-    return std::max(a.x, b.x) < -limit_x || std::min(a.x, b.x) > limit_x || std::max(a.y, b.y) < -limit_y ||
-           std::min(a.y, b.y) > limit_y;
+    for (size_t axis = 0; axis < 2; ++axis)
+        axes[axis] = {crMGetCol(to_screen, static_cast<int>(axis)), to_screen.m[3][axis]};
+    axes[0].limit = 1 + MARGIN_PIXELS / static_cast<float>(std::max(crvViewportW, 1u));
+    axes[1].limit = 1 + MARGIN_PIXELS / static_cast<float>(std::max(crvViewportH, 1u));
 }

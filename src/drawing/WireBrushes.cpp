@@ -7,14 +7,14 @@
 
 namespace {
 
-bool HasPaths(const BaseObject& object) { return object.path.GetCount() + object.target_path.GetCount() > 0; }
-
 class WirePass {
 public:
     WirePass(World& scene, const DrawContext& draw_context) : world(scene), context(draw_context), cull(draw_context) {}
 
     void Draw() {
-        const std::vector<BrushMeshes::Chunk>& chunks = BrushMeshes::Of(world).Wire(world);
+        BrushMeshes& meshes = BrushMeshes::Of(world);
+        const std::vector<BrushMeshes::Chunk>& chunks = meshes.Wire(world);
+        records = meshes.Records().data();
         for (const BrushMeshes::Chunk& chunk : chunks)
             DrawUnselected(chunk.plain);
         for (const auto& [mesh, part] : deferred)
@@ -29,27 +29,27 @@ private:
     Brush& BrushOf(const BrushPart& part) const { return *world.brush[part.brush]; }
     void DrawUnselected(const BrushMesh& mesh) {
         for (const BrushPart& part : mesh.Parts()) {
-            Brush& b = BrushOf(part);
-            if (b.is_hidden)
+            const BrushRecord& record = records[part.brush];
+            if (record.hidden)
                 continue;
-            if (context.filters.ShowsBrush(b)) {
-                if (b.IsPortalOrOccluder())
+            if (record.IsShown(context.filters)) {
+                if (record.portal_or_occluder)
                     deferred.push_back({&mesh, &part});
                 else
                     Add(mesh, part);
             }
-            if (HasPaths(b) && world.IsPathSelected(b.GetObjectID()))
-                AddPaths(b);
+            if (record.has_paths && world.IsPathSelected(BrushOf(part).GetObjectID()))
+                AddPaths(BrushOf(part));
         }
     }
     void DrawSelected(const BrushMesh& mesh) {
         for (const BrushPart& part : mesh.Parts()) {
-            Brush& b = BrushOf(part);
-            if (b.is_hidden)
+            const BrushRecord& record = records[part.brush];
+            if (record.hidden)
                 continue;
             Add(mesh, part);
-            if (HasPaths(b))
-                AddPaths(b);
+            if (record.has_paths)
+                AddPaths(BrushOf(part));
         }
     }
     void Add(const BrushMesh& mesh, const BrushPart& part) {
@@ -80,6 +80,7 @@ private:
     World& world;
     const DrawContext& context;
     ViewCull cull;
+    const BrushRecord* records = nullptr; // of all brushes
     PartRun run;
     LineBatch lines;
     std::vector<Deferred> deferred;

@@ -1,8 +1,10 @@
 // What is drawn from the kept meshes is, pixel by pixel, what each brush draws for itself.
 #include "drawing/BrushMeshes.h"
 
+#include <optional>
 #include <random>
 
+#include "drawing/DrawingScope.h"
 #include "drawing/PathDrawing.h"
 #include "drawing/SolidPass.h"
 #include "drawing/ViewSetup.h"
@@ -108,7 +110,7 @@ protected:
         world.ComputeSelectionBox(box);
         moved = MakeBox(BoxMin(box), BoxMax(box) + D3DVECTOR{3, 2, 5});
         const auto name = "m" + std::to_string(1 + Random(4));
-        last_edit = Random(22);
+        last_edit = Random(25);
         switch (last_edit) {
         case 0:
             return world.MoveBrush({Place(9), Place(9), Place(9)});
@@ -170,6 +172,17 @@ protected:
             return;
         case 20:
             return AddBrush();
+        case 21: // as its properties change it, with nothing else
+            AnyBrush().type = Random(2) == 0 ? BT_BOX : Random(2) == 0 ? BT_PORTAL : BT_OCCLUDER;
+            return;
+        case 22:
+            AnyBrush().is_hidden = Random(2) == 0;
+            return;
+        case 23: { // a box that is none, as a damaged level may have it
+            Brush& b = AnyBrush();
+            b.bbox[static_cast<size_t>(Random(8))] = {Place(200), Place(200), Place(200)};
+            return;
+        }
         default:
             return Select();
         }
@@ -228,10 +241,15 @@ TEST_F(BrushMeshesTest, RandomEditsShowAsIfNothingWereKept) {
             if (world.brush.empty())
                 AddBrush();
             Edit();
-            if (step % 3 == 0)
-                ChangeView();
-            ASSERT_NO_FATAL_FAILURE(
-                ExpectSamePictures("seed " + std::to_string(seed) + ", step " + std::to_string(step)));
+            std::optional<DrawingScope> one_level;
+            if (step % 4 != 0)
+                one_level.emplace();
+            for (int view = 0; view <= step % 3; ++view) {
+                if (step % 3 == 0 || view > 0)
+                    ChangeView();
+                ASSERT_NO_FATAL_FAILURE(ExpectSamePictures("seed " + std::to_string(seed) + ", step " +
+                                                           std::to_string(step) + ", " + std::to_string(view)));
+            }
         }
     }
 }
@@ -272,6 +290,79 @@ TEST_F(BrushMeshesTest, OnlyWhatChangedIsMadeAnew) {
         world.MoveBrush({2, 0, 0}); // the mesh of what stands still stays
         EXPECT_EQ(RebuildsOf(), 1u);
     }
+}
+
+TEST_F(BrushMeshesTest, BrushesAreLookedAtOncePerScope) {
+    Brush& box = AddBox(world, {-20, -20, 0}, {20, 20, 20}, {1, 0, 0, 1});
+    const auto takes_of_all_views = [&] {
+        const uint32_t before = BrushRecords::Takes();
+        for (const int view : {VIEW_TOP, VIEW_FRONT, VIEW_LEFT})
+            SetView(view), RebuildsOf();
+        SetCamera(100);
+        RebuildsOf();
+        return BrushRecords::Takes() - before;
+    };
+    EXPECT_EQ(takes_of_all_views(), 4u);
+    {
+        const DrawingScope outer;
+        EXPECT_EQ(takes_of_all_views(), 1u);
+        const DrawingScope inner;
+        EXPECT_EQ(takes_of_all_views(), 0u);
+    }
+    EXPECT_EQ(takes_of_all_views(), 4u);
+    box.is_hidden = true;
+    const DrawingScope next;
+    EXPECT_EQ(takes_of_all_views(), 1u);
+    EXPECT_TRUE(IsEmpty());
+    // Who breaks the promise by adding and removing is still served.
+    AddBox(world, {-30, -30, 0}, {30, 30, 20}, {1, 0, 0, 1});
+    EXPECT_EQ(takes_of_all_views(), 1u);
+    EXPECT_FALSE(IsEmpty());
+    world.brush.clear();
+    EXPECT_EQ(takes_of_all_views(), 1u);
+    EXPECT_TRUE(IsEmpty());
+}
+
+TEST_F(BrushMeshesTest, UprightBoxesAreCulledAsBrushesAre) {
+    engine.seed(3);
+    Brush brush;
+    int hidden = 0, shown = 0;
+    for (int round = 0; round < 20000; ++round) { // whole numbers, so that corners often lie right in a plane
+        const D3DVECTOR min{Place(9), Place(9), Place(9)};
+        const auto side = [this] { return static_cast<float>(Random(6)); };
+        brush.bbox = MakeBox(min, min + D3DVECTOR{side(), side(), side()});
+        PLANE planes[6];
+        for (PLANE& plane : planes)
+            plane = {Place(3), Place(3), Place(3), 8 + Place(16)};
+        const BoxCull cull(planes);
+        ASSERT_EQ(cull.Hides(BoxMin(brush.bbox), BoxMax(brush.bbox)), !brush.Visible(planes)) << round;
+        ++(brush.Visible(planes) ? shown : hidden);
+    }
+    EXPECT_GT(hidden, 1000);
+    EXPECT_GT(shown, 1000);
+}
+
+TEST_F(BrushMeshesTest, WhatBecomesTransparentComesAfterWhatIsBehind) {
+    Brush& near = AddBox(world, {-20, -20, -10}, {20, 20, 0}, {1, 0, 0, 1});
+    AddBox(world, {-40, -40, 20}, {40, 40, 30}, {0, 1, 0, 1});
+    near.ForEachSurface([](Surface& s, int, bool) { s.texture.index = 4, s.texture.size = {16, 16}; });
+    near.RemapAll();
+    SetCamera(100);
+    const auto drawn = [&] {
+        ExpectSamePictures("made transparent, or another type");
+        return screen.Picture();
+    };
+    const std::vector<uint32_t> opaque = drawn();
+    world.material[4].transparent = true; // nothing else changes
+    const std::vector<uint32_t> transparent = drawn();
+    EXPECT_NE(opaque, transparent);
+    near.type = BT_PORTAL;
+    near.MarkDrawnChanged();
+    EXPECT_NE(drawn(), transparent);
+    near.type = BT_BOX;
+    EXPECT_EQ(drawn(), transparent);
+    world.material[4].transparent = false;
+    EXPECT_EQ(drawn(), opaque);
 }
 
 TEST_F(BrushMeshesTest, AnotherDeviceMakesItsOwn) {
