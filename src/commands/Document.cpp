@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <utility>
 
 #include "foundation/Paths.h"
 #include "foundation/Settings.h"
@@ -98,6 +99,7 @@ bool CMarrowstead2Doc::SaveModified() {
 }
 
 void CMarrowstead2Doc::New() {
+    left_out.clear();
     interface.EndDragRecord();
     interface.editor_state = ES_IDLE;
     interface.selection_box_active = false;
@@ -123,9 +125,10 @@ bool CMarrowstead2Doc::Open(const std::string& path, std::string& error) {
     interface.SetCountText();
     interface.Tell(&EditorListener::WorldReplaced);
     interface.RedrawAllViews();
-    if (loaded)
+    if (loaded) {
+        left_out = std::exchange(error, {});
         AddToRecent(path);
-    else if (!FileExistsOnDisk(path))
+    } else if (!FileExistsOnDisk(path))
         ForgetRecent(path);
     return loaded;
 }
@@ -138,6 +141,7 @@ bool CMarrowstead2Doc::OpenCopy(const std::string& copy, bool has_name, const st
     interface.RefreshAIDlg();
     interface.SetCountText();
     if (loaded) {
+        left_out = std::exchange(error, {});
         interface.project_file_has_name = has_name;
         interface.project_file_path = project_path;
         interface.project_file_name = project_name;
@@ -163,8 +167,12 @@ void CMarrowstead2Doc::OnFileOpen() {
 }
 
 bool CMarrowstead2Doc::Save(const std::string& folder, const std::string& name) {
+    left_out.clear();
     const BusyCursor busy(interface);
-    return interface.SaveProject(folder, name, true);
+    if (interface.SaveProject(folder, name, true))
+        return true;
+    interface.MarkDirty(); // so that the title says it
+    return false;
 }
 
 bool CMarrowstead2Doc::SaveTo(const std::string& path) {
@@ -174,7 +182,14 @@ bool CMarrowstead2Doc::SaveTo(const std::string& path) {
     return true;
 }
 
+bool CMarrowstead2Doc::MayLeaveOut() const {
+    return left_out.empty() || GetDesktop().MessageBox(left_out + "\n\nSave the project without them?", TITLE,
+                                                       MessageButtons::YesNo) == MessageAnswer::Yes;
+}
+
 bool CMarrowstead2Doc::SaveAs() {
+    if (!MayLeaveOut())
+        return false;
     const std::optional<std::string> path = GetDesktop().AskFile(
         {true, "Save As", PROJECT_FILTER, PROJECT_FOLDER, PROJECT_ENDING, interface.project_file_name});
     return path && SaveTo(*path) && SaveMovie(true);
@@ -185,7 +200,7 @@ bool CMarrowstead2Doc::SaveMovie(bool as) { return !interface.movie_editing || !
 bool CMarrowstead2Doc::SaveActive() {
     if (!interface.project_file_has_name)
         return SaveAs();
-    return Save(interface.project_file_path, interface.project_file_name) && SaveMovie(false);
+    return MayLeaveOut() && Save(interface.project_file_path, interface.project_file_name) && SaveMovie(false);
 }
 
 void CMarrowstead2Doc::OnFileSave() { SaveActive(); }
@@ -204,8 +219,8 @@ void CMarrowstead2Doc::OnSaveplus() {
         GetDesktop().MessageBox("Not enough digits available in project name !\n\nProject was not saved.", TITLE);
         return;
     }
-    if (Save(interface.project_file_path, name))
-        AddToRecent(interface.project_file_path + "\\" + name);
+    if (MayLeaveOut() && Save(interface.project_file_path, name))
+        AddToRecent(CInterface::FullName(interface.project_file_path, name));
 }
 
 void CMarrowstead2Doc::MergeDecals(const std::string& path) {

@@ -40,9 +40,10 @@ public:
 
 private:
     bool Save(const std::string& folder, const std::string& name);
-    bool SaveAs();           // false after Cancel or a failure
-    bool SaveActive();       // under its name, else as SaveAs
-    bool SaveMovie(bool as); // while a movie is edited
+    bool MayLeaveOut() const; // asks whether to save without what opening has left out
+    bool SaveAs();            // false after Cancel or a failure
+    bool SaveActive();        // under its name, else as SaveAs
+    bool SaveMovie(bool as);  // while a movie is edited
     // The mark alone does not tell: a save that fails clears it, and so does a No before a command that is cancelled.
     bool HasUnsavedWork() const;
     void AddToRecent(const std::string& path);
@@ -52,6 +53,7 @@ private:
     CInterface& interface;
     LibraryPages& pages;
     std::vector<std::string> recent;
+    std::string left_out; // what opening could not take from the project, a sentence; a save over it would lose that
 };
 
 // The next name of an incremental save, without its folder: "level" becomes "level_0000.msp", "level_0009.msp"

@@ -231,7 +231,8 @@ void CMainFrame::OnGamemode() {
     std::string error;
     const std::string& game = interface.settings.game_command;
     if (!GetDesktop().RunProgram(game, " " + interface.TargetFile(), error))
-        GetDesktop().MessageBox(Format("The game \"%s\" cannot be started: %s. The setting GameCommand names it.",
+        GetDesktop().MessageBox(Format("The game \"%s\" cannot be started: %s.\n\n\"Game Program\" in the preferences "
+                                       "names it.",
                                        game.c_str(), error.c_str()),
                                 TITLE);
 }

@@ -13,6 +13,7 @@
 #include "desktop/SplashWindow.h"
 #include "desktop/Theme.h"
 #include "editor/StartSteps.h"
+#include "foundation/Paths.h"
 #include "foundation/Settings.h"
 #include "foundation/Strings.h"
 #include "render/Frame.h"
@@ -86,6 +87,15 @@ struct LastUse {
     ViewsPainter& painter;
 };
 
+// Else a new user sees empty pages and no reason.
+void TellWithoutData(MainWindow& window) {
+    std::error_code failure;
+    if (!fs::is_directory(RealPath("Marrowstead"), failure))
+        window.AddNotice(
+            QString("\"%1\" is no game data root: it has no folder \"Marrowstead\". Start with --data DIR.")
+                .arg(QString::fromStdString(fs::current_path(failure).string())));
+}
+
 // What is found wrong before the window is there is shown in it, and written for who has started it from a terminal.
 void CollectNotices(QtDesktop& desktop, QStringList& notices) {
     desktop.show_notice = [&notices](const QString& sentence) {
@@ -123,6 +133,7 @@ int RunWithRenderer(const EditorOptions& options, const fs::path& start, ViewsPa
     desktop.show_notice = [&window](const QString& sentence) { window.AddNotice(sentence); };
     for (const QString& sentence : early_notices)
         window.AddNotice(sentence);
+    TellWithoutData(window);
     window.UseRecovery(recovery);
     window.RestoreLayout();
     window.show();

@@ -73,13 +73,18 @@ void CommandPalette::Fill(const QString& text) {
         item->setDisabled(!actions.Action(*command).isEnabled());
         items.push_back(item);
     }
+    if (items.empty()) {
+        auto* nothing = new QTreeWidgetItem({"No command has this in its name"});
+        nothing->setDisabled(true);
+        items.push_back(nothing);
+    }
     list->addTopLevelItems(items);
     list->setCurrentItem(list->topLevelItem(0));
 }
 
 void CommandPalette::Take() {
     const int row = list->indexOfTopLevelItem(list->currentItem());
-    if (row < 0 || !actions.Action(*found[static_cast<size_t>(row)]).isEnabled())
+    if (row < 0 || found.empty() || !actions.Action(*found[static_cast<size_t>(row)]).isEnabled())
         return;
     chosen = found[static_cast<size_t>(row)];
     accept();

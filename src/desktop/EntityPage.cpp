@@ -164,6 +164,8 @@ void EntityPage::FilterTree() {
         directory->setExpanded(!filter->text().isEmpty());
     }
     ShowChosenTemplate();
+    if (tree->currentItem())
+        tree->scrollToItem(tree->currentItem()); // which opens its directory
 }
 
 void EntityPage::ChooseInTree(QTreeWidgetItem* item) {

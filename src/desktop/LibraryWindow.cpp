@@ -1,5 +1,6 @@
 #include "desktop/LibraryWindow.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QSignalBlocker>
@@ -36,9 +37,13 @@ LibraryWindow::~LibraryWindow() { editor.RemoveListener(*this); }
 
 void LibraryWindow::ShowPage(int tab) {
     for (size_t i = 0; i < CConsole::TABS.size(); ++i)
-        if (CConsole::TABS[i].number == tab) {
+        if (CConsole::TABS[i].number == tab && tabs->currentIndex() != static_cast<int>(i)) {
             const QSignalBlocker blocker(tabs);
+            const QWidget* before = QApplication::focusWidget();
             tabs->setCurrentIndex(static_cast<int>(i));
+            QWidget* now = QApplication::focusWidget();
+            if (now && now != before && tabs->isAncestorOf(now))
+                now->clearFocus(); // the first field of the new page: the next key shall be a command, not a text
         }
 }
 

@@ -194,7 +194,7 @@ void MainWindow::TitleChanged() {
     if (!interface.project_file_has_name)
         watch->Know("");
     else if (!interface.project_file_need_save) // just opened or saved
-        watch->Know(RealPath(interface.project_file_path + "\\" + interface.project_file_name).string());
+        watch->Know(RealPath(interface.ProjectFullName()).string());
 }
 
 void MainWindow::WorldReplaced() {
@@ -268,7 +268,7 @@ void MainWindow::OfferReload() {
     if (asking_reload || interface.compilation_active || !interface.project_file_has_name)
         return;
     asking_reload = true;
-    const std::string path = interface.project_file_path + "\\" + interface.project_file_name;
+    const std::string path = interface.ProjectFullName();
     std::string question = "Another program has changed \"" + interface.project_file_name + "\".\n\nOpen it again?";
     if (interface.project_file_need_save)
         question += " What you have changed since the last save is lost then.";

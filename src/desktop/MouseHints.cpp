@@ -163,7 +163,7 @@ const char* ModeName(const CInterface& interface) {
         return "Select";
     default:
         return interface.movie_editing                        ? "Movie"
-               : interface.world->selected_surface_brush >= 0 ? "Surface"
+               : interface.world->selected_surface_brush >= 0 ? "Surface selected"
                                                               : "Nothing selected";
     }
 }
@@ -184,7 +184,10 @@ MouseHint HintFor(const CInterface& interface, const HeldModifiers& held) {
             hint.left = "drag a side of the clip box";
         if (interface.cordon_active)
             hint.right = "drag a side of the cordon box";
-    } else if (interface.movie_editing && keys == CONTROL) {
+    } else if (view == FLAT && mode == SELECTED && keys == PLAIN &&
+               interface.world->entity_selection.GetItemCount() > 0)
+        hint.left = "drag to move"; // from anywhere; nothing is resized
+    else if (interface.movie_editing && keys == CONTROL) {
         hint.left = "place a point of the path";
         hint.right = "place a point that is looked at";
     }

@@ -53,14 +53,17 @@ NumberField::NumberField(int decimals, QWidget* parent) : QDoubleSpinBox(parent)
 void NumberField::ShowValue(double number, bool mixed) {
     const QSignalBlocker blocker(this);
     is_mixed = shown_mixed = mixed;
-    last_given = number;
+    exact = number;
     setValue(number);
-    lineEdit()->setText(textFromValue(number)); // the value may be the same while the word goes or comes
+    last_given = value();
+    lineEdit()->setText(textFromValue(value())); // the value may be the same while the word goes or comes
 }
+
+double NumberField::Exact() const { return value() == last_given ? exact : value(); }
 
 void NumberField::Give() {
     is_mixed = shown_mixed = false;
-    last_given = value();
+    exact = last_given = value();
     emit Given(last_given);
 }
 

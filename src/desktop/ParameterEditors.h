@@ -21,6 +21,7 @@ class NumberField : public QDoubleSpinBox {
 public:
     explicit NumberField(int decimals, QWidget* parent = nullptr);
     void ShowValue(double number, bool mixed); // without a signal
+    double Exact() const;                      // what was shown, with all its digits, or what the user gave since
 
 signals:
     void Given(double number); // by the user
@@ -36,7 +37,7 @@ private:
     void Give();
 
     bool shown_mixed = false, is_mixed = false; // as it was shown; until the user types
-    double last_given = 0;
+    double exact = 0, last_given = 0;           // the second as the field rounds it
 };
 
 // What the editors ask of their page. parameter: its index.

@@ -268,7 +268,7 @@ bool QtDesktop::RunProgram(const std::string& program, const std::string& argume
     const bool was_maximised = window && window->isMaximized();
     process.start(name, parts);
     if (!process.waitForStarted()) {
-        error = process.errorString().toStdString();
+        error = process.errorString().remove("execvp: ").toStdString(); // the call that failed tells the user nothing
         return false;
     }
     if (window)

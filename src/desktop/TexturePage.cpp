@@ -175,7 +175,10 @@ QWidget* TexturePage::MakeChosen() {
                    }),
         MakeButton(tr("Refresh"), tr("Scans the directory anew"),
                    [this] {
-                       page.RefreshClass();
+                       for (const std::string& name : classes) {
+                           page.selected_class = name;
+                           page.RefreshClass();
+                       }
                        model.ForgetPictures();
                        list_is_old = true;
                    }),
@@ -209,7 +212,7 @@ QWidget* TexturePage::MakeMapping() {
             Refresh();
         });
     };
-    const auto value = [](const NumberField* field) { return static_cast<float>(field->value()); };
+    const auto value = [](const NumberField* field) { return static_cast<float>(field->Exact()); };
     surface = new QLabel;
     surface->setTextFormat(Qt::PlainText);
     surface->setToolTip(tr("The material of the selected surface"));
@@ -279,17 +282,28 @@ void TexturePage::FillTree() {
     if (first) {
         page.selected_class = first->data(0, CLASS_ROLE).toString().toStdString();
         tree->setCurrentItem(first);
+        classes = {page.selected_class};
     }
     FillList();
 }
 
 void TexturePage::ChooseInTree(const QTreeWidgetItem* item) {
-    const int kind = item ? item->data(0, KIND_ROLE).toInt() : NODE_GROUP;
-    if (kind == NODE_GROUP)
+    if (!item)
         return;
-    shown = kind == NODE_USED ? Shown::Used : kind == NODE_ALL ? Shown::All : Shown::Class;
+    const int kind = item->data(0, KIND_ROLE).toInt();
+    const auto class_of = [](const QTreeWidgetItem* node) {
+        return node->data(0, CLASS_ROLE).toString().toStdString();
+    };
+    shown = kind == NODE_USED ? Shown::Used : kind == NODE_ALL ? Shown::All : Shown::Classes;
     if (kind == NODE_CLASS)
-        page.selected_class = item->data(0, CLASS_ROLE).toString().toStdString();
+        classes = {class_of(item)};
+    else if (kind == NODE_GROUP) {
+        classes.clear();
+        for (int i = 0; i < item->childCount(); ++i)
+            classes.push_back(class_of(item->child(i)));
+    }
+    if (!classes.empty())
+        page.selected_class = classes.front();
     FillList();
 }
 
@@ -309,8 +323,16 @@ ThumbnailRow TexturePage::RowOf(const MaterialItem& item) const {
 void TexturePage::FillList() {
     list_is_old = false;
     // A search goes through all classes, unless only the used materials are wanted.
-    const bool all = shown == Shown::All || !page.filter.empty();
-    items = shown == Shown::Used ? page.ListUsed() : page.ListClass(all ? std::string() : page.selected_class);
+    if (shown == Shown::Used)
+        items = page.ListUsed();
+    else if (shown == Shown::All || !page.filter.empty())
+        items = page.ListClass("");
+    else {
+        items.clear();
+        for (const std::string& name : classes)
+            for (MaterialItem& item : page.ListClass(name))
+                items.push_back(std::move(item));
+    }
     std::stable_sort(items.begin(), items.end(),
                      [](const MaterialItem& a, const MaterialItem& b) { return a.used && !b.used; });
     std::vector<ThumbnailRow> rows;
@@ -344,7 +366,7 @@ void TexturePage::Apply() {
 // --- Following
 
 void TexturePage::Refresh() {
-    if (was_picked.exchange(false) && page.filter.empty() && shown == Shown::Class)
+    if (was_picked.exchange(false) && page.filter.empty() && shown == Shown::Classes)
         FillTree();
     else if (list_is_old)
         FillList();
@@ -375,7 +397,7 @@ void TexturePage::ShowMapping() {
     const TEX_INFO& record = page.tex_info;
     surface->setText(page.surface_material.empty() ? tr("none") : QString::fromStdString(page.surface_material));
     const auto show = [](NumberField* field, float number) {
-        if (static_cast<float>(field->value()) != number)
+        if (static_cast<float>(field->Exact()) != number)
             field->ShowValue(static_cast<double>(number), false);
     };
     show(shift_u, record.shift.u);

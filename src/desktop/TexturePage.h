@@ -33,7 +33,7 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    enum class Shown { Class, Used, All };
+    enum class Shown { Classes, Used, All };
 
     QWidget* MakeLibrary();
     QWidget* MakeChosen();
@@ -52,8 +52,9 @@ private:
     TextureDlg& page;
     LazyRefresh news;
     std::atomic<bool> list_is_old = false, was_picked = false;
-    Shown shown = Shown::Class;
-    std::vector<MaterialItem> items; // of the list's rows
+    Shown shown = Shown::Classes;
+    std::vector<std::string> classes; // chosen in the tree: one, or those of a group
+    std::vector<MaterialItem> items;  // of the list's rows
     ThumbnailModel model;
     ThumbnailView* list;
     QTreeWidget* tree;

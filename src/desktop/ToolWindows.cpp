@@ -46,8 +46,8 @@ static void PlaceFirst(QWidget& window, const QWidget& main_window) {
 }
 
 void ToolWindow::showEvent(QShowEvent* event) {
-    const bool was_placed = !objectName().isEmpty() && !event->spontaneous() &&
-                            restoreGeometry(StoredLayout(PlaceName(*this).c_str()));
+    const bool was_placed =
+        !objectName().isEmpty() && !event->spontaneous() && restoreGeometry(StoredLayout(PlaceName(*this).c_str()));
     if (!was_placed && !testAttribute(Qt::WA_Moved) && parentWidget())
         PlaceFirst(*this, *parentWidget()->window());
     Refresh();

@@ -112,12 +112,16 @@ static void RepairView(VIEWINFO& stored, const VIEWINFO& live) {
         stored.camera_position = FIRST_CAMERA_POSITION, stored.camera_rotation = {};
 }
 
+std::string CInterface::FullName(std::string_view folder, std::string_view name) {
+    const bool real_path = folder.find('/') != std::string_view::npos;
+    return std::string(folder).append(1, real_path ? '/' : '\\').append(name);
+}
+
 bool CInterface::LoadProject(const char* filepath, std::string_view filename, std::string& error) {
     RemoveFile(TRACE_LOG);
     RemoveFile(TEXTURE_LOG);
     ForgetNotices();
-    const std::string full_name =
-        filepath ? std::string(filepath) + "\\" + std::string(filename) : std::string(filename);
+    const std::string full_name = filepath ? FullName(filepath, filename) : std::string(filename);
     const ProjectViews live = views;
     if (!::LoadProject(full_name, *world, views, materials, *entity_parser, error)) {
         InitEditor();
@@ -137,7 +141,7 @@ bool CInterface::LoadProject(const char* filepath, std::string_view filename, st
 
 bool CInterface::SaveProject(std::string_view filepath, std::string_view filename, bool update_project_name) {
     std::string error;
-    const std::string full_name = std::string(filepath) + "\\" + std::string(filename);
+    const std::string full_name = FullName(filepath, filename);
     const bool saved = ::SaveProject(full_name, *world, views, settings.create_prj_backup, error);
     if (update_project_name) {
         project_file_has_name = true;
@@ -145,7 +149,7 @@ bool CInterface::SaveProject(std::string_view filepath, std::string_view filenam
         project_file_name = filename;
     }
     MarkFileAsDirty(false);
-    if (saved && full_name == project_file_path + "\\" + project_file_name)
+    if (saved && full_name == ProjectFullName())
         saved_changes = changes;
     if (!saved)
         ShowWriteError(error);

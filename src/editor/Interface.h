@@ -120,6 +120,9 @@ public:
     std::atomic<bool> compilation_active = false; // nothing is drawn or kept; a compile may run on a thread of its own
     bool project_file_has_name = false, project_file_need_save = false;
     std::string project_file_path, project_file_name;
+    // Written with the separator of the folder, so that one file has one name in lists and messages.
+    static std::string FullName(std::string_view folder, std::string_view name);
+    std::string ProjectFullName() const { return FullName(project_file_path, project_file_name); }
     std::string title = "Marrowstead 2000 - Untitled"; // of the main window
     uint32_t changes = 0;                              // counts every change of the level
     uint32_t saved_changes = 0;                        // their number when it was saved, made or opened

@@ -239,6 +239,8 @@ void CInterface::RotateBrush(float angle) {
     EndDragRecord();
     const ChangeRecord record(*world, "Rotate objects.");
     world->RotateBrush(angle, active_view);
+    if (world->entity_selection.GetItemCount() > 0)
+        SelectionChanged(); // the page of entities shows the range or the orientation
     RefreshSelectionBox();
     if (settings.show_sel_wire)
         RebuildSelectionNet();

@@ -61,7 +61,9 @@ void CInterface::LeftButtonDown(uint32_t held_keys, POINT point) {
         else
             Select(point, true);
     } else if (movie_editing && control && !shift) {
-        PlacePathPoint(NewEntityFromTemplate("object_point"), true);
+        Entity* const placed = PlacePathPoint(NewEntityFromTemplate("object_point"), true);
+        if (settings.full_undo)
+            AddCreationToUndo(placed);
     } else if (!control && perspective && editor_state == ES_VERTEX) {
         if (selected_cross_vertex == -1)
             return;
@@ -170,6 +172,8 @@ void CInterface::LeftButtonUp(uint32_t held_keys, POINT point) {
             world->AddUndoAction(std::make_unique<CUndoActionRotate>(tmp_rotate, active_view));
         tmp_rotate = 0;
         EndDragRecord();
+        if (world->entity_selection.GetItemCount() > 0)
+            SelectionChanged(); // the page of entities shows the orientation
         selection_box_active = true;
         RedrawAllViews();
         break;

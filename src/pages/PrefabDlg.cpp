@@ -141,8 +141,12 @@ std::optional<PrefabToSave> PrefabDlg::AskSave() const {
     question.fields[1].label = "Description:";
     for (FormField& field : question.fields)
         field.max_length = TEXT_LENGTH;
-    if (!GetDesktop().AskForm(question) || question.fields[0].value.empty())
+    if (!GetDesktop().AskForm(question))
         return std::nullopt;
+    if (question.fields[0].value.empty()) {
+        GetDesktop().Notice("Nothing is saved: a prefab needs a name");
+        return std::nullopt;
+    }
     if (!IsFolderName(question.fields[0].value)) {
         GetDesktop().MessageBox("A file cannot have this name.", "Error");
         return std::nullopt;

@@ -14,7 +14,8 @@
 bool SaveProject(std::string_view full_name, World& world, const ProjectViews& views, bool backup, std::string& error);
 
 // Into a new world. False with a sentence that names the file and the reason; a world that was touched is then thrown
-// away by the caller. What the project names and the library or the definitions lack is told once each by a notice.
+// away by the caller. What the project names and the library or the definitions lack is told once each by a notice, and
+// error then is a sentence that sums it up.
 bool LoadProject(std::string_view full_name, World& world, ProjectViews& views, MaterialLibrary& materials,
                  EntityParser& parser, std::string& error);
 

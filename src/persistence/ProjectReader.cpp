@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "files/ChunkFile.h"
 #include "foundation/Desktop.h"
 #include "foundation/Strings.h"
@@ -41,6 +43,16 @@ public:
         return false;
     }
     const std::string& Error() const { return error; }
+    // Empty when all was known here.
+    std::string LeftOut() const {
+        const auto entities = std::count(entities_of_file.begin(), entities_of_file.end(), nullptr);
+        const auto rows = std::count(material_rows.begin(), material_rows.end(), 0) - 1; // the first is no material
+        if (entities == 0 && rows == 0)
+            return {};
+        return Format("When \"%s\" was opened, %d entities and %d materials were left out: what they are is not known "
+                      "in this data folder.",
+                      file.GetFilename().c_str(), static_cast<int>(entities), static_cast<int>(rows));
+    }
 
 private:
     bool Fail(const std::string& reason) {
@@ -297,8 +309,10 @@ bool ReadFrom(std::string_view full_name, World& world, ProjectViews& views, Mat
         return false;
     }
     ProjectReader reader(file, world, views, materials, parser);
-    if ((reader.*read)())
+    if ((reader.*read)()) {
+        error = reader.LeftOut();
         return true;
+    }
     error = Format("\"%s\" cannot be read: %s", file.GetFilename().c_str(), reader.Error().c_str());
     return false;
 }

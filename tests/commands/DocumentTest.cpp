@@ -66,19 +66,42 @@ TEST_F(ScriptData, AFailedSaveKeepsTheOldFileAndTheWork) {
     EXPECT_EQ(Level().GetBrushCount(), 2) << "the level was thrown away after a failed save";
     EXPECT_EQ(ReadBytes("level.msp"), before);
     EXPECT_NE(interface->changes, interface->saved_changes);
+    EXPECT_EQ(interface->title.back(), '*');
     const size_t asked = desktop.messages.size();
-    EXPECT_FALSE(frame->OnClose()) << "the second try asks again, though the failed save has cleared the mark";
+    EXPECT_FALSE(frame->OnClose()) << "the second try asks again";
     EXPECT_EQ(desktop.messages.size(), asked + 1);
 }
 
 TEST_F(ScriptData, ANoBeforeACancelledOpenIsNoLicenceToLoseTheWork) {
-    ASSERT_EQ(Run("drag top 256 256 300 200\n"), "");
+    ASSERT_EQ(Run("save level.msp\ndrag top 256 256 300 200\n"), "");
     desktop.answers = {"no"}; // and no file is chosen
     frame->document.OnFileOpen();
     EXPECT_EQ(Level().GetBrushCount(), 1);
+    EXPECT_EQ(interface->title, "Marrowstead 2000 - level.msp *");
     EXPECT_FALSE(frame->OnClose());
     desktop.answers = {"no"};
     EXPECT_TRUE(frame->OnClose());
+}
+
+// As when the editor runs in another data folder: what it could not read would be gone with the first save.
+TEST_F(ScriptData, WhatOpeningLeftOutIsNotSavedAwayUnasked) {
+    ASSERT_EQ(Run("drag top 256 256 300 200\nmaterial wall brick\napply\nsave level.msp\n"), "");
+    const std::string before = ReadBytes("level.msp");
+    std::filesystem::remove("Scripts/Materials/wall/brick.mtl");
+    std::filesystem::remove("Textures/wall/brick.tga");
+    interface->materials.ParseTextures();
+    ASSERT_EQ(Run("open level.msp\n"), "");
+    EXPECT_EQ(Level().brush[0]->surfaces[0].texture.index, 0);
+    desktop.answers = {"no"};
+    frame->document.OnFileSave();
+    EXPECT_EQ(ReadBytes("level.msp"), before);
+    EXPECT_NE(desktop.messages.back().text.find("0 entities and 1 materials were left out"), std::string::npos);
+    desktop.answers = {"yes"};
+    frame->document.OnFileSave();
+    EXPECT_NE(ReadBytes("level.msp"), before);
+    const size_t asked = desktop.messages.size();
+    frame->document.OnFileSave();
+    EXPECT_EQ(desktop.messages.size(), asked) << "once is enough";
 }
 
 TEST_F(ScriptData, AFileThatHasGoneLeavesTheRecentOnes) {

@@ -237,6 +237,10 @@ TEST_F(DesktopTest, ThePaletteFindsByPartsOfTheName) {
     other.findChild<QLineEdit*>()->setText("edit bounds");
     Key(*other.findChild<QLineEdit*>(), Qt::Key_Return);
     EXPECT_EQ(other.chosen, nullptr) << "without a box it is off";
+    other.findChild<QLineEdit*>()->setText("no such thing");
+    EXPECT_EQ(other.findChild<QTreeWidget*>()->topLevelItemCount(), 1) << "a line that says so";
+    Key(*other.findChild<QLineEdit*>(), Qt::Key_Return);
+    EXPECT_EQ(other.chosen, nullptr);
 }
 
 // Views ---------------------------------------------------------------------------------------------------------------

@@ -205,6 +205,7 @@ TEST_F(PreferencesPageTest, ChangesTakeEffectAtOnceAndStayInRange) {
     ASSERT_TRUE(page.Set("LightingMethod", "2", error)) << error;
     EXPECT_EQ(editor->settings.lighting_method, 2);
     EXPECT_EQ(page.values[0], "2");
+    EXPECT_EQ(ReadSettings().lighting_method, 2) << "stored at once: a crash does not lose it";
     EXPECT_FALSE(page.Set("LightingMethod", "3", error));
     EXPECT_NE(error, "");
     EXPECT_EQ(page.values[0], "2");
