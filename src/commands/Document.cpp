@@ -80,12 +80,8 @@ void CMarrowstead2Doc::StoreRecent() const {
             store.SetKeyValue(RecentValue(i), i < recent.size() ? recent[i].c_str() : "");
 }
 
-bool CMarrowstead2Doc::HasUnsavedWork() const {
-    return interface.project_file_need_save || interface.changes != interface.saved_changes;
-}
-
 bool CMarrowstead2Doc::SaveModified() {
-    if (!HasUnsavedWork())
+    if (!interface.HasUnsavedWork())
         return true;
     switch (GetDesktop().MessageBox("Do you want to save active project?", TITLE, MessageButtons::YesNoCancel)) {
     case MessageAnswer::Yes:
@@ -118,6 +114,7 @@ void CMarrowstead2Doc::OnFileNew() {
 
 bool CMarrowstead2Doc::Open(const std::string& path, std::string& error) {
     const BusyCursor busy(interface);
+    std::error_code failure;
     New();
     const bool loaded = interface.LoadProject(DirectoryPart(path).c_str(), FilePart(path), error);
     interface.UpdateSelectionBox();
@@ -128,8 +125,8 @@ bool CMarrowstead2Doc::Open(const std::string& path, std::string& error) {
     if (loaded) {
         left_out = std::exchange(error, {});
         AddToRecent(path);
-    } else if (!FileExistsOnDisk(path))
-        ForgetRecent(path);
+    } else if (!FileExistsOnDisk(path) && std::filesystem::is_directory(RealPath(DirectoryPart(path)), failure))
+        ForgetRecent(path); // gone, not on a drive that is not there today
     return loaded;
 }
 
@@ -160,17 +157,18 @@ void CMarrowstead2Doc::OnFileOpen() {
     const std::optional<std::string> path =
         GetDesktop().AskFile({false, "Open", PROJECT_FILTER, PROJECT_FOLDER, PROJECT_ENDING, ""});
     std::string error;
-    if (!path && HasUnsavedWork())
+    if (!path && interface.HasUnsavedWork())
         interface.MarkDirty(); // "No" has given it up, but it is still there
     else if (path && !Open(*path, error))
         GetDesktop().MessageBox(error, TITLE);
 }
 
 bool CMarrowstead2Doc::Save(const std::string& folder, const std::string& name) {
-    left_out.clear();
     const BusyCursor busy(interface);
-    if (interface.SaveProject(folder, name, true))
+    if (interface.SaveProject(folder, name, true)) {
+        left_out.clear();
         return true;
+    }
     interface.MarkDirty(); // so that the title says it
     return false;
 }
@@ -188,11 +186,13 @@ bool CMarrowstead2Doc::MayLeaveOut() const {
 }
 
 bool CMarrowstead2Doc::SaveAs() {
-    if (!MayLeaveOut())
-        return false;
     const std::optional<std::string> path = GetDesktop().AskFile(
         {true, "Save As", PROJECT_FILTER, PROJECT_FOLDER, PROJECT_ENDING, interface.project_file_name});
-    return path && SaveTo(*path) && SaveMovie(true);
+    std::error_code failure;
+    if (!path || (std::filesystem::equivalent(RealPath(*path), RealPath(interface.ProjectFullName()), failure) &&
+                  !MayLeaveOut()))
+        return false; // under another name nothing is lost
+    return SaveTo(*path) && SaveMovie(true);
 }
 
 bool CMarrowstead2Doc::SaveMovie(bool as) { return !interface.movie_editing || !save_movie || save_movie(as); }
@@ -219,7 +219,7 @@ void CMarrowstead2Doc::OnSaveplus() {
         GetDesktop().MessageBox("Not enough digits available in project name !\n\nProject was not saved.", TITLE);
         return;
     }
-    if (MayLeaveOut() && Save(interface.project_file_path, name))
+    if (Save(interface.project_file_path, name))
         AddToRecent(CInterface::FullName(interface.project_file_path, name));
 }
 

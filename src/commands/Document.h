@@ -44,8 +44,6 @@ private:
     bool SaveAs();            // false after Cancel or a failure
     bool SaveActive();        // under its name, else as SaveAs
     bool SaveMovie(bool as);  // while a movie is edited
-    // The mark alone does not tell: a save that fails clears it, and so does a No before a command that is cancelled.
-    bool HasUnsavedWork() const;
     void AddToRecent(const std::string& path);
     void ForgetRecent(const std::string& path);
     void StoreRecent() const;

@@ -10,7 +10,8 @@ ActorScriptWindow::ActorScriptWindow(const std::string& text, QWidget* parent)
     : QDialog(parent), script(new CEditKeys) {
     setWindowTitle(tr("Actor script"));
     script->ShowScript(text);
-    script->setToolTip(tr("The text of the parameter"));
+    script->completes = false;
+    script->setToolTip(tr("The text of the parameter. Ctrl+Tab leaves it."));
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     QPushButton* check = buttons->addButton(tr("C&heck"), QDialogButtonBox::ActionRole);
     QPushButton* autocomplete = buttons->addButton(tr("&Autocomplete"), QDialogButtonBox::ActionRole);

@@ -54,11 +54,10 @@ void ShowText(QComboBox* picker, const std::string& text) { picker->setEditText(
 
 // OK, Cancel and one that empties the conditions.
 template <class Clear>
-QDialogButtonBox* MakeButtons(QDialog* dialog, Clear clear) {
+QDialogButtonBox* MakeButtons(QDialog* dialog, const QString& select_tip, Clear clear) {
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     buttons->button(QDialogButtonBox::Ok)->setText(QObject::tr("&Select"));
-    buttons->button(QDialogButtonBox::Ok)
-        ->setToolTip(QObject::tr("Selects what fits all conditions, and nothing else"));
+    buttons->button(QDialogButtonBox::Ok)->setToolTip(select_tip);
     QPushButton* reset = buttons->addButton(QObject::tr("Clea&r"), QDialogButtonBox::ResetRole);
     reset->setToolTip(QObject::tr("Takes all conditions away"));
     reset->setAutoDefault(false);
@@ -98,7 +97,8 @@ BrushSelectionDialog::BrushSelectionDialog(CInterface& controller, const DlgSpec
     column->addWidget(properties);
     column->addWidget(others);
     column->addWidget(count);
-    column->addWidget(MakeButtons(this, [this] { Show({}); }));
+    column->addWidget(
+        MakeButtons(this, tr("Selects what fits all conditions, and nothing else"), [this] { Show({}); }));
     FillPicker(name, BrushNames(*editor.world));
     Show(last);
     for (QCheckBox* box : findChildren<QCheckBox*>())
@@ -155,7 +155,9 @@ EntitySelectionDialog::EntitySelectionDialog(CInterface& controller, const DlgSp
     column->addWidget(add_group(tr("Parameter"), {{tr("&Parameter:"), parameter}, {tr("&Value:"), value}}));
     column->addWidget(add_group(tr("Scripts"), {{tr("Re&ferences:"), reference}}));
     column->addWidget(count);
-    column->addWidget(MakeButtons(this, [this] { Show({}); }));
+    column->addWidget(MakeButtons(this,
+                                  tr("Selects the entities that fit all conditions; selected brushes stay selected"),
+                                  [this] { Show({}); }));
     for (const std::string& word : EntityTypes(*editor.world))
         type->addItem(QString::fromStdString(word));
     FillPicker(reference, ObjectNames(*editor.world));
@@ -171,6 +173,8 @@ EntitySelectionDialog::EntitySelectionDialog(CInterface& controller, const DlgSp
 
 // A type that the level has no more gives way to all types.
 void EntitySelectionDialog::Show(const DlgSpecialEntSelection& shown) {
+    const QSignalBlocker blockers[] = {QSignalBlocker(type), QSignalBlocker(name), QSignalBlocker(parameter),
+                                       QSignalBlocker(value), QSignalBlocker(reference)}; // counted once, at the end
     type->setCurrentIndex(std::max(type->findText(QString::fromStdString(shown.type), Qt::MatchFixedString), 0));
     ShowText(name, shown.name);
     ShowText(parameter, shown.parameter_name);

@@ -58,7 +58,7 @@ std::string ProjectPath(const fs::path& start, const std::string& project) {
     std::error_code failure;
     for (const fs::path& folder : {start, fs::current_path(failure)})
         if (const fs::path found = folder / project; fs::exists(found, failure))
-            return found.string();
+            return found.lexically_normal().string();
     return project;
 }
 

@@ -153,7 +153,8 @@ void EntityPage::FillTree() {
 void EntityPage::FilterTree() {
     for (int d = 0; d < tree->topLevelItemCount(); ++d) {
         QTreeWidgetItem* directory = tree->topLevelItem(d);
-        const bool whole = directory->text(0).contains(filter->text(), Qt::CaseInsensitive);
+        const bool whole = QString::fromStdString(page.entity_directory[static_cast<size_t>(d)].name)
+                               .contains(filter->text(), Qt::CaseInsensitive);
         bool any = false;
         for (int i = 0; i < directory->childCount(); ++i) {
             const bool shown = whole || directory->child(i)->text(0).contains(filter->text(), Qt::CaseInsensitive);
@@ -288,7 +289,8 @@ void EntityPage::Write(int parameter, const std::string& text, int part) {
     // A field that goes with another kind's fields may still give what was typed in it.
     const Entity* chosen = page.SelectedTemplate();
     const auto i = static_cast<size_t>(parameter);
-    if (!chosen || i >= chosen->parameter.size() || chosen->parameter[i].name != field_names[i])
+    if (!chosen || i >= chosen->parameter.size() || i >= field_names.size() ||
+        chosen->parameter[i].name != field_names[i])
         return;
     page.SelectParameter(parameter);
     page.TypeValue(text, part);

@@ -34,7 +34,8 @@ void GlDevice::UseSurface(QSurface* offscreen) {
 
 bool GlDevice::CreateBackBuffer(uint32_t w, uint32_t h) {
     Close();
-    if (!IsUsable() || !pipeline->IsCurrent() || w == 0 || h == 0 || w > longest_screen_side || h > longest_screen_side)
+    if (!IsUsable() || !pipeline->EnsureCurrent() || w == 0 || h == 0 || w > longest_screen_side ||
+        h > longest_screen_side)
         return false;
     back = std::make_unique<GlScreen>(*pipeline, w, h);
     front = std::make_unique<GlScreen>(*pipeline, w, h);
@@ -61,7 +62,7 @@ bool GlDevice::Open() {
 }
 
 void GlDevice::Close() {
-    if (pipeline && pipeline->IsCurrent())
+    if (pipeline && pipeline->EnsureCurrent())
         pipeline->Leave();
     opened = in_scene = has_depth = false;
     back.reset();
@@ -106,7 +107,7 @@ bool GlDevice::BeginScene() {
 
 bool GlDevice::EndScene() {
     const bool ended = in_scene;
-    if (in_scene && pipeline->IsCurrent())
+    if (in_scene && pipeline->EnsureCurrent())
         pipeline->Leave();
     in_scene = false;
     return ended;
@@ -211,7 +212,7 @@ bool GlDevice::Prepare(GlShape shape, uint32_t fvf) {
 }
 
 std::unique_ptr<DeviceMesh> GlDevice::CreateMesh(MeshData data) {
-    if (!IsUsable() || !pipeline->IsCurrent())
+    if (!IsUsable() || !pipeline->EnsureCurrent())
         return nullptr;
     pipeline->Flush();
     auto mesh = std::make_unique<GlMesh>(pipeline, std::move(data));
@@ -242,7 +243,7 @@ std::unique_ptr<DeviceSurface> GlDevice::CreateTexture(const TextureDescription&
 }
 
 void GlDevice::PreloadTexture(DeviceSurface& texture) {
-    if (auto* const ours = dynamic_cast<GlTexture*>(&texture); ours && pipeline && pipeline->IsCurrent()) {
+    if (auto* const ours = dynamic_cast<GlTexture*>(&texture); ours && pipeline && pipeline->EnsureCurrent()) {
         pipeline->Flush();
         ours->Upload();
     }

@@ -69,7 +69,7 @@ public:
     void PreloadTexture(DeviceSurface& texture) override;
 
 private:
-    bool IsReady() const { return opened && pipeline->IsCurrent(); }
+    bool IsReady() const { return opened && pipeline->EnsureCurrent(); }
     bool Draw(PrimType prim, uint32_t fvf, const uint8_t* vertices, uint32_t vertex_count, const uint16_t* indices,
               uint32_t index_count);
     // Before something is drawn; false when it cannot be.

@@ -55,7 +55,7 @@ GlMesh::GlMesh(std::shared_ptr<GlPipeline> owner, MeshData data)
 }
 
 GlMesh::~GlMesh() {
-    if (index_buffer == 0 || !pipeline->IsCurrent()) // goes with the context
+    if (index_buffer == 0 || !pipeline->EnsureCurrent()) // goes with the context
         return;
     GlFunctions& gl = pipeline->gl;
     gl.glBindVertexArray(0);

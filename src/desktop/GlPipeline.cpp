@@ -71,7 +71,7 @@ GlPipeline::GlPipeline(QOpenGLContext& owner, GlFunctions& functions)
     : gl(functions), context(&owner), shaders(functions), stream(functions) {}
 
 GlPipeline::~GlPipeline() {
-    if (!IsCurrent()) // all of it goes with the context
+    if (!EnsureCurrent()) // all of it goes with the context
         return;
     shaders.Release();
     stream.Release();
@@ -79,7 +79,7 @@ GlPipeline::~GlPipeline() {
         gl.glDeleteSamplers(1, &name);
 }
 
-bool GlPipeline::TakeContext() const {
+bool GlPipeline::TakeContext() {
     return QThread::currentThread() == context->thread() && context->makeCurrent(surface);
 }
 
@@ -197,7 +197,7 @@ void GlPipeline::BindForFilling(GLuint texture) {
 }
 
 void GlPipeline::ForgetTexture(GLuint texture) {
-    if (texture == 0 || !IsCurrent())
+    if (texture == 0 || !EnsureCurrent())
         return;
     Flush();
     std::replace(bound_textures.begin(), bound_textures.end(), texture, GLuint{0}); // as OpenGL does

@@ -37,7 +37,7 @@ public:
     GlPipeline& operator=(const GlPipeline&) = delete;
 
     // Makes the context current where it is not, once it has a surface for that and in its own thread.
-    bool IsCurrent() const {
+    bool EnsureCurrent() {
         return context && (QOpenGLContext::currentContext() == context || (surface && TakeContext()));
     }
     void UseSurface(QSurface* offscreen) { surface = offscreen; }
@@ -56,7 +56,7 @@ public:
     GlFunctions& gl;
 
 private:
-    bool TakeContext() const;
+    bool TakeContext();
     void Apply(const GlDrawState& state);
     void ApplyTextures(const GlDrawState& state);
     void Toggle(GLenum capability, bool before, bool now);

@@ -85,7 +85,7 @@ void GlTexture::FillLevel(GlFunctions& gl, uint32_t level) {
 
 GLuint GlTexture::Upload() {
     const auto owner = pipeline.lock();
-    if (!owner || !owner->IsCurrent())
+    if (!owner || !owner->EnsureCurrent())
         return 0;
     const uint32_t changed = changed_levels.exchange(0);
     if (changed == 0)
@@ -121,7 +121,7 @@ GlScreen::GlScreen(GlPipeline& owner, uint32_t w, uint32_t h) : pipeline(owner),
 }
 
 GlScreen::~GlScreen() {
-    if (!pipeline.IsCurrent())
+    if (!pipeline.EnsureCurrent())
         return;
     GlFunctions& gl = pipeline.gl;
     gl.glDeleteFramebuffers(1, &framebuffer);
@@ -173,7 +173,7 @@ uint8_t* GlScreen::Lock(uint32_t level, uint32_t face, uint32_t& pitch) {
 
 uint8_t* GlScreen::LockPart(const PixelRectangle& wanted, uint32_t& pitch) {
     const PixelRectangle part = Inside(wanted);
-    if (!pipeline.IsCurrent() || part.w == 0 || part.h == 0)
+    if (!pipeline.EnsureCurrent() || part.w == 0 || part.h == 0)
         return nullptr;
     if (!memory) {
         TextureDescription description;
@@ -201,7 +201,7 @@ uint8_t* GlScreen::LockPart(const PixelRectangle& wanted, uint32_t& pitch) {
 }
 
 bool GlScreen::Unlock(uint32_t level, uint32_t face) {
-    if (level != 0 || face != 0 || locked.w == 0 || !pipeline.IsCurrent())
+    if (level != 0 || face != 0 || locked.w == 0 || !pipeline.EnsureCurrent())
         return false;
     SendChanges();
     locked = {};

@@ -270,7 +270,7 @@ void MainWindow::OfferReload() {
     asking_reload = true;
     const std::string path = interface.ProjectFullName();
     std::string question = "Another program has changed \"" + interface.project_file_name + "\".\n\nOpen it again?";
-    if (interface.project_file_need_save)
+    if (interface.HasUnsavedWork())
         question += " What you have changed since the last save is lost then.";
     std::string error;
     if (GetDesktop().MessageBox(question, TITLE, MessageButtons::YesNo) == MessageAnswer::Yes &&

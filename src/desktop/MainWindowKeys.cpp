@@ -78,7 +78,8 @@ MainWindow::KeyMeaning MainWindow::MeaningOf(QWidget& focus, const QKeyEvent& ev
 }
 
 // Alt that was held for the wheel is not Alt pressed alone, which enters the menu bar when it is let go. The menu bar
-// knows buttons and moves of the mouse as such a use, but no wheel.
+// knows buttons and moves of the mouse as such a use, but no wheel. What ends its waiting otherwise is a window that
+// becomes another's: it looks at every event of the program for that, and this one means nothing to anybody else.
 static void TellAltIsUsed() {
     QObject nobody;
     QEvent use(QEvent::ActivationChange);

@@ -39,6 +39,10 @@ std::string CEditKeys::Script() const {
 
 void CEditKeys::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab) {
+        if (!completes && event->modifiers().testFlag(Qt::ControlModifier)) {
+            focusNextPrevChild(event->key() == Qt::Key_Tab);
+            return;
+        }
         need_autocomplete |= event->key() == Qt::Key_Tab && event->modifiers().testFlag(Qt::ControlModifier);
         event->accept();
         return;

@@ -18,6 +18,7 @@ class CEditKeys : public QPlainTextEdit {
 public:
     CEditKeys();
     bool need_autocomplete = false;
+    bool completes = true; // else Ctrl+Tab leaves the field
 
     void ShowScript(const std::string& text);
     // Its lines end as in the game's scripts, by carriage return and line feed. Untouched, it is as it was shown.

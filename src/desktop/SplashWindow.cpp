@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr int TIME_SHOWN = 1000; // milliseconds
 constexpr int WIDTH = 420, HEIGHT = 240;
 constexpr int MARGIN = 20, TEXT_ABOVE_EDGE = 36, TEXT_HEIGHT = 24, BAR_HEIGHT = 3;
 
@@ -46,9 +45,10 @@ QPixmap Picture(qreal ratio) {
 
 } // namespace
 
-SplashWindow::SplashWindow() : QSplashScreen(Picture(qApp->devicePixelRatio())) {
+SplashWindow::SplashWindow(int milliseconds)
+    : QSplashScreen(Picture(qApp->devicePixelRatio())), time_shown(milliseconds) {
     qApp->installEventFilter(this);
-    QTimer::singleShot(TIME_SHOWN, this, &QWidget::hide);
+    QTimer::singleShot(time_shown, this, &QWidget::hide);
     shown.start();
 }
 
@@ -60,7 +60,7 @@ void SplashWindow::Tell(const QString& what_is_done, double share_done) {
         return;
     doing = what_is_done;
     share = std::clamp(share_done, 0.0, 1.0);
-    if (shown.hasExpired(TIME_SHOWN))
+    if (shown.hasExpired(time_shown))
         hide();
     else
         repaint();

@@ -8,7 +8,7 @@
 class SplashWindow : public QSplashScreen {
     Q_OBJECT
 public:
-    SplashWindow();
+    explicit SplashWindow(int milliseconds = 1000);
     ~SplashWindow() override;
 
     void Tell(const QString& what_is_done, double share_done); // the share: 0 to 1
@@ -20,5 +20,6 @@ protected:
 private:
     QString doing;
     double share = 0;
+    const int time_shown; // milliseconds
     QElapsedTimer shown;
 };

@@ -173,12 +173,14 @@ QWidget* TexturePage::MakeChosen() {
                        page.ReloadTextures();
                        model.ForgetPictures();
                    }),
-        MakeButton(tr("Refresh"), tr("Scans the directory anew"),
+        MakeButton(tr("Refresh"), tr("Scans the chosen directories anew"),
                    [this] {
+                       const std::string before = page.selected_class;
                        for (const std::string& name : classes) {
                            page.selected_class = name;
                            page.RefreshClass();
                        }
+                       page.selected_class = before;
                        model.ForgetPictures();
                        list_is_old = true;
                    }),

@@ -55,11 +55,13 @@ public:
 };
 
 struct Tones {
-    QRgb window, base, alternate, button, text, faint, disabled, link;
+    QRgb window, base, alternate, button, text, faint, disabled, link, visited;
 };
-constexpr Tones DARK{0xFF2B2D31, 0xFF1E2023, 0xFF26282C, 0xFF3A3D42, 0xFFE4E6EA, 0xFF9DA1A8, 0xFF777B82, 0xFF7AB4F5};
-constexpr Tones LIGHT{0xFFEFEFEF, 0xFFFFFFFF, 0xFFF5F5F5, 0xFFEFEFEF, 0xFF151515, 0xFF707070, 0xFF9A9A9A, 0xFF1C5FB8};
-constexpr QRgb HIGHLIGHT = 0xFF2F6FC4, DISABLED_HIGHLIGHT = 0xFF6F7680, VISITED = 0xFFA98BD8;
+constexpr Tones DARK{0xFF2B2D31, 0xFF1E2023, 0xFF26282C, 0xFF3A3D42, 0xFFE4E6EA,
+                     0xFF9DA1A8, 0xFF777B82, 0xFF7AB4F5, 0xFFA98BD8};
+constexpr Tones LIGHT{0xFFEFEFEF, 0xFFFFFFFF, 0xFFF5F5F5, 0xFFEFEFEF, 0xFF151515,
+                      0xFF666666, 0xFF9A9A9A, 0xFF1C5FB8, 0xFF7347A8};
+constexpr QRgb HIGHLIGHT = 0xFF2F6FC4, DISABLED_HIGHLIGHT = 0xFF6F7680;
 
 QPalette PaletteOf(const Tones& tones) {
     QPalette palette{QColor(tones.button), QColor(tones.window)}; // bevels go by these
@@ -71,7 +73,7 @@ QPalette PaletteOf(const Tones& tones) {
     set(QPalette::HighlightedText, 0xFFFFFFFF);
     set(QPalette::PlaceholderText, tones.faint);
     set(QPalette::Link, tones.link);
-    set(QPalette::LinkVisited, VISITED);
+    set(QPalette::LinkVisited, tones.visited);
     for (const QPalette::ColorRole role :
          {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
         set(role, tones.text);
@@ -86,6 +88,8 @@ QPalette PaletteOf(const Tones& tones) {
 bool IsDark(const QPalette& palette) {
     return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
 }
+
+QPalette OwnPalette(bool dark) { return PaletteOf(dark ? DARK : LIGHT); }
 
 Theme* Theme::Current() { return current; }
 
@@ -148,5 +152,5 @@ void Theme::Apply() {
     if (is_dark == want_dark)
         return;
     QApplication::setStyle(new FramedStyle);
-    QApplication::setPalette(PaletteOf(want_dark ? DARK : LIGHT));
+    QApplication::setPalette(OwnPalette(want_dark));
 }

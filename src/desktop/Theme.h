@@ -37,3 +37,4 @@ private:
 };
 
 bool IsDark(const QPalette& palette);
+QPalette OwnPalette(bool dark); // where the desktop offers none

@@ -46,10 +46,12 @@ static void PlaceFirst(QWidget& window, const QWidget& main_window) {
 }
 
 void ToolWindow::showEvent(QShowEvent* event) {
-    const bool was_placed =
-        !objectName().isEmpty() && !event->spontaneous() && restoreGeometry(StoredLayout(PlaceName(*this).c_str()));
-    if (!was_placed && !testAttribute(Qt::WA_Moved) && parentWidget())
-        PlaceFirst(*this, *parentWidget()->window());
+    if (!was_placed && !event->spontaneous()) {
+        was_placed = true;
+        const bool restored = !objectName().isEmpty() && restoreGeometry(StoredLayout(PlaceName(*this).c_str()));
+        if (!restored && !testAttribute(Qt::WA_Moved) && parentWidget())
+            PlaceFirst(*this, *parentWidget()->window());
+    }
     Refresh();
     QWidget::showEvent(event);
 }

@@ -34,6 +34,9 @@ protected:
     CMainFrame& frame;
     CInterface& editor;
     LazyRefresh news; // leads to Refresh while the window is shown
+
+private:
+    bool was_placed = false; // since it was made
 };
 
 // "Undo Buffer (%d + %d)": what can be undone, oldest first, a line, and what can be done again, next first. A double

@@ -71,8 +71,9 @@ void DrawGlyph(BackBufferPixels& picture, int left, int top, int dot, char c) {
         return;
     for (int x = 0; x < GLYPH_COLUMNS; ++x)
         for (int y = 0; y < GLYPH_ROWS; ++y)
-            for (int k = 0; (GLYPHS[glyph][x] >> y & 1) != 0 && k < dot * dot; ++k)
-                picture.Set(left + x * dot + k % dot, top + y * dot + k / dot, CAPTION_COLOR);
+            if ((GLYPHS[glyph][x] >> y & 1) != 0)
+                for (int k = 0; k < dot * dot; ++k)
+                    picture.Set(left + x * dot + k % dot, top + y * dot + k / dot, CAPTION_COLOR);
 }
 
 } // namespace

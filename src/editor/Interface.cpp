@@ -197,7 +197,7 @@ CompileOutcome CInterface::Compile(CProgressText& progress) {
     }
     RemoveFile(TRACE_LOG);
     compilation_active = true;
-    const bool unsaved = project_file_need_save || changes != saved_changes;
+    const bool unsaved = HasUnsavedWork();
     if (settings.bkp_before_compile) {
         MakeFolders(project_file_path);
         SaveProject(project_file_path, AUTOSAVE_NAME, false);

@@ -122,6 +122,8 @@ public:
     std::string project_file_path, project_file_name;
     // Written with the separator of the folder, so that one file has one name in lists and messages.
     static std::string FullName(std::string_view folder, std::string_view name);
+    // The mark alone does not tell: a save that fails clears it, and so does a No before a command that is cancelled.
+    bool HasUnsavedWork() const { return project_file_need_save || changes != saved_changes; }
     std::string ProjectFullName() const { return FullName(project_file_path, project_file_name); }
     std::string title = "Marrowstead 2000 - Untitled"; // of the main window
     uint32_t changes = 0;                              // counts every change of the level

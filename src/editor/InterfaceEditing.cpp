@@ -84,6 +84,9 @@ void CInterface::EndDragRecord() {
         return;
     if (editor_state == ES_EDIT && edit_state == 0 && !drag_record && tmp_move != D3DVECTOR{})
         world->AddUndoAction(std::make_unique<CUndoActionMove>(tmp_move, false));
+    if (editor_state == ES_VERTEX_MOVE && tmp_move != D3DVECTOR{}) // what follows of the drag is another step
+        world->AddUndoAction(
+            std::make_unique<CUndoActionMove>(tmp_move, true, drag_record ? drag_record->TakeDecals() : nullptr));
     if (editor_state == ES_ROTATE && !drag_record && tmp_rotate != 0)
         world->AddUndoAction(std::make_unique<CUndoActionRotate>(tmp_rotate, active_view));
     tmp_move = {};

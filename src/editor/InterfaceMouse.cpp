@@ -62,6 +62,8 @@ void CInterface::LeftButtonDown(uint32_t held_keys, POINT point) {
             Select(point, true);
     } else if (movie_editing && control && !shift) {
         Entity* const placed = PlacePathPoint(NewEntityFromTemplate("object_point"), true);
+        if (placed)
+            MarkDirty();
         if (settings.full_undo)
             AddCreationToUndo(placed);
     } else if (!control && perspective && editor_state == ES_VERTEX) {

@@ -43,7 +43,7 @@ struct PictureMesh {
 
 enum class PictureBlend {
     Opaque,
-    Glass,    // glows in its own colour and lets the rest through; behind what is drawn later
+    Glass,    // glows in its own colour and lets what was drawn before through
     Multiply, // a decal without alpha darkens what lies under it
     Alpha,    // a decal with alpha covers it, without light
 };

@@ -143,8 +143,7 @@ void FileLibrary::InitFileLibraries() {
     libraries.clear();
     recently_used.clear();
     memDirectories.clear();
-    open_entries.clear();
-    lastFreeHandle = 0;
+    open_entries.clear(); // handles are not given again: a reader may still hold one
 }
 
 FileLibraryResult FileLibrary::AddFileLibrary(std::string_view file_name, uint32_t flags) {

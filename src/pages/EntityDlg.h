@@ -64,9 +64,9 @@ public:
     void FillParameterList();
 
     void SelectParameter(int index); // in the list; -1: none
-    // With a part, the entities keep the rest of their values.
-    bool TypeValue(std::string_view text,
-                   int part = WHOLE_VALUE); // of the selected parameter. False after the user was told
+    // A value of the selected parameter; of a part of it, such as one component of a vector, the selected entities keep
+    // the rest. False after the user was told.
+    bool TypeValue(std::string_view text, int part = WHOLE_VALUE);
     // Chooses the parameter and types the value.
     bool SetParameter(std::string_view name, std::string_view text);
     void SelectChoice(int row);

@@ -234,7 +234,7 @@ void TextureDlg::SetPaintOnClick(bool paints) {
     paint_on_click = paints;
     RegistryClass store;
     const int stored = paints ? 1 : 0;
-    if (store.OpenKeyDirectory(SETTINGS_KEY))
+    if (editor.store_settings && store.OpenKeyDirectory(SETTINGS_KEY))
         store.SetKeyValue(PAINT_ON_CLICK_VALUE, &stored);
 }
 

@@ -43,15 +43,24 @@ public:
         return false;
     }
     const std::string& Error() const { return error; }
-    // Empty when all was known here.
+    // A sentence that tells what; empty when all was known here.
     std::string LeftOut() const {
-        const auto entities = std::count(entities_of_file.begin(), entities_of_file.end(), nullptr);
-        const auto rows = std::count(material_rows.begin(), material_rows.end(), 0) - 1; // the first is no material
-        if (entities == 0 && rows == 0)
+        const auto dropped = std::count(entities_of_file.begin(), entities_of_file.end(), nullptr);
+        std::vector<std::string> parts;
+        const auto add = [&parts](int count, const char* one, const char* several) {
+            if (count > 0)
+                parts.push_back(count == 1 ? one : Format(several, count));
+        };
+        add(static_cast<int>(dropped), "an entity", "%d entities");
+        add(unknown_materials, "a material", "%d materials");
+        add(decals_without_texture, "the texture of a decal", "the textures of %d decals");
+        if (parts.empty())
             return {};
-        return Format("When \"%s\" was opened, %d entities and %d materials were left out: what they are is not known "
-                      "in this data folder.",
-                      file.GetFilename().c_str(), static_cast<int>(entities), static_cast<int>(rows));
+        std::string all = parts.front();
+        for (size_t i = 1; i < parts.size(); ++i)
+            all += (i + 1 < parts.size() ? ", " : " and ") + parts[i];
+        return Format("What \"%s\" holds was not all known in this data folder. Left out: %s.",
+                      file.GetFilename().c_str(), all.c_str());
     }
 
 private:
@@ -113,6 +122,7 @@ private:
                 row = world.GetNewMaterial(material_class.c_str(), name);
             } else {
                 NoticeOnce(Format("missing material \"%s\\%s\"", material_class.c_str(), name.c_str()));
+                ++unknown_materials;
             }
             material_rows.push_back(row > 0 ? row : 0);
             return true;
@@ -279,8 +289,10 @@ private:
             return Fail(Format("it has %d decals, at most %d are possible", count, MAX_DECAL_TEMPLATES));
         for (int32_t d = 0; d < count; ++d) {
             auto decal = std::make_unique<DecalTemplate>();
-            if (!UnpackDecalTemplate(file.GetArrayAlloc(file.GetCurrentArrayIndex()), *decal))
+            bool lacks_texture = false;
+            if (!UnpackDecalTemplate(file.GetArrayAlloc(file.GetCurrentArrayIndex()), *decal, lacks_texture))
                 return DamagedChunk("decal", d);
+            decals_without_texture += lacks_texture ? 1 : 0;
             file.SkipNextArray();
             world.AddNewDecal(std::move(decal));
         }
@@ -296,6 +308,7 @@ private:
     size_t default_groups = 0;
     std::vector<int32_t> material_rows{0}; // the world's row of each material of the file, from 1
     std::vector<Entity*> entities_of_file; // null: dropped for want of a definition
+    int unknown_materials = 0, decals_without_texture = 0;
     std::string error;
 };
 

@@ -56,7 +56,7 @@ RecordWriter PackDecalTemplate(const DecalTemplate& decal) {
     return record;
 }
 
-bool UnpackDecalTemplate(const std::vector<uint8_t>& record, DecalTemplate& decal) {
+bool UnpackDecalTemplate(const std::vector<uint8_t>& record, DecalTemplate& decal, bool& lacks_texture) {
     if (record.size() != DECAL_RECORD)
         return false;
     std::string texture_class, texture_name;
@@ -70,8 +70,9 @@ bool UnpackDecalTemplate(const std::vector<uint8_t>& record, DecalTemplate& deca
         if (!std::isfinite(*value))
             *value = 0;
     decal.texture = crTGet("Textures\\" + texture_class, texture_name, TL_MATERIAL);
+    lacks_texture = decal.texture == CR_NO_TEXTURE && !EqualNoCase(texture_name, "no_texture");
     if (decal.texture == CR_NO_TEXTURE) {
-        if (!EqualNoCase(texture_name, "no_texture"))
+        if (lacks_texture)
             GetDesktop().Notice(Format("Couldn't load texture %s\\%s", texture_class.c_str(), texture_name.c_str()));
         AppendToLog(TEXTURE_LOG, Format("Couldn't load decal: %s\\%s\n", texture_class.c_str(), texture_name.c_str()));
     }

@@ -92,7 +92,8 @@ bool UnpackTexInfo(const std::vector<uint8_t>& record, TEX_INFO& info); // false
 // "no_texture" without one.
 RecordWriter PackDecalTemplate(const DecalTemplate& decal);
 // Loads the texture. One that cannot be loaded is told by a notice and a line in the texture log; the decal stays.
-bool UnpackDecalTemplate(const std::vector<uint8_t>& record, DecalTemplate& decal);
+// lacks_texture: whether a texture that is named could not be loaded.
+bool UnpackDecalTemplate(const std::vector<uint8_t>& record, DecalTemplate& decal, bool& lacks_texture);
 
 RecordWriter PackRelation(const SGroupRelation& relation);
 bool UnpackRelation(const std::vector<uint8_t>& record, SGroupRelation& relation);

@@ -95,7 +95,7 @@ TEST_F(ScriptData, WhatOpeningLeftOutIsNotSavedAwayUnasked) {
     desktop.answers = {"no"};
     frame->document.OnFileSave();
     EXPECT_EQ(ReadBytes("level.msp"), before);
-    EXPECT_NE(desktop.messages.back().text.find("0 entities and 1 materials were left out"), std::string::npos);
+    EXPECT_NE(desktop.messages.back().text.find("Left out: a material."), std::string::npos);
     desktop.answers = {"yes"};
     frame->document.OnFileSave();
     EXPECT_NE(ReadBytes("level.msp"), before);

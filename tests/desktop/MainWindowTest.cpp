@@ -471,7 +471,7 @@ TEST_F(DesktopTest, ADroppedProjectOpensAndAStrangersWriteIsOffered) {
 
 TEST(SplashWindow, TellsWhatIsDoneUntilAKeyIsPressed) {
     TestApplication();
-    SplashWindow splash;
+    SplashWindow splash(1000000); // however slow the machine
     splash.show();
     splash.Tell("Reading materials", 0.5);
     const QImage with_text = splash.grab().toImage();

@@ -14,13 +14,11 @@
 
 #include "desktop/ColorButton.h"
 #include "desktop/EntityPage.h"
-#include "desktop/FinishTyping.h"
-#include "desktop/LibraryWindow.h"
+#include "desktop/LibraryFixture.h"
 #include "desktop/PrefabPage.h"
 #include "desktop/PreferencesPage.h"
 #include "desktop/TexturePage.h"
 #include "desktop/ToolWindows.h"
-#include "desktop/WindowSetup.h"
 #include "files/FileObject.h"
 #include "files/LibraryWriter.h"
 #include "pages/ParameterText.h"
@@ -28,30 +26,7 @@
 
 namespace {
 
-class PagesWindowsTest : public WindowsTest {
-protected:
-    PagesWindowsTest() { library = std::make_unique<LibraryWindow>(*frame, nullptr); }
-    ~PagesWindowsTest() override { library.reset(); }
-
-    void Open(LibraryTab tab) {
-        editor->ShowLibraryTab(tab);
-        ProcessNews();
-        library->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(library.get()));
-    }
-    template <class Field>
-    Field* Named(QWidget* page, const char* name) {
-        return page->findChild<Field*>(name);
-    }
-    static void TypeNumber(QAbstractSpinBox* field, const char* text) {
-        field->setFocus();
-        field->selectAll();
-        QTest::keyClicks(field, text);
-        QTest::keyClick(field, Qt::Key_Return);
-    }
-
-    std::unique_ptr<LibraryWindow> library;
-};
+using PagesWindowsTest = LibraryTest;
 
 QStringList Names(const QAbstractItemModel& model) {
     QStringList names;
@@ -345,98 +320,6 @@ TEST_F(PagesWindowsTest, ATextWithoutATableOpensTheActorScriptWindow) {
     EXPECT_EQ(desktop.boxes[1].text, "Pokus o autocomplete");
     edit(" y", "OK");
     EXPECT_EQ(kind->GetParameterStr("remark")->p_text, "first y\r\n");
-}
-
-TEST_F(PagesWindowsTest, WhatIsBeingTypedCountsBeforeACommand) {
-    Entity* e = AddEntity("light");
-    Level().ClearSelection();
-    Level().entity_selection.AddItem(Level().GetEntityIndex(e));
-    editor->SelectionChanged();
-    Open(TAB_ENTITY);
-    auto* range = Named<QWidget>(library->entity, "range")->findChild<NumberField*>();
-    range->setFocus();
-    range->selectAll();
-    QTest::keyClicks(range, "77");
-    EXPECT_EQ(e->GetParameterStr("range")->p_float, 256);
-    FinishTyping();
-    EXPECT_EQ(e->GetParameterStr("range")->p_float, 77);
-    EXPECT_TRUE(range->hasFocus());
-    // The selection changes under a field: what is typed there does not land in a parameter of another kind.
-    QTest::keyClicks(range, "5");
-    Entity* other = AddEntity("soldier");
-    Level().ClearSelection();
-    Level().entity_selection.AddItem(Level().GetEntityIndex(other));
-    editor->SelectionChanged();
-    const std::vector<EntityParameter> before = other->parameter;
-    ProcessNews();
-    for (size_t i = 0; i < before.size(); ++i)
-        EXPECT_EQ(ParameterText(other->parameter[i], EDIT_DECIMALS), ParameterText(before[i], EDIT_DECIMALS));
-}
-
-TEST_F(PagesWindowsTest, AComponentGivenToSeveralEntitiesLeavesTheOthers) {
-    Entity* a = AddEntity("light");
-    Entity* b = AddEntity("light");
-    a->GetParameterStr("wind")->p_vector3 = {1, 2, 3};
-    b->GetParameterStr("wind")->p_vector3 = {4, 5, 3};
-    a->GetParameterStr("color")->p_color = MakeColor(10, 20, 30, 40);
-    b->GetParameterStr("color")->p_color = MakeColor(50, 60, 70, 40);
-    Level().ClearSelection();
-    for (const Entity* e : {a, b})
-        Level().entity_selection.AddItem(Level().GetEntityIndex(e));
-    editor->SelectionChanged();
-    Open(TAB_ENTITY);
-    const auto numbers = [&](const char* name) {
-        return Named<QWidget>(library->entity, name)->findChildren<NumberField*>();
-    };
-    EXPECT_EQ(numbers("wind")[0]->text(), "(different)");
-    EXPECT_EQ(numbers("wind")[2]->text(), "3");
-    EXPECT_EQ(numbers("color")[0]->text(), "40");
-    TypeNumber(numbers("wind")[1], "9");
-    TypeNumber(numbers("color")[0], "80");
-    ProcessNews();
-    EXPECT_EQ(a->GetParameterStr("wind")->p_vector3, (D3DVECTOR{1, 9, 3}));
-    EXPECT_EQ(b->GetParameterStr("wind")->p_vector3, (D3DVECTOR{4, 9, 3}));
-    EXPECT_EQ(a->GetParameterStr("color")->p_color, MakeColor(10, 20, 30, 80));
-    EXPECT_EQ(b->GetParameterStr("color")->p_color, MakeColor(50, 60, 70, 80));
-    EXPECT_EQ(numbers("wind")[1]->text(), "9");
-    EXPECT_EQ(numbers("wind")[0]->text(), "(different)");
-}
-
-TEST_F(PagesWindowsTest, SeveralEntitiesShowWhatDiffersAndTakeOneValue) {
-    Entity* a = AddEntity("light");
-    Entity* b = AddEntity("light");
-    a->GetParameterStr("range")->p_float = 10;
-    b->GetParameterStr("range")->p_float = 20;
-    a->GetParameterStr("dynamic")->p_bool = true;
-    b->GetParameterStr("mood")->p_text = "angry";
-    b->GetParameterStr("picture")->p_text = "b.tga";
-    Level().ClearSelection();
-    for (const Entity* e : {a, b})
-        Level().entity_selection.AddItem(Level().GetEntityIndex(e));
-    editor->SelectionChanged();
-    Open(TAB_ENTITY);
-    const auto field = [&](const char* name) { return Named<QWidget>(library->entity, name); };
-    auto* range = field("range")->findChild<NumberField*>();
-    auto* dynamic = field("dynamic")->findChild<QCheckBox*>();
-    EXPECT_EQ(range->text(), "(different)");
-    EXPECT_EQ(field("count")->findChild<NumberField*>()->text(), "3");
-    EXPECT_EQ(dynamic->checkState(), Qt::PartiallyChecked);
-    EXPECT_EQ(field("mood")->findChild<QComboBox*>()->currentIndex(), -1);
-    EXPECT_EQ(field("picture")->findChild<QLineEdit*>()->text(), "");
-    range->setFocus(); // passing through changes nothing
-    field("count")->findChild<NumberField*>()->setFocus();
-    ProcessNews();
-    EXPECT_EQ(b->GetParameterStr("range")->p_float, 20);
-    EXPECT_EQ(range->text(), "(different)");
-    TypeNumber(range, "10"); // the first one's own value goes to both
-    dynamic->click();
-    ProcessNews();
-    EXPECT_EQ(a->GetParameterStr("range")->p_float, 10);
-    EXPECT_EQ(b->GetParameterStr("range")->p_float, 10);
-    EXPECT_EQ(range->text(), "10");
-    EXPECT_EQ(a->GetParameterStr("dynamic")->p_bool, b->GetParameterStr("dynamic")->p_bool);
-    EXPECT_NE(dynamic->checkState(), Qt::PartiallyChecked);
-    EXPECT_EQ(b->GetParameterStr("mood")->p_text, "angry");
 }
 
 TEST_F(PagesWindowsTest, TheTreeOfKindsFiltersAndChooses) {

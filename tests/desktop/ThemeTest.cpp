@@ -68,12 +68,15 @@ TEST_F(ThemeTest, EveryTextCanBeRead) {
                                                                {P::ToolTipText, P::ToolTipBase},
                                                                {P::HighlightedText, P::Highlight},
                                                                {P::PlaceholderText, P::Base},
+                                                               {P::PlaceholderText, P::Window},
+                                                               {P::LinkVisited, P::Base},
                                                                {P::Link, P::Base},
                                                                {P::Link, P::Window}};
-    Theme theme;
-    theme.Choose(ColorTheme::Dark);
-    const QPalette palette = QApplication::palette();
-    for (const auto& [front, back] : PAIRS)
-        EXPECT_GE(Contrast(palette.color(front), palette.color(back)), 4.5) << front << " on " << back;
-    EXPECT_GE(Contrast(palette.color(P::Disabled, P::ButtonText), palette.color(P::Button)), 2.5);
+    for (const bool dark : {false, true}) {
+        const QPalette palette = OwnPalette(dark);
+        EXPECT_EQ(IsDark(palette), dark);
+        for (const auto& [front, back] : PAIRS)
+            EXPECT_GE(Contrast(palette.color(front), palette.color(back)), 4.5) << dark << front << " on " << back;
+        EXPECT_GE(Contrast(palette.color(P::Disabled, P::ButtonText), palette.color(P::Button)), 2.4) << dark;
+    }
 }

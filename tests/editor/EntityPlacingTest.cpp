@@ -98,7 +98,11 @@ TEST_F(EntityPlacingTest, MovieClicksPlacePointsOfBothKinds) {
     other.path.Add(old_point.GetObjectID());
     SelectBrushes({0});
     Ed().movie_editing = true;
+    Ed().project_file_need_save = false;
+    Ed().settings.full_undo = true;
     Click(VIEW_FRONT, At(24, 40), MOUSE_CONTROL);
+    EXPECT_TRUE(Ed().project_file_need_save);
+    EXPECT_EQ(UndoTexts().back(), "Create 1 object(s).");
     ASSERT_EQ(Level().GetEntityCount(), 1) << "the path of the other object is gone";
     EXPECT_EQ(other.path.GetCount(), 0);
     EXPECT_EQ(EntityAt(0).name, "object_point");

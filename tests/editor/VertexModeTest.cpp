@@ -83,6 +83,26 @@ TEST_F(VertexModeTest, ARectangleMarksAtAnyDepth) {
     EXPECT_FALSE(Ed().drag_box_active);
 }
 
+// A command in the middle of a drag parts it in two steps.
+TEST_F(VertexModeTest, ADragThatACommandInterruptsIsUndoneWhole) {
+    Ed().settings.full_undo = true;
+    Level().undo_buffer.Empty();
+    for (SO_VERTEX& v : Level().so_vertex)
+        v.selected = true;
+    LeftDown(VIEW_FRONT, At(200, 200));
+    MoveSteps(VIEW_FRONT, At(200, 200), At(232, 200));
+    ExpectBox(BrushAt(0).bbox, {32, 0, 0}, {96, 64, 64});
+    Ed().EndDragRecord(); // as every command does
+    MoveSteps(VIEW_FRONT, At(232, 200), At(248, 200));
+    LeftUp(At(248, 200));
+    ExpectBox(BrushAt(0).bbox, {48, 0, 0}, {112, 64, 64});
+    EXPECT_EQ(UndoTexts(), (std::vector<std::string>{"Move vertices.", "Move vertices."}));
+    EXPECT_TRUE(Undo());
+    ExpectBox(BrushAt(0).bbox, {32, 0, 0}, {96, 64, 64});
+    EXPECT_TRUE(Undo());
+    ExpectBox(BrushAt(0).bbox, {0, 0, 0}, {64, 64, 64});
+}
+
 TEST_F(VertexModeTest, ADragMovesTheMarkedOnes) {
     Click(VIEW_FRONT, At(0, 0), MOUSE_SHIFT);
     Drag(VIEW_FRONT, At(100, 100), At(84, 92));
