@@ -32,10 +32,6 @@ bool ReadAt(std::FILE* file, uint64_t offset, void* target, size_t length) {
     return fseeko(file, static_cast<off_t>(offset), SEEK_SET) == 0 && std::fread(target, 1, length, file) == length;
 }
 
-uint32_t EntrySize(const FLMemFileStruct& entry) {
-    return entry.flags & FLF_PACKED ? entry.unpackedLength : entry.fileLength;
-}
-
 template <class T>
 auto LowerBoundByName(std::vector<T>& items, std::string_view name) {
     return std::lower_bound(items.begin(), items.end(), name, [](const T& item, std::string_view sought) {
@@ -353,7 +349,7 @@ uint32_t FileLibrary::FileRead(uint32_t handle, void* buffer, uint32_t number_of
     }
     if (!file)
         return FL_BAD_HANDLE;
-    const uint32_t count = std::min(number_of_bytes, EntrySize(open->entry) - open->filePosition);
+    const uint32_t count = std::min(number_of_bytes, open->entry.Size() - open->filePosition);
     if (count == 0)
         return 0;
     if (!ReadPast(*open, *file, static_cast<uint8_t*>(buffer), count))
@@ -370,7 +366,7 @@ uint32_t FileLibrary::FileSeek(uint32_t handle, int64_t offset, int from_where) 
     }
     if (!open || from_where < 0 || from_where > 2)
         return FL_BAD_HANDLE;
-    const int64_t size = EntrySize(open->entry);
+    const int64_t size = open->entry.Size();
     const int64_t start = from_where == 0 ? 0 : from_where == 1 ? int64_t{open->filePosition} : size;
     open->filePosition = static_cast<uint32_t>(std::clamp<int64_t>(offset, -start, size - start) + start);
     return open->filePosition;
@@ -379,7 +375,7 @@ uint32_t FileLibrary::FileSeek(uint32_t handle, int64_t offset, int from_where) 
 uint32_t FileLibrary::FileSize(uint32_t handle) const {
     const std::lock_guard lock(guard);
     const OpenEntryPtr open = FindOpen(handle);
-    return open ? open->entry.unpackedLength : FL_BAD_HANDLE;
+    return open ? open->entry.Size() : FL_BAD_HANDLE;
 }
 
 void FileLibrary::FileClose(uint32_t handle) {

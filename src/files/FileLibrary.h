@@ -42,8 +42,10 @@ enum : uint16_t { FLF_ONLY_IN_LIBRARY = 1, FLF_PACKED = 2 };
 struct FLMemFileStruct {
     std::string name;
     uint16_t flags = 0;
-    uint32_t fileOffset = 0, fileLength = 0, unpackedLength = 0;
+    uint32_t fileOffset = 0, fileLength = 0, unpackedLength = 0; // a stored entry's two lengths are the same
     int fileLibraryNumber = 0;
+    // What reading gives and GetFileSize tells, also of an entry whose lengths are at odds.
+    uint32_t Size() const { return flags & FLF_PACKED ? unpackedLength : fileLength; }
 };
 struct FLMemDirStruct {
     std::string name;

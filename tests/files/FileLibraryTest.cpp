@@ -220,6 +220,26 @@ TEST(FileLibrary, BlocksMadeByHand) {
     EXPECT_EQ(ReadEntry(library, "d\\x"), "failed");
 }
 
+TEST(FileLibrary, SizeIsWhatReadingGivesAlsoWhereTheLengthsAreAtOdds) {
+    const TempFolder folder;
+    const std::string packed = Word(8) + Short(0) + Short(4) + "\x07xyz"; // 12 bytes that unpack to 3
+    for (const uint32_t unpacked : {0u, 3u, 5000u})
+        for (const bool keeps_flag : {true, false}) {
+            std::string library_bytes = OnePackedEntry(packed, unpacked);
+            if (!keeps_flag)
+                library_bytes[library_bytes.size() - 6] = 0;
+            WriteBytes(folder / "x.fs", library_bytes);
+            FileLibrary library;
+            ASSERT_EQ(library.AddFileLibrary(folder / "x.fs", 0), FL_OK);
+            const uint32_t handle = library.FileOpen("d\\x", 0);
+            EXPECT_EQ(library.FileSize(handle), keeps_flag ? unpacked : packed.size()) << unpacked;
+            EXPECT_EQ(library.FileSize(handle), library.FileSeek(handle, 0, FOPM_End)) << unpacked << keeps_flag;
+            if (!keeps_flag) {
+                EXPECT_EQ(ReadEntry(library, "d\\x"), packed);
+            }
+        }
+}
+
 TEST(FileLibrary, DamagedLibrariesAddNothing) {
     const TempFolder folder;
     const std::string good = OnePackedEntry(Word(8) + Short(0) + Short(4) + "\x07xyz", 3);

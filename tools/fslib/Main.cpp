@@ -100,16 +100,18 @@ int ForEachEntry(const FileLibrary& library,
     return EXIT_OK;
 }
 
-// Hands the entry's bytes over piece by piece. False when it cannot be read to its end, or take refuses a piece.
-bool ReadEntry(FileLibrary& library, const std::string& path,
+// Hands the entry's bytes over piece by piece. False when it cannot be read to its end, its lengths are at odds, or
+// take refuses a piece.
+bool ReadEntry(FileLibrary& library, const std::string& path, const FLMemFileStruct& entry,
                const std::function<bool(const uint8_t* bytes, uint32_t count)>& take) {
-    const uint32_t handle = library.FileOpen(path, 0);
+    const bool lengths_agree = entry.flags & FLF_PACKED || entry.fileLength == entry.unpackedLength;
+    const uint32_t handle = lengths_agree ? library.FileOpen(path, 0) : FL_BAD_HANDLE;
     if (handle == FL_BAD_HANDLE)
         return false;
-    std::vector<uint8_t> bytes(std::min(READ_STEP, library.FileSize(handle)));
+    std::vector<uint8_t> bytes(READ_STEP);
     uint32_t count = 0;
     bool good = true;
-    while (good && (count = library.FileRead(handle, bytes.data(), READ_STEP)) != 0)
+    while (good && (count = library.FileRead(handle, bytes.data(), static_cast<uint32_t>(bytes.size()))) != 0)
         good = count != FL_BAD_HANDLE && take(bytes.data(), count);
     library.FileClose(handle);
     return good;
@@ -138,9 +140,9 @@ int Test(const std::string& path) {
     if (!OpenLibrary(path, library))
         return EXIT_BAD_INPUT;
     size_t count = 0;
-    const int status = ForEachEntry(library, [&](const std::string& entry_path, const FLMemFileStruct&) {
+    const int status = ForEachEntry(library, [&](const std::string& entry_path, const FLMemFileStruct& entry) {
         ++count;
-        const bool good = ReadEntry(library, entry_path, [](const uint8_t*, uint32_t) { return true; });
+        const bool good = ReadEntry(library, entry_path, entry, [](const uint8_t*, uint32_t) { return true; });
         return good ? EXIT_OK : BadEntry(entry_path, path);
     });
     if (status == EXIT_OK)
@@ -172,15 +174,15 @@ bool IsBelow(const fs::path& folder, const fs::path& path) {
 }
 
 int ExtractEntry(FileLibrary& library, const std::string& library_path, const std::string& entry_path,
-                 const fs::path& folder) {
+                 const FLMemFileStruct& entry, const fs::path& folder) {
     const fs::path target = RealPath((folder / SafePath(entry_path)).string());
     if (!IsBelow(folder, target))
         return Refuse("the entry " + Quoted(entry_path) + " would be written outside " + Quoted(folder.string()));
     if (!MakeFolders(target.parent_path().string()))
         return Refuse("cannot create the folder " + Quoted(target.parent_path().string()), EXIT_NOT_WRITABLE);
     AtomicFile file(target.string(), false);
-    const bool good =
-        ReadEntry(library, entry_path, [&](const uint8_t* bytes, uint32_t count) { return file.Write(bytes, count); });
+    const bool good = ReadEntry(library, entry_path, entry,
+                                [&](const uint8_t* bytes, uint32_t count) { return file.Write(bytes, count); });
     if (file.GetError().empty() && !good)
         return BadEntry(entry_path, library_path);
     if (!file.Commit())
@@ -204,8 +206,8 @@ int Extract(const std::string& path, const std::string& folder) {
     const fs::path target = RealPath(folder);
     if (!MakeFolders(target.string()))
         return Refuse("cannot create the folder " + Quoted(folder), EXIT_NOT_WRITABLE);
-    const int status = ForEachEntry(library, [&](const std::string& entry_path, const FLMemFileStruct&) {
-        return ExtractEntry(library, path, entry_path, target);
+    const int status = ForEachEntry(library, [&](const std::string& entry_path, const FLMemFileStruct& entry) {
+        return ExtractEntry(library, path, entry_path, entry, target);
     });
     if (status == EXIT_OK)
         std::printf("%s: %zu files\n", target.c_str(), count);
