@@ -2,26 +2,10 @@
 
 #include <sstream>
 
+#include "commands/CommandLabels.h"
 #include "commands/CommandTable.h"
 
 namespace {
-
-// The menu text without its marks, else the handler's name in words: "OnShowTextureBorder" is "show texture border".
-std::string Title(const Command& command) {
-    std::string title;
-    for (const char* c = command.text; *c != '\0'; ++c)
-        if (*c != '&')
-            title += *c;
-    if (!title.empty())
-        return title;
-    for (const char* c = command.name + 2; *c != '\0'; ++c) {
-        const bool capital = *c >= 'A' && *c <= 'Z';
-        if (capital && !title.empty() && !(title.back() >= 'A' && title.back() <= 'Z'))
-            title += ' ';
-        title += capital && title.size() > 0 ? static_cast<char>(*c - 'A' + 'a') : *c;
-    }
-    return title;
-}
 
 std::string Keys(const Command& command) {
     std::string list;
@@ -44,9 +28,10 @@ std::string KeyTablePage() {
             continue;
         if (menu != command.menu) {
             menu = command.menu;
-            page += "\n## " + menu + "\n\n| Command | Keys | In scripts |\n|---|---|---|\n";
+            page += "\n## " + menu + "\n\n| Command | Keys | What it does | In scripts |\n|---|---|---|---|\n";
         }
-        page += "| " + Title(command) + " | " + Keys(command) + " | `" + command.name + "` |\n";
+        page += "| " + CommandTitle(command) + " | " + Keys(command) + " | " + CommandHelp(command) + " | `" +
+                command.name + "` |\n";
     }
     return page;
 }

@@ -5,10 +5,11 @@
 #include <QMenuBar>
 #include <QToolBar>
 
+#include "commands/CommandLabels.h"
 #include "commands/MainFrame.h"
 #include "desktop/CommandIcons.h"
-#include "desktop/CommandLabels.h"
 #include "desktop/FinishTyping.h"
+#include "desktop/MenuPlaces.h"
 
 namespace {
 
@@ -46,8 +47,7 @@ QString ToolTip(const Command& command, const std::string& keys) {
     QString tip = "<b>" + QString::fromStdString(CommandTitle(command)).toHtmlEscaped() + "</b>";
     if (!keys.empty())
         tip += " (" + QString::fromStdString(keys).toHtmlEscaped() + ")";
-    if (const QString help = QString::fromUtf8(CommandHelp(command)); !help.isEmpty())
-        tip += "<br>" + help.toHtmlEscaped();
+    tip += "<br>" + QString::fromUtf8(CommandHelp(command)).toHtmlEscaped();
     if (!command.action)
         tip += "<br>Not available in this version.";
     return tip;

@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <sstream>
 
+#include "commands/CommandLabels.h"
 #include "desktop/CommandActions.h"
-#include "desktop/CommandLabels.h"
 #include "foundation/Strings.h"
 
 namespace {

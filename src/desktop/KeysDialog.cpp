@@ -11,7 +11,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-#include "desktop/CommandLabels.h"
+#include "commands/CommandLabels.h"
 #include "desktop/KeyNames.h"
 
 namespace {

@@ -6,7 +6,9 @@
 #include <sstream>
 
 #include "commands/Accelerator.h"
+#include "commands/CommandLabels.h"
 #include "commands/CommandTable.h"
+#include "commands/KeyTablePage.h"
 
 TEST(Accelerator, KeysHaveOneSpelling) {
     const std::pair<const char*, const char*> cases[] = {{"ctrl+z", "Ctrl+Z"},
@@ -44,6 +46,23 @@ TEST(CommandTable, EachKeyHasOneCommandAndEachCommandOneName) {
             EXPECT_EQ(FindCommandOfKey(key), &command);
         }
     }
+}
+
+TEST(CommandTable, EachCommandHasALabelOfItsOwnAndASentence) {
+    std::map<std::string, std::string> owner_of_label;
+    for (const Command& command : CommandTable()) {
+        const std::string label = CommandTitle(command), help = CommandHelp(command);
+        EXPECT_FALSE(label.empty()) << command.name;
+        EXPECT_NE(label, command.name);
+        const auto [other, is_new] = owner_of_label.emplace(label, command.name);
+        EXPECT_TRUE(is_new) << label << " is that of " << other->second << " and of " << command.name;
+        ASSERT_FALSE(help.empty()) << command.name;
+        EXPECT_EQ(help.back(), '.') << command.name;
+    }
+    const std::string page = KeyTablePage();
+    for (const char* handler_words : {"Ufitsub", "Extendedhide", "Alignvertices", "Centerworldall", "Rot add"})
+        EXPECT_EQ(page.find(std::string("| ") + handler_words + " |"), std::string::npos) << handler_words;
+    EXPECT_NE(page.find("| Round vertices | `Ctrl+A` |"), std::string::npos);
 }
 
 TEST(CommandTable, TheKeysThatHandsKnow) {

@@ -14,7 +14,7 @@
 #include <set>
 #include <thread>
 
-#include "desktop/CommandLabels.h"
+#include "commands/CommandLabels.h"
 #include "desktop/CommandPalette.h"
 #include "desktop/DesktopFixture.h"
 #include "desktop/KeyNames.h"
