@@ -18,6 +18,7 @@ struct Command {
     bool (*is_checked)(CMainFrame&) = nullptr;          // null: the item has no mark
     bool (*is_enabled)(CMainFrame&) = nullptr;          // null: always
     const char* (*current_text)(CMainFrame&) = nullptr; // a menu text that changes
+    bool works_in_drag = false;                         // else a drag under way ends first, as by its button
 };
 
 const std::vector<Command>& CommandTable();

@@ -36,9 +36,12 @@ CEditorView& CMainFrame::View(int view) {
 bool CMainFrame::Run(const Command& command) {
     if (!command.action || (command.is_enabled && !command.is_enabled(*this)))
         return false;
-    interface.EndTerrainStroke();
+    if (command.works_in_drag)
+        interface.EndTerrainStroke();
+    else
+        interface.FinishDrag();
     command.action(*this);
-    interface.SyncVertexNet();
+    interface.SettleState();
     return true;
 }
 

@@ -5,7 +5,6 @@ void CMainFrame::OnDecals() {
         interface.Cancel();
         return;
     }
-    interface.FinishDrag();
     interface.SetEditorState(ES_DECAL);
     interface.ChangeCursor();
 }

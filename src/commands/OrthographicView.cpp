@@ -66,7 +66,6 @@ void COrthographicView::OnMButtonDown(uint32_t flags, POINT point) {
         interface.tmp_move = {};
         interface.SetPositionText(point);
         interface.original_world_position = interface.last_world_position = interface.world_position;
-        interface.BeginDragRecord("Move objects.");
     } else
         interface.SetEditorState(ES_PAN);
     middle_pushed = true;
@@ -82,7 +81,8 @@ void COrthographicView::OnMButtonUp(uint32_t, POINT point) {
     middle_pushed = false;
     if (interface.editor_state == ES_EDIT) {
         interface.EndDragRecord();
-        interface.SetEditorState(ES_SELECTED);
+        interface.ResetEditorState();
+        interface.editor_state = ES_SELECTED;
         interface.RedrawAllViews();
     } else if (interface.editor_state == ES_PAN)
         interface.ResetEditorState();

@@ -176,6 +176,9 @@ public:
     void ChangeRenderMode();
 
     // --- States (editor/InterfaceStates.cpp)
+    // After each command and each press or release of a button: what follows from the state, whoever has changed it.
+    // The vertex net is in step, an outline alone holds the mouse, and the cursor and the terrain tool's window follow.
+    void SettleState();
     void SetEditorState(EditorState state); // a push: the old state can be popped
     void ResetEditorState();                // a pop
     CursorRole GetCursor() const;
@@ -227,11 +230,11 @@ public:
     void Clone();
     void DeleteSelection();
     void CreatePivotForSelection(); // box and pivot anew from the selection
-    // One undo step, with full undo on, for a drag that has none of its own.
+    // With full undo on: the objects as they are before a drag first changes them. No effect when it has begun.
     void BeginDragRecord(const char* description);
-    // Ends it. What a drag has moved or turned so far gets its step too: other steps come between, or its end.
+    // The drag so far becomes a step: it ends, or another step comes between.
     void EndDragRecord();
-    void FinishDrag(); // as the release of the button would: before a step that cannot wait for it, such as undo
+    void FinishDrag(); // as the release of the button would: before a step that cannot wait for it
 
     // --- Selecting (editor/InterfaceSelecting.cpp)
     void Select(POINT point, bool brush_selection);
@@ -375,6 +378,9 @@ private:
     void LeftButtonDownByState(bool shift, bool control, POINT point);
     void LeftButtonUp(uint32_t flags, POINT point);
     void RightButtonDown(uint32_t flags, POINT point);
+    template <class Fn>
+    void BelowPan(Fn&& release);
+    void LeaveMode();
     bool CanEditBounds() const; // of the cordon and the clip box
     void DropDragBox();
     void MouseMoveByState(POINT point);
@@ -421,5 +427,7 @@ private:
 
     std::vector<EditorListener*> listeners;
     EditorSettings stored_settings;
-    std::unique_ptr<ChangeRecord> drag_record; // of a resize or shear in progress, with full undo on
+    std::unique_ptr<ChangeRecord> drag_record; // of a drag in progress, with full undo on
+    EditorState settled_state = ES_IDLE;
+    bool outline_holds_mouse = false;
 };

@@ -74,24 +74,16 @@ void CInterface::StartEdit(POINT point) {
 }
 
 void CInterface::BeginDragRecord(const char* description) {
-    drag_record.reset();
-    if (settings.full_undo)
+    if (settings.full_undo && !drag_record)
         drag_record = std::make_unique<ChangeRecord>(*world, description);
 }
 
 void CInterface::EndDragRecord() {
+    drag_record.reset();
     if (!settings.full_undo)
         return;
-    if (editor_state == ES_EDIT && edit_state == 0 && !drag_record && tmp_move != D3DVECTOR{})
-        world->AddUndoAction(std::make_unique<CUndoActionMove>(tmp_move, false));
-    if (editor_state == ES_VERTEX_MOVE && tmp_move != D3DVECTOR{}) // what follows of the drag is another step
-        world->AddUndoAction(
-            std::make_unique<CUndoActionMove>(tmp_move, true, drag_record ? drag_record->TakeDecals() : nullptr));
-    if (editor_state == ES_ROTATE && !drag_record && tmp_rotate != 0)
-        world->AddUndoAction(std::make_unique<CUndoActionRotate>(tmp_rotate, active_view));
-    tmp_move = {};
+    tmp_move = {}; // what follows of the drag is another step
     tmp_rotate = 0;
-    drag_record.reset();
 }
 
 D3DVECTOR CInterface::AlignToGrid(const D3DVECTOR& reference, const D3DVECTOR& delta) const {
@@ -166,13 +158,13 @@ void CInterface::Edit() {
 }
 
 void CInterface::ResizeSelection(const Box& resized) {
-    if (!drag_record)
-        BeginDragRecord("Scale objects.");
+    BeginDragRecord("Scale objects.");
     world->ScaleBrush(resized, selection_box);
     selection_box = resized;
 }
 
 void CInterface::MoveSelection(D3DVECTOR move) {
+    BeginDragRecord("Move objects.");
     MoveBox(selection_box, move);
     tmp_move -= move;
     world->MoveEntity(move);
@@ -180,8 +172,7 @@ void CInterface::MoveSelection(D3DVECTOR move) {
 }
 
 void CInterface::ShearSelection(const D3DVECTOR& delta) {
-    if (!drag_record)
-        BeginDragRecord("Shear objects.");
+    BeginDragRecord("Shear objects.");
     Box sheared = selection_box;
     const D3DVECTOR step = AlignToGrid(sheared[1], delta);
     const auto move_corners = [&](std::initializer_list<size_t> corners, int axis) {
@@ -228,6 +219,7 @@ void CInterface::Rotate(POINT point) {
         return;
     const float angle = static_cast<float>(rotation_grid_size) * DEGREE_TO_TURN * TWO_PI *
                         static_cast<float>(int64_t{last_position.y} - point.y);
+    BeginDragRecord("Rotate objects.");
     tmp_rotate -= angle;
     world->RotateBrush(angle, active_view);
     RefreshSelectionBox();
@@ -301,7 +293,7 @@ void CInterface::CancelByState() {
         }
         [[fallthrough]];
     case ES_PICK_TEXTURE:
-        editor_state = old_editor_state;
+        LeaveMode();
         ChangeCursor();
         break;
     case ES_DRAG_SELECT:

@@ -1,21 +1,32 @@
 // What the buttons and the moves of the mouse mean, by the state of the editor.
-#include <algorithm>
-
 #include "editor/Interface.h"
 
 namespace {
 
 bool Held(uint32_t held_keys, MouseFlag flag) { return (held_keys & flag) != 0; }
 
-// Then a step must bring back the decals that come off.
-bool CarriesDecals(const World& world) {
-    return std::any_of(world.brush_selection.begin(), world.brush_selection.end(),
-                       [&world](int b) { return !world.brush[static_cast<size_t>(b)]->decal_list.empty(); });
-}
-
 bool IsAltDown() { return GetDesktop().IsKeyDown(HeldKey::Alt); }
 
+// Of the left button; that of a rectangle may be the right one's, too.
+bool IsDrag(EditorState state) {
+    return state == ES_CREATE_BRUSH || state == ES_EDIT || state == ES_ROTATE || state == ES_VERTEX_MOVE ||
+           state == ES_DRAG_SELECT;
+}
+
 } // namespace
+
+// A button that is released while another one pans ends the drag that goes on below.
+template <class Fn>
+void CInterface::BelowPan(Fn&& release) {
+    if (editor_state != ES_PAN) {
+        release();
+        return;
+    }
+    editor_state = old_editor_state;
+    release();
+    old_editor_state = editor_state;
+    editor_state = ES_PAN;
+}
 
 // Left button ---------------------------------------------------------------------------------------------------------
 
@@ -33,7 +44,7 @@ void CInterface::MouseLeftButtonDown(uint32_t held_keys, POINT point) {
     left_button_pressed = true;
     TakeButtonPress(point);
     LeftButtonDown(held_keys, point);
-    SyncVertexNet();
+    SettleState();
 }
 
 void CInterface::LeftButtonDown(uint32_t held_keys, POINT point) {
@@ -94,16 +105,12 @@ void CInterface::LeftButtonDownByState(bool shift, bool control, POINT point) {
     case ES_SELECTED:
         original_world_position = world_position;
         StartEdit(point);
-        if (edit_state == 0 && CarriesDecals(*world))
-            BeginDragRecord("Move objects.");
         break;
     case ES_EXTRUDABLE:
         NextExtrudableSegment();
         break;
     case ES_ROTATE_ARMED:
         tmp_rotate = 0;
-        if (CarriesDecals(*world))
-            BeginDragRecord("Rotate objects.");
         editor_state = ES_ROTATE;
         selection_box_active = false;
         break;
@@ -119,8 +126,6 @@ void CInterface::LeftButtonDownByState(bool shift, bool control, POINT point) {
 }
 
 void CInterface::StartVertexMove() {
-    if (settings.full_undo && CarriesDecals(*world))
-        drag_record = std::make_unique<ChangeRecord>(*world, "Move vertices.", ChangeScope::Added);
     editor_state = ES_VERTEX_MOVE;
     tmp_move = {};
 }
@@ -140,8 +145,8 @@ void CInterface::MouseLeftButtonUp(uint32_t held_keys, POINT point) {
     left_button_pressed = false;
     if (!right_button_pressed)
         EndTerrainStroke();
-    LeftButtonUp(held_keys, point);
-    SyncVertexNet();
+    BelowPan([&] { LeftButtonUp(held_keys, point); });
+    SettleState();
 }
 
 void CInterface::LeftButtonUp(uint32_t held_keys, POINT point) {
@@ -161,7 +166,7 @@ void CInterface::LeftButtonUp(uint32_t held_keys, POINT point) {
         RedrawAllViews();
         break;
     case ES_EDIT:
-        if (edit_state == 0 && !drag_record)
+        if (edit_state == 0 && !settings.full_undo)
             world->AddUndoAction(std::make_unique<CUndoActionMove>(tmp_move, false));
         tmp_move = {};
         EndDragRecord();
@@ -170,7 +175,7 @@ void CInterface::LeftButtonUp(uint32_t held_keys, POINT point) {
         break;
     case ES_ROTATE:
         editor_state = ES_ROTATE_ARMED;
-        if (!drag_record)
+        if (!settings.full_undo)
             world->AddUndoAction(std::make_unique<CUndoActionRotate>(tmp_rotate, active_view));
         tmp_rotate = 0;
         EndDragRecord();
@@ -190,10 +195,10 @@ void CInterface::LeftButtonUp(uint32_t held_keys, POINT point) {
         break;
     case ES_VERTEX_MOVE:
         editor_state = ES_VERTEX;
-        world->AddUndoAction(
-            std::make_unique<CUndoActionMove>(tmp_move, true, drag_record ? drag_record->TakeDecals() : nullptr));
-        drag_record.reset();
+        if (!settings.full_undo)
+            world->AddUndoAction(std::make_unique<CUndoActionMove>(tmp_move, true));
         tmp_move = {};
+        EndDragRecord();
         break;
     default:
         break;
@@ -209,8 +214,15 @@ void CInterface::DropDragBox() {
 
 void CInterface::FinishDrag() {
     EndTerrainStroke();
-    if (editor_state == ES_EDIT || editor_state == ES_ROTATE || editor_state == ES_VERTEX_MOVE)
+    if (editor_state == ES_PAN)
+        ResetEditorState();
+    if (editor_state == ES_DRAG_SELECT)
+        MultiSelect(last_position, left_button_pressed, IsAltDown());
+    else if (IsDrag(editor_state))
         LeftButtonUp(0, last_position);
+    else
+        DropDragBox();
+    EndDragRecord(); // of decals
 }
 
 // Right button --------------------------------------------------------------------------------------------------------
@@ -219,7 +231,7 @@ void CInterface::MouseRightButtonDown(uint32_t held_keys, POINT point) {
     right_button_pressed = true;
     TakeButtonPress(point);
     RightButtonDown(held_keys, point);
-    SyncVertexNet();
+    SettleState();
 }
 
 void CInterface::RightButtonDown(uint32_t held_keys, POINT point) {
@@ -269,11 +281,14 @@ void CInterface::MouseRightButtonUp(uint32_t, POINT point) {
     if (editing_cordon_box) {
         editing_cordon_box = false;
         RedrawOrthoViews();
-    } else if (editor_state == ES_DRAG_SELECT)
-        MultiSelect(point, false, IsAltDown());
-    else if (editor_state == ES_VERTEX)
-        DropDragBox(); // entities have no vertices
-    SyncVertexNet();
+    } else
+        BelowPan([&] {
+            if (editor_state == ES_DRAG_SELECT)
+                MultiSelect(point, false, IsAltDown());
+            else if (editor_state == ES_VERTEX)
+                DropDragBox(); // entities have no vertices
+        });
+    SettleState();
 }
 
 // Moves ---------------------------------------------------------------------------------------------------------------

@@ -32,6 +32,7 @@ void CInterface::UpdateSelectionBox() {
     selection_box_active = selected;
     editor_state = selected ? ES_SELECTED : ES_IDLE;
     SetSizeText();
+    SettleState(); // a mode may have ended
 }
 
 void CInterface::Select(POINT point, bool brush_selection) {

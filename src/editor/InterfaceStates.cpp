@@ -24,6 +24,35 @@ void CInterface::ResetEditorState() {
     old_editor_state = older_editor_state;
 }
 
+// A mode may have been entered twice, with another one between.
+void CInterface::LeaveMode() {
+    const EditorState mode = editor_state;
+    for (int i = 0; i < 2 && editor_state == mode; ++i)
+        editor_state = i == 0 ? old_editor_state : older_editor_state;
+    if (editor_state == mode)
+        editor_state = world->IsSomethingSelected() ? ES_SELECTED : ES_IDLE;
+}
+
+void CInterface::SettleState() {
+    SyncVertexNet();
+    const EditorState lasting = editor_state == ES_PAN ? old_editor_state : editor_state;
+    if (lasting == ES_EXTRUDABLE) {
+        outline_holds_mouse = true;
+        mouse_release = false;
+    } else if (outline_holds_mouse && !left_button_pressed) {
+        outline_holds_mouse = false;
+        mouse_release = true;
+        GetDesktop().CaptureMouse(false);
+    }
+    if (editor_state == settled_state)
+        return;
+    const bool tool_changed = (editor_state == ES_TERRAIN) != (settled_state == ES_TERRAIN);
+    settled_state = editor_state;
+    ChangeCursor();
+    if (tool_changed)
+        Tell(&EditorListener::TerrainToolChanged);
+}
+
 CursorRole CInterface::GetCursor() const {
     switch (editor_state) {
     case ES_PAN:
@@ -119,6 +148,23 @@ static bool IsInStep(const World& world, const SO_VERTEX& vertex) {
     return vertex.vertex < static_cast<int>(points.size()) && points[static_cast<size_t>(vertex.vertex)] == vertex.v;
 }
 
+// The positions of now. The marks stay while the net is that of the same points.
+static void RefreshNet(World& world) {
+    const std::vector<SO_VERTEX> vertices = std::move(world.so_vertex);
+    const std::vector<SO_EDGE> edges = std::move(world.so_edge);
+    world.InitSOVertices();
+    const auto same_point = [](const SO_VERTEX& a, const SO_VERTEX& b) {
+        return a.object == b.object && a.surface == b.surface && a.vertex == b.vertex && a.curved == b.curved;
+    };
+    if (edges.size() != world.so_edge.size() ||
+        !std::equal(vertices.begin(), vertices.end(), world.so_vertex.begin(), world.so_vertex.end(), same_point))
+        return;
+    for (size_t v = 0; v < vertices.size(); ++v)
+        world.so_vertex[v].selected = vertices[v].selected;
+    for (size_t e = 0; e < edges.size(); ++e)
+        world.so_edge[e].selected = edges[e].selected;
+}
+
 void CInterface::SyncVertexNet() {
     if (world->so_vertex.empty())
         return;
@@ -127,8 +173,10 @@ void CInterface::SyncVertexNet() {
         world->DestroySOVertices();
         selected_cross_vertex = -1;
     } else if (!std::all_of(world->so_vertex.begin(), world->so_vertex.end(),
-                            [this](const SO_VERTEX& v) { return IsInStep(*world, v); }))
-        RebuildSelectionNet();
+                            [this](const SO_VERTEX& v) { return IsInStep(*world, v); })) {
+        RefreshNet(*world);
+        selected_cross_vertex = -1;
+    }
 }
 
 void CInterface::ShowPortals(bool show) {

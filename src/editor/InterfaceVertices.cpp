@@ -181,6 +181,7 @@ D3DVECTOR CInterface::GetCrossPlaneIntersection(POINT point) {
 }
 
 void CInterface::MoveMarkedVertices(const D3DVECTOR& move) {
+    BeginDragRecord("Move vertices.");
     tmp_move -= move;
     world->SOVertexMove(move);
     RefreshSelectionBox();

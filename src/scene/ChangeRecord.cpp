@@ -110,6 +110,7 @@ void CUndoActionChange::CreateRedo(CUndoAction& redo, World& world) {
 
 void CUndoActionChange::Undo(World& world) {
     const int brushes = world.GetBrushCount(), entities = world.GetEntityCount();
+    const SelectionIds selection_before(world);
     world.DeleteObjects({absent.begin(), absent.end()});
     for (const auto& copy : objects)
         if (BaseObject* live = Existing(copy->id))
@@ -120,6 +121,7 @@ void CUndoActionChange::Undo(World& world) {
         SetGroups(world, *groups);
     if (decals)
         decals->Restore(world);
+    const bool selection_changed = selection != selection_before;
     selection.Restore(world);
     if (!absent.empty() || brushes != world.GetBrushCount() || entities != world.GetEntityCount()) {
         GetFrontEnd().EntityTypesChanged();
@@ -127,7 +129,8 @@ void CUndoActionChange::Undo(World& world) {
     }
     GetFrontEnd().SelectionChanged();
     GetFrontEnd().SurfaceSelectionChanged();
-    GetFrontEnd().SelectionRestored(world.IsSomethingSelected());
+    if (selection_changed) // else a mode that works on it goes on
+        GetFrontEnd().SelectionRestored(world.IsSomethingSelected());
 }
 
 void CUndoActionChange::RenameIDs(const IdRenaming& renamed) {
@@ -194,11 +197,6 @@ void ChangeRecord::AddObject(const BaseObject& object) {
 }
 
 void ChangeRecord::Discard() { before.reset(); }
-
-std::shared_ptr<const DecalState> ChangeRecord::TakeDecals() {
-    const std::unique_ptr<State> was = std::move(before);
-    return was ? std::make_shared<const DecalState>(std::move(was->decals)) : nullptr;
-}
 
 void ChangeRecord::Commit() {
     if (!before)

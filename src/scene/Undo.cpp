@@ -127,12 +127,6 @@ std::string CUndoActionMove::GetActionDescription() const { return vertex ? "Mov
 void CUndoActionMove::Undo(World& world) {
     if (vertex) {
         world.SOVertexMove(delta);
-        if (!decals)
-            return;
-        for (const int b : world.brush_selection)
-            RecutDecals(world, *world.brush[static_cast<size_t>(b)]);
-        decals->RestoreMissing(world);
-        world.FlushDecalTemplates(); // those that lie on nothing now
         return;
     }
     world.MoveBrush(delta);
@@ -140,7 +134,7 @@ void CUndoActionMove::Undo(World& world) {
 }
 
 std::unique_ptr<CUndoAction> CUndoActionMove::MakeInverse() const {
-    return std::make_unique<CUndoActionMove>(-delta, vertex, decals);
+    return std::make_unique<CUndoActionMove>(-delta, vertex);
 }
 
 std::string CUndoActionRotate::GetActionDescription() const { return Format("Rotate objects in view %d.", view); }

@@ -2,8 +2,8 @@
 // list of ids, copies of deleted objects. Moves and rotations act on the current selection, which is itself undoable,
 // so that the list brings it back before a move is reversed.
 //
-// With full undo on, steps that have no action of their own (scaling, textures, links, groups, ...) are recorded as
-// CUndoActionChange: the touched objects as they were.
+// With full undo on, steps that have no action of their own (scaling, textures, links, groups, ...) and all drags are
+// recorded as CUndoActionChange: the touched objects as they were, whatever the modes and the pivot of now.
 #pragma once
 
 #include <cstdint>
@@ -38,7 +38,6 @@ public:
     const EType type;
 };
 
-class DecalState;
 class ObjectCopy;
 class SceneRelations;
 
@@ -62,10 +61,8 @@ private:
 
 class CUndoActionMove : public CUndoAction {
 public:
-    // decals: of the world before the step, when those that a move of vertices has taken shall come back.
-    CUndoActionMove(const D3DVECTOR& reversing_delta, bool of_vertices,
-                    std::shared_ptr<const DecalState> decals_before = nullptr)
-        : CUndoAction(UA_MOVE), delta(reversing_delta), vertex(of_vertices), decals(std::move(decals_before)) {}
+    CUndoActionMove(const D3DVECTOR& reversing_delta, bool of_vertices)
+        : CUndoAction(UA_MOVE), delta(reversing_delta), vertex(of_vertices) {}
     bool IsEmpty() const override { return false; }
     std::string GetActionDescription() const override;
     void Undo(World& world) override;
@@ -75,7 +72,6 @@ public:
 private:
     D3DVECTOR delta; // reverses the step
     bool vertex;
-    std::shared_ptr<const DecalState> decals;
 };
 
 class CUndoActionRotate : public CUndoAction {
@@ -153,8 +149,6 @@ public:
     // Adds the action, if anything differs: also objects made or deleted since, groups, and the selection with them.
     void Commit();
     void Discard(); // nothing will be added
-    // The decals as they were, for an action of the caller's own; nothing will be added. Null when off.
-    std::shared_ptr<const DecalState> TakeDecals();
 
 private:
     struct State;
