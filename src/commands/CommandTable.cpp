@@ -95,8 +95,8 @@ std::vector<Command> EditCommands() {
     return {
         {FRAME, "OnEditUndo", "Edit", "&Undo", "Ctrl+Z Alt+Backspace", [](F& f) { f.OnEditUndo(); }},
         {FRAME, "OnEditRedo", "Edit", "&Redo", "Ctrl+Y", [](F& f) { f.OnEditRedo(); }},
-        {FRAME, "OnClone", "Edit", "C&lone", "Space", [](F& f) { f.interface.Clone(); }, nullptr, nullptr,
-         nullptr, true},
+        {FRAME, "OnClone", "Edit", "C&lone", "Space", [](F& f) { f.interface.Clone(); }, nullptr, nullptr, nullptr,
+         true},
         {FRAME, "OnDelete", "Edit", "&Delete", "Backspace", [](F& f) { f.interface.DeleteSelection(); }},
         {FRAME, "OnEditCopypath", "Edit", "Copy Path", "", [](F& f) { f.OnEditCopypath(); }},
         {FRAME, "OnEditPastepath", "Edit", "Paste Path", "", [](F& f) { f.OnEditPastepath(); }},

@@ -126,8 +126,11 @@ void CMainFrame::OnCollapse() {
 }
 
 void CMainFrame::OnFlipNormals() {
+    if (interface.world->brush_selection.GetItemCount() == 0)
+        return;
     const ChangeRecord record(*interface.world, "Flip normals.");
     interface.world->FlipNormals();
+    interface.MarkDirty();
 }
 
 void CMainFrame::OnAlignvertices() {
@@ -143,6 +146,7 @@ void CMainFrame::OnAlignvertices() {
 void CMainFrame::OnSelwrongobj() {
     World& world = *interface.world;
     constexpr int COARSEST = 3;
+    const ChangeRecord record(world, "Select wrong objects.");
     world.ClearSelection();
     for (int b = 0; b < world.GetBrushCount(); ++b) {
         Brush& brush = *world.brush[static_cast<size_t>(b)];
@@ -163,6 +167,7 @@ void CMainFrame::OnSelectId() {
     World& world = *interface.world;
     if (!id)
         return;
+    const ChangeRecord record(world, "Select by id.");
     if (const Entity* e = world.GetEntityFromID(*id))
         world.entity_selection.AddItem(world.GetEntityIndex(e));
     else if (const Brush* b = world.GetBrushFromID(*id))
@@ -197,6 +202,7 @@ void CMainFrame::OnToolsConvertoldscripts() {
 void CMainFrame::OnRandomizeBots() {
     const ChangeRecord record(*interface.world, "Randomize models.");
     interface.world->RandomizeBotModels(interface.actor_def_groups);
+    interface.MarkDirty();
 }
 
 // Windows -------------------------------------------------------------------------------------------------------------
@@ -245,6 +251,7 @@ void CMainFrame::OnShowSelwire() {
 }
 
 void CMainFrame::ChangeCurveDetail(bool higher) {
+    const ChangeRecord record(*interface.world, "Change the detail of curves.", ChangeScope::Added);
     interface.world->ChangeCurveDetail(higher);
     interface.RedrawAllViews();
 }

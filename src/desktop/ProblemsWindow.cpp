@@ -94,6 +94,7 @@ bool ProblemsWindow::Jump(const ProblemItem& item) {
         Brush* portal = world.GetBrushFromID(item.object_id);
         if (!portal)
             return false;
+        const ChangeRecord record(world, "Select a problem.");
         world.ClearSelection();
         world.SetBrushSelection(world.GetBrushIndex(portal), true);
         world.first_selected_id = item.object_id;
@@ -106,6 +107,7 @@ bool ProblemsWindow::Jump(const ProblemItem& item) {
     Entity* entity = world.GetEntityFromID(item.object_id);
     if (!entity)
         return false;
+    const ChangeRecord record(world, "Select a problem.");
     world.entity_selection.ClearList();
     world.entity_selection.AddItem(world.GetEntityIndex(entity));
     world.RefreshFirstSelected();

@@ -135,6 +135,7 @@ bool CInterface::LoadProject(const char* filepath, std::string_view filename, st
     title = "Marrowstead 2000 - " + project_file_name;
     project_file_need_save = false; // what reading has marked, such as smoothed terrain, is no work of the user
     saved_changes = changes;
+    SetPositionText(last_position);
     Tell(&EditorListener::TitleChanged);
     return true;
 }

@@ -420,6 +420,7 @@ void CInterface::DeleteSelection() {
         return;
     }
     EndDragRecord();
+    const bool something = world->IsSomethingSelected() || world->selected_surface_brush != -1;
     if (settings.undo_states != 0 && world->selected_surface_brush == -1) {
         auto deleted = std::make_unique<CUndoActionDelete>();
         world->AddSelectionToUndo(*deleted);
@@ -439,7 +440,8 @@ void CInterface::DeleteSelection() {
     SetCountText();
     RedrawAllViews();
     Cancel();
-    MarkDirty();
+    if (something)
+        MarkDirty();
     if (world->IsSomethingSelected()) // the owner of a deleted path point
         UpdateSelectionBox();
     if (settings.show_sel_wire) {

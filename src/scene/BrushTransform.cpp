@@ -1,5 +1,7 @@
 // Moving, scaling, turning and reshaping a brush. The vertices are rewritten, and what derives from them is rebuilt.
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <utility>
 
 #include "render/Matrix.h"
@@ -26,6 +28,30 @@ void TransformPositions(Brush& brush, const D3DMATRIX& m) {
 bool KeepsTexels(const Brush& brush, const Surface& s, bool curved, bool texture_lock) {
     return s.HasMaterial() && (texture_lock || s.texture.locked) && !s.vertices.empty() && !s.uv.empty() &&
            (!curved || (s.cp_count == CURVE_FAN && !brush.IsCustom()));
+}
+
+struct Range {
+    float low, high;
+    bool IsWhole() const { return std::trunc(low) == low && std::trunc(high) == high; }
+};
+
+Range AxisRange(const Box& box, int axis) { return {Component(BoxMin(box), axis), Component(BoxMax(box), axis)}; }
+
+// A scaled coordinate. What lay on a side of the box lies on that side, and with whole sides what should come to a
+// whole number comes to it: else each step of a drag leaves its rounding behind.
+float FreeOfRounding(float scaled, float before, const Range& old_range, const Range& new_range) {
+    constexpr double ROUNDINGS = 16;
+    if (!(old_range.high > old_range.low) || !(new_range.high > new_range.low))
+        return scaled;
+    if (before == old_range.low || before == old_range.high)
+        return before == old_range.low ? new_range.low : new_range.high;
+    if (!old_range.IsWhole() || !new_range.IsWhole())
+        return scaled;
+    const double whole = std::nearbyint(static_cast<double>(scaled));
+    const double reach = std::max(
+        {std::fabs(old_range.low), std::fabs(old_range.high), std::fabs(new_range.low), std::fabs(new_range.high)});
+    const bool is_rounding = std::fabs(scaled - whole) <= ROUNDINGS * std::numeric_limits<float>::epsilon() * reach;
+    return is_rounding ? static_cast<float>(whole) : scaled;
 }
 
 void RemapFlatSurfaces(Brush& brush, bool locked_too) {
@@ -123,7 +149,14 @@ void Brush::Move(const D3DVECTOR& move, bool texture_lock) {
 }
 
 void Brush::Scale(const Box& new_box, const Box& old_box) {
-    TransformPositions(*this, ScaleMatrix(new_box, old_box));
+    const D3DMATRIX scale = ScaleMatrix(new_box, old_box);
+    ForEachPosition(*this, [&](D3DVECTOR& p) {
+        const D3DVECTOR before = p;
+        crMTransform(scale, p, p);
+        for (int axis = 0; axis < 3; ++axis)
+            Component(p, axis) = FreeOfRounding(Component(p, axis), Component(before, axis), AxisRange(old_box, axis),
+                                                AxisRange(new_box, axis));
+    });
     RebuildDerived(*this);
     GenerateTextureSpaces();
     MapFans();

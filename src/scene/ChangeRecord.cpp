@@ -82,6 +82,7 @@ public:
     std::vector<uint32_t> absent;                     // did not exist
     std::optional<GroupIds> groups;                   // when they differ
     std::optional<DecalState> decals;                 // when they differ
+    std::optional<int> curve_detail;                  // when it differs
     SelectionIds selection;
 
 private:
@@ -105,13 +106,18 @@ void CUndoActionChange::CreateRedo(CUndoAction& redo, World& world) {
         inverse.groups = GroupsByIds(world);
     if (decals)
         inverse.decals = DecalState(world);
+    if (curve_detail)
+        inverse.curve_detail = world.curve_detail;
     inverse.selection = SelectionIds(world);
 }
 
 void CUndoActionChange::Undo(World& world) {
     const int brushes = world.GetBrushCount(), entities = world.GetEntityCount();
     const SelectionIds selection_before(world);
+    const DecalState decals_before(world); // those of an object that goes may lie on one that comes, too
     world.DeleteObjects({absent.begin(), absent.end()});
+    while (curve_detail && *curve_detail != world.curve_detail)
+        world.ChangeCurveDetail(*curve_detail < world.curve_detail);
     for (const auto& copy : objects)
         if (BaseObject* live = Existing(copy->id))
             copy->Restore(*live, world);
@@ -121,6 +127,10 @@ void CUndoActionChange::Undo(World& world) {
         SetGroups(world, *groups);
     if (decals)
         decals->Restore(world);
+    else if (!absent.empty()) {
+        decals_before.RestoreMissing(world);
+        world.FlushDecalTemplates();
+    }
     const bool selection_changed = selection != selection_before;
     selection.Restore(world);
     if (!absent.empty() || brushes != world.GetBrushCount() || entities != world.GetEntityCount()) {
@@ -164,11 +174,12 @@ struct ChangeRecord::State {
     GroupIds groups;
     DecalState decals;
     SelectionIds selection;
+    int curve_detail;
 };
 
 // Objects that link to a selected one are touched when that one is deleted.
 ChangeRecord::State::State(const World& world, ChangeScope scope)
-    : groups(GroupsByIds(world)), decals(world), selection(world) {
+    : groups(GroupsByIds(world)), decals(world), selection(world), curve_detail(world.curve_detail) {
     std::unordered_set<uint32_t> selected(selection.objects.brushes.begin(), selection.objects.brushes.end());
     selected.insert(selection.objects.entities.begin(), selection.objects.entities.end());
     if (selection.surface_brush != NO_OBJECT_ID)
@@ -217,8 +228,10 @@ void ChangeRecord::Commit() {
     const bool groups_differ = was->groups != GroupsByIds(world);
     action->selection = std::move(was->selection);
     const bool decals_differ = !was->decals.HasSameTemplates(world);
+    if (was->curve_detail != world.curve_detail)
+        action->curve_detail = was->curve_detail;
     if (action->objects.empty() && action->absent.empty() && !groups_differ && !decals_differ &&
-        action->selection == SelectionIds(world))
+        !action->curve_detail && action->selection == SelectionIds(world))
         return;
     if (decals_differ)
         action->decals = std::move(was->decals);

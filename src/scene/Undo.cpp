@@ -36,19 +36,33 @@ void FollowGroups(World& world, const Selection& brushes, const Selection& entit
     }
 }
 
+// All at once: taken one by one, each would move those behind it.
+void AddOrRemove(Selection& selection, const Selection& items, bool state) {
+    if (state) {
+        for (const int item : items)
+            selection.AddItem(item);
+        return;
+    }
+    Selection left;
+    for (const int item : selection)
+        if (items.TestItem(item) == -1)
+            left.AddItemMulti(item);
+    selection = std::move(left);
+}
+
 void SetSelected(World& world, const std::vector<uint32_t>& ids, bool state) {
     Selection brushes, entities;
     for (const uint32_t id : ids) {
         const int b = world.GetBrushIndex(world.GetBrushFromID(id));
         const int e = b == -1 ? world.GetEntityIndex(world.GetEntityFromID(id)) : -1;
         if (b != -1) {
-            world.SetBrushSelection(b, state);
+            world.brush[static_cast<size_t>(b)]->is_selected = state;
             brushes.AddItem(b);
-        } else if (e != -1) {
-            state ? world.entity_selection.AddItem(e) : world.entity_selection.RemoveItem(e);
+        } else if (e != -1)
             entities.AddItem(e);
-        }
     }
+    AddOrRemove(world.brush_selection, brushes, state);
+    AddOrRemove(world.entity_selection, entities, state);
     FollowGroups(world, brushes, entities);
     world.RefreshFirstSelected();
     GetFrontEnd().SelectionChanged();
