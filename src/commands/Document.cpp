@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <utility>
 
 #include "foundation/Paths.h"
 #include "foundation/Settings.h"
@@ -116,14 +115,15 @@ bool CMarrowstead2Doc::Open(const std::string& path, std::string& error) {
     const BusyCursor busy(interface);
     std::error_code failure;
     New();
-    const bool loaded = interface.LoadProject(DirectoryPart(path).c_str(), FilePart(path), error);
+    ProjectLeftOut lacking;
+    const bool loaded = interface.LoadProject(DirectoryPart(path).c_str(), FilePart(path), error, &lacking);
     interface.UpdateSelectionBox();
     interface.RefreshAIDlg();
     interface.SetCountText();
     interface.Tell(&EditorListener::WorldReplaced);
     interface.RedrawAllViews();
     if (loaded) {
-        left_out = std::exchange(error, {});
+        left_out = lacking.Sentence(path);
         AddToRecent(path);
     } else if (!FileExistsOnDisk(path) && std::filesystem::is_directory(RealPath(DirectoryPart(path)), failure))
         ForgetRecent(path); // gone, not on a drive that is not there today
@@ -133,12 +133,13 @@ bool CMarrowstead2Doc::Open(const std::string& path, std::string& error) {
 bool CMarrowstead2Doc::OpenCopy(const std::string& copy, bool has_name, const std::string& project_path,
                                 const std::string& project_name, std::string& error) {
     New();
-    const bool loaded = interface.LoadProject(nullptr, copy, error);
+    ProjectLeftOut lacking;
+    const bool loaded = interface.LoadProject(nullptr, copy, error, &lacking);
     interface.UpdateSelectionBox();
     interface.RefreshAIDlg();
     interface.SetCountText();
     if (loaded) {
-        left_out = std::exchange(error, {});
+        left_out = lacking.Sentence(copy);
         interface.project_file_has_name = has_name;
         interface.project_file_path = project_path;
         interface.project_file_name = project_name;

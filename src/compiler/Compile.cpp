@@ -1,15 +1,22 @@
 #include "compiler/Compile.h"
 
+#include <cmath>
+
 #include "compiler/CompiledWorld.h"
 #include "compiler/Lighting.h"
 #include "compiler/LightingStage.h"
 #include "compiler/SoundTrace.h"
 #include "compiler/StageRunner.h"
+#include "compiler/TreeStage.h"
 #include "compiler/WorldSubdivide.h"
 #include "foundation/Desktop.h"
 #include "foundation/Strings.h"
+#include "persistence/BrushReader.h"
 
 namespace {
+
+constexpr const char* NO_EYE = "No visibility eye: put an entity VISIBILITY_EYE into each room, or switch World "
+                               "Subdivision off.";
 
 class CompileRun {
 public:
@@ -24,6 +31,7 @@ public:
 private:
     CompileResult RunStages(const std::string& target);
     void StartCompilation();
+    CompileResult CheckMappings();
     CompileResult BuildTree();
     CompileResult SubdivideWorld();
     CompileResult DivideIntoCells();
@@ -65,23 +73,31 @@ void CompileRun::StartCompilation() {
     progress.AddText(Format("%d Materials\r\n\r\n", world.GetMaterialCount()));
 }
 
+CompileResult CompileRun::CheckMappings() {
+    for (const auto& brush : world.brush) {
+        bool usable = true;
+        std::as_const(*brush).ForEachSurface([&](const Surface& surface, int, bool) {
+            for (const UVVector& uv : surface.uv)
+                usable = usable && std::fabs(uv.u) <= MAX_COORDINATE && std::fabs(uv.v) <= MAX_COORDINATE;
+        });
+        if (!usable)
+            return Limit(Format("The brush with the id %u has texture coordinates that are no numbers or too large: "
+                                "reset the mapping of its surfaces.",
+                                brush->GetObjectID()));
+    }
+    return CompileResult::Written;
+}
+
 CompileResult CompileRun::BuildTree() {
-    progress.AddText("Building Octal Tree...\r\n");
-    StopPoll poll(progress);
-    switch (ws.tree.BuildOctalTree(world, [&] { return poll.Stopped(); })) {
+    switch (BuildTreeStage(ws.tree, world, progress, message)) {
     case OctalTree::BuildResult::Stopped:
         return CompileResult::Stopped;
     case OctalTree::BuildResult::LimitReached:
-        GetDesktop().MessageBox("Octall tree size has exceeded!!!!", "Catastrophic failure");
-        return Limit(Format("The octal tree needs more than %d leaves: make the level smaller, or less dense.",
-                            MAX_OCTAL_TREE_SIZE));
     case OctalTree::BuildResult::NotFinite:
-        return Limit("A brush or an entity lies too far out: the extent of the level is no number.");
+        return CompileResult::LimitExceeded;
     case OctalTree::BuildResult::Built:
         break;
     }
-    progress.AddText(Format("%d Nodes\r\n%d Empty\r\n%d Terminal\r\n\r\n", ws.tree.GetLeafCount(),
-                            ws.tree.CountType(OCTAL_EMPTY), ws.tree.CountType(OCTAL_TERMINAL)));
     return CompileResult::Written;
 }
 
@@ -102,6 +118,8 @@ CompileResult CompileRun::DivideIntoCells() {
     std::string sentence;
     if (ws.CreatePortalsAndEyes(sentence) == SubdivideResult::LimitReached)
         return Limit(std::move(sentence));
+    if (ws.cell.empty())
+        progress.AddText(std::string("\r\n") + NO_EYE + "\r\n");
     progress.InitProgress(static_cast<int>(ws.cell.size()));
     CellTimes times;
     if (ws.CreateCells(progress, times) == SubdivideResult::Stopped)
@@ -148,10 +166,11 @@ CompileResult CompileRun::FindProblems() {
             for (int32_t& cell : portal.cell)
                 if (cell == -1)
                     cell = empty_cell;
+        ws.problem_solver.Reset();
         return CompileResult::Written;
     }
     if (!ws.problem_solver.ShowProblems(world))
-        return CompileResult::Written;
+        return ws.cell.empty() ? Limit(NO_EYE) : CompileResult::Written;
     progress.AddText("\r\n!!!! Compilation problems found !!!!\r\n\r\n");
     return CompileResult::Problems;
 }
@@ -201,8 +220,9 @@ CompileResult CompileRun::RunStages(const std::string& target) {
     world.FlushUnusedMaterials();
     if (progress.CompilationCancelled())
         return CompileResult::Stopped;
-    if (const CompileResult result = BuildTree(); result != CompileResult::Written)
-        return result;
+    for (const auto stage : {&CompileRun::CheckMappings, &CompileRun::BuildTree})
+        if (const CompileResult result = (this->*stage)(); result != CompileResult::Written)
+            return result;
     if (!world.CalculatePhysicsData(options.save_finalmap, options.threads, progress))
         return CompileResult::Stopped;
     if (const CompileResult result = SubdivideWorld(); result != CompileResult::Written)

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "compiler/TreeStage.h"
 #include "compiler/WorldRecords.h"
 #include "compiler/WorldSubdivide.h"
 #include "foundation/Desktop.h"
@@ -17,6 +18,7 @@ constexpr size_t CELL_RECORD_SIZE = 45, CELL_ENTITY_COUNT = 8, CELL_OCCLUDER_COU
 constexpr size_t BRUSH_HEADER_SIZE = 73, SURFACE_COUNT_AT = 28, LINK_COUNT_AT = 32, NAME_LENGTH_AT = 64,
                  PARTICLE_LENGTH_AT = 68;
 constexpr size_t PHYSICS_RECORD_SIZE = 108, FRICTION_AT = 16;
+constexpr size_t PORTAL_RECORD_SIZE = 136, PORTAL_OWNER_AT = 124, OCCLUDER_RECORD_SIZE = 68, OCCLUDER_OWNER_AT = 64;
 constexpr uint32_t PHYSICS_ARRAYS = 4; // the last ones of a brush's data, the record first
 
 template <class T>
@@ -29,6 +31,60 @@ template <class T>
 void PutAt(std::vector<uint8_t>& record, size_t offset, const T& value) {
     std::memcpy(record.data() + offset, &value, sizeof(T));
 }
+
+// Whether the cells of a compiled world are those of the level as it is now: a cell is known by its place alone, and
+// names portals and occluders by theirs.
+class CellComparison {
+public:
+    CellComparison(const WorldSubdivide& subdivision, UChunkFile& old_file) : ws(subdivision), source(old_file) {}
+
+    // With the cells that are about to be written.
+    bool CellsFit() {
+        const size_t added = ws.options.clip_box_compilation ? CLIP_BOX_CELLS : 0;
+        size_t cells = 0;
+        for (bool more = Open("CellData"); more; more = source.OpenNextChunk())
+            ++cells;
+        return cells == ws.cell.size() + added &&
+               Owners("PortalData", PORTAL_RECORD_SIZE, PORTAL_OWNER_AT) == OwnersOf(ws.portal) &&
+               Owners("OccluderData", OCCLUDER_RECORD_SIZE, OCCLUDER_OWNER_AT) == OwnersOf(ws.occluder);
+    }
+    // With cells that stay as they are.
+    bool EntitiesFit() {
+        for (bool more = Open("CellData"); more; more = source.OpenNextChunk()) {
+            const std::vector<uint8_t> entities = source.GetArrayAlloc(CELL_ENTITIES);
+            for (size_t at = 0; at + sizeof(uint32_t) <= entities.size(); at += sizeof(uint32_t))
+                if (ValueAt<uint32_t>(entities, at) >= ws.world.entity.size())
+                    return false;
+        }
+        return true;
+    }
+
+private:
+    bool Open(const char* name) { return source.OpenChunk(name, ANY_CHUNK_ID, COT_SameName); }
+    std::vector<int32_t> Owners(const char* name, size_t record_size, size_t owner_at) {
+        std::vector<int32_t> owners;
+        for (bool more = Open(name); more; more = source.OpenNextChunk()) {
+            const std::vector<uint8_t> record = source.GetArrayAlloc(0);
+            owners.push_back(record.size() == record_size ? ValueAt<int32_t>(record, owner_at) : -1);
+        }
+        return owners;
+    }
+    static std::vector<int32_t> OwnersOf(const std::vector<PORTAL>& portals) {
+        std::vector<int32_t> owners;
+        for (const PORTAL& portal : portals)
+            owners.push_back(portal.portalowner);
+        return owners;
+    }
+    static std::vector<int32_t> OwnersOf(const std::vector<OCCLUDER>& occluders) {
+        std::vector<int32_t> owners;
+        for (const OCCLUDER& occluder : occluders)
+            owners.push_back(occluder.owner);
+        return owners;
+    }
+
+    const WorldSubdivide& ws;
+    UChunkFile& source;
+};
 
 class EntityUpdate {
 public:
@@ -153,6 +209,16 @@ EntityUpdateResult SaveFinalMapEntitiesUpdate(const WorldSubdivide& ws, const st
         Tell(progress, text, title);
         return EntityUpdateResult::NoOldWorld;
     }
+    CellComparison comparison(ws, old_file);
+    if (update_ent_visibility ? !comparison.CellsFit() : !comparison.EntitiesFit()) {
+        Tell(progress,
+             update_ent_visibility ? "The cells of the saved map are not those of this level.\nPlease, recompile whole "
+                                     "project."
+                                   : "The cells of the saved map list entities which were deleted.\nPlease, recompile "
+                                     "whole project.",
+             title);
+        return EntityUpdateResult::CellsDiffer;
+    }
     UChunkFile new_file(target, CFM_Create);
     if (!new_file.IsValid()) {
         GetDesktop().MessageBox("Error ! Cannot open a target file name.", title);
@@ -197,13 +263,17 @@ EntityUpdateResult CompileEntities(World& world, const CompileOptions& options, 
     problems.Reset();
     WorldSubdivide ws(world, options);
     ws.PrepareBrushes();
-    progress.AddText("Building Octal Tree...\r\n");
-    const OctalTree::BuildResult built = ws.tree.BuildOctalTree(world, [&] { return progress.CompilationCancelled(); });
-    if (built == OctalTree::BuildResult::Stopped)
+    std::string message;
+    switch (BuildTreeStage(ws.tree, world, progress, message)) {
+    case OctalTree::BuildResult::Stopped:
         return EntityUpdateResult::Stopped;
-    if (built != OctalTree::BuildResult::Built) {
-        GetDesktop().MessageBox("Octall tree size has exceeded!!!!", "Catastrophic failure");
+    case OctalTree::BuildResult::NotFinite:
+        GetDesktop().MessageBox(message, "Error");
         return EntityUpdateResult::LimitExceeded;
+    case OctalTree::BuildResult::LimitReached:
+        return EntityUpdateResult::LimitExceeded;
+    case OctalTree::BuildResult::Built:
+        break;
     }
     progress.AddText("Copying old data and updateing entity data...\r\n");
     if (update_ent_visibility) {

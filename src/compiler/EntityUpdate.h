@@ -7,7 +7,7 @@
 #include "compiler/ProblemSolver.h"
 #include "scene/World.h"
 
-enum class EntityUpdateResult { Written, Problems, Stopped, NoOldWorld, BrushesDeleted, WriteFailed, LimitExceeded };
+enum class EntityUpdateResult { Written, Problems, Stopped, NoOldWorld, BrushesDeleted, CellsDiffer, WriteFailed, LimitExceeded };
 
 // Rewrites the entities of the world file `target`, and with update_ent_visibility also the entities and occluders of
 // its cells. The old world is kept beside it, as ".bkp". Anything but Written leaves the target as it was; what the

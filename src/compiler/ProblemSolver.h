@@ -17,6 +17,10 @@ struct PSPICell {
 
 enum PortalVerdict : uint32_t { PORTAL_FINE = 0, PORTAL_MULTIPLE_CELLS = 1, PORTAL_NO_CELL = 2, PORTAL_SAME_CELL = 4 };
 
+// Of the marks that stand behind the number of a portal.
+inline constexpr const char* PORTAL_MARKS_LEGEND =
+    "Shortcuts behind portal name:\n  [M] - multiple cells\n  [N] - no cell\n  [S] - same cell on both sides";
+
 struct PSPortalItem {
     uint32_t portal_id = 0; // object id of the brush
     std::vector<PSPICell> side_info[2];

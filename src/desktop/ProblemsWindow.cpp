@@ -38,8 +38,7 @@ ProblemsWindow::ProblemsWindow(CMainFrame& main_frame, QWidget* parent)
     tree->setHeaderHidden(true);
     tree->setExpandsOnDoubleClick(false);
     tree->setToolTip(tr("A double click on an object selects it and brings it into the views"));
-    auto* legend = new QLabel(
-        tr("Shortcuts behind portal name:\n  [M] - multiple cells\n  [N] - no cell\n  [S] - same cell on both sides"));
+    auto* legend = new QLabel(tr(PORTAL_MARKS_LEGEND));
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);
     connect(buttons, &QDialogButtonBox::accepted, this, &QWidget::close);
     auto* column = new QVBoxLayout(this);

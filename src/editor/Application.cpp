@@ -1,5 +1,6 @@
 #include "editor/Application.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
@@ -98,11 +99,20 @@ static const char* OutcomeWord(CompileOutcome outcome) {
     return "bad input";
 }
 
+// What the marks behind portals say; empty when the findings have none.
+static std::string MarksLegend(const CInterface& interface) {
+    const std::vector<ProblemItem>& tree = interface.problem_solver.Tree();
+    const bool has_portals = std::any_of(tree.begin(), tree.end(), [](const ProblemItem& item) {
+        return item.kind == ProblemItem::Kind::Portal;
+    });
+    return has_portals ? std::string("\n") + PORTAL_MARKS_LEGEND + "\n" : std::string();
+}
+
 // What was asked for beside the world. False when something could not be written.
 static bool WriteExtras(const CommandLine& command_line, CInterface& interface, CompileOutcome outcome) {
     bool written = true;
     if (outcome == CompileOutcome::Problems)
-        std::fputs(interface.problem_solver.TreeText().c_str(), stderr);
+        std::fprintf(stderr, "%s%s", interface.problem_solver.TreeText().c_str(), MarksLegend(interface).c_str());
     if (!command_line.problems_file.empty())
         written &= WriteText(command_line.problems_file, interface.problem_solver.TreeJson(*interface.world));
     WorldFile world;

@@ -117,13 +117,15 @@ std::string CInterface::FullName(std::string_view folder, std::string_view name)
     return std::string(folder).append(1, real_path ? '/' : '\\').append(name);
 }
 
-bool CInterface::LoadProject(const char* filepath, std::string_view filename, std::string& error) {
+bool CInterface::LoadProject(const char* filepath, std::string_view filename, std::string& error,
+                             ProjectLeftOut* left_out) {
     RemoveFile(TRACE_LOG);
     RemoveFile(TEXTURE_LOG);
     ForgetNotices();
     const std::string full_name = filepath ? FullName(filepath, filename) : std::string(filename);
     const ProjectViews live = views;
-    if (!::LoadProject(full_name, *world, views, materials, *entity_parser, error)) {
+    if (!::LoadProject(full_name, *world, views, materials, *entity_parser, error, left_out)) {
+        materials.Reset();
         InitEditor();
         return false;
     }
@@ -169,6 +171,7 @@ CompileOptions CInterface::MakeCompileOptions() const {
     options.create_render_groups = settings.create_render_groups;
     options.clip_box = views.clip_box;
     options.threads = threads;
+    options.traceing_id = traceing_id;
     options.face_observer = face_observer;
     options.light_observer = light_observer;
     return options;
@@ -260,6 +263,7 @@ CompileOutcome CInterface::CompileEntities(CProgressText& progress, bool update_
         return CompileOutcome::BadInput;
     case EntityUpdateResult::Problems:
     case EntityUpdateResult::BrushesDeleted:
+    case EntityUpdateResult::CellsDiffer:
     case EntityUpdateResult::LimitExceeded:
         break;
     }

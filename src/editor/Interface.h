@@ -91,7 +91,8 @@ public:
     // --- Project and compile (editor/Interface.cpp)
     // Opens a project. With a folder it can be saved under its name; without one (null) it has no name to save under.
     // False with a sentence; a fresh world is open then.
-    bool LoadProject(const char* filepath, std::string_view filename, std::string& error);
+    bool LoadProject(const char* filepath, std::string_view filename, std::string& error,
+                     ProjectLeftOut* left_out = nullptr);
     // False after the user was told. A project saved under another name keeps its own when update_project_name is off.
     bool SaveProject(std::string_view filepath, std::string_view filename, bool update_project_name);
     // Compile world: from the safety copy to the log. Boxes tell what went wrong.

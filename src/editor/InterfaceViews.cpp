@@ -5,6 +5,7 @@
 #include "editor/Interface.h"
 #include "foundation/Quaternion.h"
 #include "foundation/Strings.h"
+#include "foundation/WholeNumber.h"
 #include "render/Device.h"
 #include "render/Matrix.h"
 
@@ -34,12 +35,6 @@ PlanePoint SnappedPlanePoint(const VIEWINFO& vi, int grid_size, int x, int y) {
         return pixel / step * vi.zoom_out * step;
     };
     return {snap(Scrolled(vi, 0, x)), snap(Scrolled(vi, 1, y))};
-}
-
-// Truncated; what no whole number reaches is cut off.
-int WholeNumber(float f) {
-    constexpr float MOST = 2147483520.0f; // the greatest float below 2 to the 31
-    return std::isnan(f) ? 0 : static_cast<int>(std::clamp(f, -MOST, MOST));
 }
 
 // right and up along the screen of an orthographic view.

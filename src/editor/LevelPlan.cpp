@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "foundation/Strings.h"
+#include "foundation/WholeNumber.h"
 #include "scene/Brush.h"
 
 namespace {
@@ -40,12 +41,12 @@ public:
     Plan(const Extent& level, int longest_side) : area(level) {
         const float width = level.x1 - level.x0, height = level.z1 - level.z0;
         scale = (static_cast<float>(longest_side) - 2 * MARGIN) / std::max({width, height, 1.0f});
-        picture.width = static_cast<int>(width * scale + 2 * MARGIN) + 1;
-        picture.height = static_cast<int>(height * scale + 2 * MARGIN) + 1;
+        picture.width = WholeNumber(width * scale + 2 * MARGIN) + 1;
+        picture.height = WholeNumber(height * scale + 2 * MARGIN) + 1;
         picture.rgb.assign(static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height) * 3, 24);
     }
-    int X(float x) const { return static_cast<int>((x - area.x0) * scale + MARGIN); }
-    int Y(float z) const { return static_cast<int>((area.z1 - z) * scale + MARGIN); }
+    int X(float x) const { return WholeNumber((x - area.x0) * scale + MARGIN); }
+    int Y(float z) const { return WholeNumber((area.z1 - z) * scale + MARGIN); }
 
     void Blend(int x, int y, uint32_t color, float share) {
         if (x < 0 || y < 0 || x >= picture.width || y >= picture.height)

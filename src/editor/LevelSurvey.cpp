@@ -9,6 +9,7 @@
 #include "files/AtomicFile.h"
 #include "foundation/Paths.h"
 #include "foundation/Strings.h"
+#include "foundation/WholeNumber.h"
 
 namespace {
 
@@ -41,8 +42,8 @@ void WriteTally(std::string& text, const Tally& tally) {
 // Components of a colour as whole numbers.
 std::string ColorText(const COLOR& c) {
     constexpr float FULL = 255.0f;
-    return Format("(%d, %d, %d, %d)\n", static_cast<int>(c.r * FULL), static_cast<int>(c.g * FULL),
-                  static_cast<int>(c.b * FULL), static_cast<int>(c.a * FULL));
+    return Format("(%d, %d, %d, %d)\n", WholeNumber(c.r * FULL), WholeNumber(c.g * FULL),
+                  WholeNumber(c.b * FULL), WholeNumber(c.a * FULL));
 }
 
 std::string ValueText(const EntityParameter& p) {

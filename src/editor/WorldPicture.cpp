@@ -4,7 +4,9 @@
 #include <cmath>
 #include <map>
 
+#include "compiler/Lighting.h"
 #include "definitions/MaterialLibrary.h"
+#include "foundation/WholeNumber.h"
 #include "render/Textures.h"
 #include "scene/Brush.h"
 #include "scene/World.h"
@@ -107,9 +109,10 @@ static WorldSurface Tessellated(const WorldSurface& surface) {
     curved.cp_count = surface.cp_count;
     curved.texture = surface.texture;
     // On the quartered pages a texel is half of 1/256.
-    const float texels = 2.0f * LIGHTMAP_PAGE_SIDE;
-    curved.lightmap_size = {std::max(4, static_cast<int>(surface.lightmap.u_size * texels + 0.5f)),
-                            std::max(4, static_cast<int>(surface.lightmap.v_size * texels + 0.5f))};
+    const auto side = [](float share_of_page) {
+        return std::clamp(WholeNumber(share_of_page * 2.0f * LIGHTMAP_PAGE_SIDE + 0.5f), 4, MAX_LIGHTMAP_SIDE);
+    };
+    curved.lightmap_size = {side(surface.lightmap.u_size), side(surface.lightmap.v_size)};
     brush.GenerateTextureSpaces();
     brush.TesselateCurves();
     brush.ComputeNormals();
@@ -187,18 +190,24 @@ void WorldPicture::DrawTriangle(const Vertex* corners, const Paint& paint) {
         Rasterise(polygon[0], polygon[k - 1], polygon[k], paint);
 }
 
-static float Fraction(float value) { return value - std::floor(value); }
+// The column or row of a repeated texture; one of them also for a coordinate that is no number.
+static int TexelPlace(float coordinate, int side) {
+    const float fraction = coordinate - std::floor(coordinate);
+    return std::clamp(WholeNumber(fraction * static_cast<float>(side)), 0, side - 1);
+}
 
 static uint32_t Texel(const Texels& texture, const UVVector& uv) {
-    const int x = std::min(static_cast<int>(Fraction(uv.u) * static_cast<float>(texture.width)), texture.width - 1);
-    const int y = std::min(static_cast<int>(Fraction(uv.v) * static_cast<float>(texture.height)), texture.height - 1);
+    const int x = TexelPlace(uv.u, texture.width), y = TexelPlace(uv.v, texture.height);
     return texture.argb[static_cast<size_t>(y) * static_cast<size_t>(texture.width) + static_cast<size_t>(x)];
 }
 
 // Bilinear, clamped to the edges.
 static D3DVECTOR LightColor(const LightTexels& map, const UVVector& uv) {
-    const float x = uv.u * static_cast<float>(map.width) - 0.5f, y = uv.v * static_cast<float>(map.height) - 0.5f;
-    const int x0 = static_cast<int>(std::floor(x)), y0 = static_cast<int>(std::floor(y));
+    const auto place = [](float coordinate, int side) {
+        return std::clamp(coordinate * static_cast<float>(side) - 0.5f, -1.0f, static_cast<float>(side));
+    };
+    const float x = place(uv.u, map.width), y = place(uv.v, map.height);
+    const int x0 = WholeNumber(std::floor(x)), y0 = WholeNumber(std::floor(y));
     const float fx = x - static_cast<float>(x0), fy = y - static_cast<float>(y0);
     const auto at = [&map](int px, int py) {
         const uint8_t* texel = map.bytes + (static_cast<ptrdiff_t>(std::clamp(py, 0, map.height - 1)) * map.width +
@@ -235,9 +244,7 @@ void WorldPicture::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, 
     if (!(std::fabs(area) > 1.0e-6f))
         return;
     const bool is_decal = paint.blend == PictureBlend::Multiply || paint.blend == PictureBlend::Alpha;
-    const auto bound = [](float value, int most) {
-        return static_cast<int>(std::clamp(value, 0.0f, static_cast<float>(most)));
-    };
+    const auto bound = [](float value, int most) { return std::clamp(WholeNumber(value), 0, most); };
     const int x_first = bound(std::min({x[0], x[1], x[2]}), width),
               x_last = bound(std::max({x[0], x[1], x[2]}) + 1, width);
     const int y_first = bound(std::min({y[0], y[1], y[2]}), height),

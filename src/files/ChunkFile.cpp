@@ -77,7 +77,7 @@ bool UChunkFile::OpenForReading() {
     char magic[CHUNK_FILE_MAGIC.size()];
     if (total_size < sizeof magic || !ReadAt(0, magic, sizeof magic) ||
         std::string_view(magic, sizeof magic) != CHUNK_FILE_MAGIC)
-        return Fail("is not a chunk file: the magic text is missing");
+        return Fail("is not a file of Marrowstead 2000, or its beginning is damaged");
     return ReadTables();
 }
 

@@ -9,7 +9,7 @@
 namespace {
 
 constexpr int32_t MAX_SURFACE_VERTICES = 65536; // 16-bit indices
-constexpr float MAX_COORDINATE = 1.0e9f;        // beyond it squares of distances are no longer finite
+constexpr float LEAST_MAPPING_SIZE = 1.0e-3f;   // of a texture, in texels; below it quotients grow without bound
 constexpr float LEAST_DAMAGE = 0.01f;
 
 struct SurfaceCounts {
@@ -138,6 +138,11 @@ private:
             !file.GetNextValues(surface.edge_indices, static_cast<size_t>(told.edge_count)))
             return false;
         RepairPoints(surface.vertices);
+        RepairPoints(surface.normal);
+        for (UVVector& uv : surface.uv) {
+            RepairNumber(uv.u);
+            RepairNumber(uv.v);
+        }
         for (TRIANGLE& triangle : surface.tri_indices)
             RepairIndices(triangle.i, surface.vertices.size());
         for (EDGE& edge : surface.edge_indices)
@@ -157,20 +162,25 @@ private:
         TEX_INFO& info = surface.texture;
         for (float* value :
              {&info.shift.u, &info.shift.v, &info.scale.u, &info.scale.v, &info.size.u, &info.size.v, &info.rotation})
-            if (!std::isfinite(*value)) {
-                *value = 0;
+            RepairNumber(*value);
+        for (float* side : {&info.size.u, &info.size.v})
+            if (*side != 0 && std::fabs(*side) < LEAST_MAPPING_SIZE) {
+                *side = 0;
                 repaired = true;
             }
         return true;
     }
 
+    void RepairNumber(float& value) {
+        if (std::fabs(value) <= MAX_COORDINATE)
+            return;
+        value = 0;
+        repaired = true;
+    }
     void RepairPoints(std::vector<D3DVECTOR>& points) {
         for (D3DVECTOR& point : points)
             for (int axis = 0; axis < 3; ++axis)
-                if (float& value = Component(point, axis); !(std::fabs(value) <= MAX_COORDINATE)) {
-                    value = 0;
-                    repaired = true;
-                }
+                RepairNumber(Component(point, axis));
     }
     template <size_t N>
     void RepairIndices(std::array<uint16_t, N>& indices, size_t vertex_count) {

@@ -12,6 +12,7 @@ inline constexpr const char* CHUNK_MP_GAMES = "MPGames";
 inline constexpr const char* CHUNK_AI_GROUPS = "AIGroups";
 inline constexpr const char* CHUNK_DECALS = "Decals";
 
+inline constexpr const char* CHUNK_WORLD_ID = "FileID";          // of a compiled world only
 inline constexpr const char* CHUNK_DESCRIPTION = "Description"; // of a prefab
 
 inline constexpr const char* PREFAB_FORMAT_1_1 = "Marrowstead2000 Prefab";

@@ -20,7 +20,7 @@ public:
 
     bool Read() {
         ReadVersion();
-        if (!ReadBrushes() || !ReadMaterials())
+        if (!CheckKind() || !ReadBrushes() || !ReadMaterials())
             return false;
         RenumberMaterials();
         if (!ReadEntities())
@@ -43,24 +43,9 @@ public:
         return false;
     }
     const std::string& Error() const { return error; }
-    // A sentence that tells what; empty when all was known here.
-    std::string LeftOut() const {
+    ProjectLeftOut LeftOut() const {
         const auto dropped = std::count(entities_of_file.begin(), entities_of_file.end(), nullptr);
-        std::vector<std::string> parts;
-        const auto add = [&parts](int count, const char* one, const char* several) {
-            if (count > 0)
-                parts.push_back(count == 1 ? one : Format(several, count));
-        };
-        add(static_cast<int>(dropped), "an entity", "%d entities");
-        add(unknown_materials, "a material", "%d materials");
-        add(decals_without_texture, "the texture of a decal", "the textures of %d decals");
-        if (parts.empty())
-            return {};
-        std::string all = parts.front();
-        for (size_t i = 1; i < parts.size(); ++i)
-            all += (i + 1 < parts.size() ? ", " : " and ") + parts[i];
-        return Format("What \"%s\" holds was not all known in this data folder. Left out: %s.",
-                      file.GetFilename().c_str(), all.c_str());
+        return {static_cast<int>(dropped), unknown_materials, decals_without_texture};
     }
 
 private:
@@ -86,6 +71,16 @@ private:
         version = EqualNoCase(text, PROJECT_FORMAT_2_0)   ? PROJECT_VERSION_2_0
                   : EqualNoCase(text, PROJECT_FORMAT_1_1) ? PROJECT_VERSION_1_1
                                                           : PROJECT_VERSION_1_0;
+    }
+
+    // A file of another kind would open as an empty level, and a save would write over it.
+    bool CheckKind() {
+        if (file.OpenChunk(CHUNK_WORLD_ID, ANY_CHUNK_ID, COT_SameName))
+            return Fail("it is a compiled world, not a project");
+        for (const char* name : {CHUNK_FORMAT, CHUNK_BRUSH, CHUNK_ENTITY, CHUNK_MAP_INFO})
+            if (file.OpenChunk(name, ANY_CHUNK_ID, COT_SameName))
+                return true;
+        return Fail("it holds no level");
     }
 
     bool ReadBrushes() {
@@ -312,18 +307,21 @@ private:
     std::string error;
 };
 
-// Opens the file and reads what is asked for. False with a sentence.
+// Opens the file and reads what is asked for. False with a sentence, and with the views as they were.
 template <class ReadWhat>
 bool ReadFrom(std::string_view full_name, World& world, ProjectViews& views, MaterialLibrary& materials,
-              EntityParser& parser, std::string& error, ReadWhat read) {
+              EntityParser& parser, std::string& error, ProjectLeftOut* left_out, ReadWhat read) {
     UChunkFile file(full_name, CFM_Open);
     if (!file.IsValid()) {
         error = file.GetError();
         return false;
     }
-    ProjectReader reader(file, world, views, materials, parser);
+    ProjectViews stored = views;
+    ProjectReader reader(file, world, stored, materials, parser);
     if ((reader.*read)()) {
-        error = reader.LeftOut();
+        views = stored;
+        if (left_out)
+            *left_out = reader.LeftOut();
         return true;
     }
     error = Format("\"%s\" cannot be read: %s", file.GetFilename().c_str(), reader.Error().c_str());
@@ -332,13 +330,31 @@ bool ReadFrom(std::string_view full_name, World& world, ProjectViews& views, Mat
 
 } // namespace
 
+std::string ProjectLeftOut::Sentence(std::string_view file_name) const {
+    std::vector<std::string> parts;
+    const auto add = [&parts](int count, const char* one, const char* several) {
+        if (count > 0)
+            parts.push_back(count == 1 ? one : Format(several, count));
+    };
+    add(entities, "an entity", "%d entities");
+    add(materials, "a material", "%d materials");
+    add(decal_textures, "the texture of a decal", "the textures of %d decals");
+    if (parts.empty())
+        return {};
+    std::string all = parts.front();
+    for (size_t i = 1; i < parts.size(); ++i)
+        all += (i + 1 < parts.size() ? ", " : " and ") + parts[i];
+    return Format("What \"%s\" holds was not all known in this data folder. Left out: %s.",
+                  std::string(file_name).c_str(), all.c_str());
+}
+
 bool LoadProject(std::string_view full_name, World& world, ProjectViews& views, MaterialLibrary& materials,
-                 EntityParser& parser, std::string& error) {
-    return ReadFrom(full_name, world, views, materials, parser, error, &ProjectReader::Read);
+                 EntityParser& parser, std::string& error, ProjectLeftOut* left_out) {
+    return ReadFrom(full_name, world, views, materials, parser, error, left_out, &ProjectReader::Read);
 }
 
 bool LoadDecals(std::string_view full_name, World& world, MaterialLibrary& materials, EntityParser& parser,
                 std::string& error) {
     ProjectViews unused;
-    return ReadFrom(full_name, world, unused, materials, parser, error, &ProjectReader::ReadOnlyDecals);
+    return ReadFrom(full_name, world, unused, materials, parser, error, nullptr, &ProjectReader::ReadOnlyDecals);
 }

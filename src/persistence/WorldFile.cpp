@@ -2,6 +2,7 @@
 
 #include "files/ChunkFile.h"
 #include "foundation/Strings.h"
+#include "persistence/ProjectChunks.h"
 #include "persistence/Records.h"
 #include "scene/Brush.h"
 #include "scene/Entity.h"
@@ -40,7 +41,7 @@ private:
 
     bool ReadID() {
         std::string id;
-        if (!file.OpenChunk("FileID", ANY_CHUNK_ID, COT_SameName) || !file.GetNextString(id))
+        if (!file.OpenChunk(CHUNK_WORLD_ID, ANY_CHUNK_ID, COT_SameName) || !file.GetNextString(id))
             return Fail("it has no FileID");
         return id == WORLD_FILE_ID || Fail("its FileID is \"" + id + "\"");
     }

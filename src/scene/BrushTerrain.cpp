@@ -1,6 +1,7 @@
 // One segment of a terrain: made from a height map, and reshaped by the tool.
 #include <algorithm>
 
+#include "foundation/WholeNumber.h"
 #include "scene/TerrainParts.h"
 #include "scene/World.h"
 
@@ -85,7 +86,7 @@ void ForEachInReach(Surface& s, const D3DVECTOR& center, float radius, Fn&& fn) 
 // The column or row of the noise for an offset from the centre.
 size_t NoiseCell(float offset, float radius) {
     constexpr int HALF = NOISE_FIELD_SIDE / 2;
-    const int cell = static_cast<int>(static_cast<float>(HALF) * (offset / radius + 1));
+    const int cell = WholeNumber(static_cast<float>(HALF) * (offset / radius + 1));
     return static_cast<size_t>(std::clamp(cell, 0, NOISE_FIELD_SIDE - 1));
 }
 

@@ -1,4 +1,5 @@
 // Moving, scaling, turning and reshaping the selection.
+#include "foundation/WholeNumber.h"
 #include "render/Matrix.h"
 #include "scene/EditMatrices.h"
 #include "scene/FrontEnd.h"
@@ -57,7 +58,7 @@ void World::RotateBrush(float angle, int view) {
     if (entity_selection.GetItemCount() != 1 || brush_selection.GetItemCount() != 0)
         return;
     Entity& single = *entity[static_cast<size_t>(entity_selection.GetItem(0))];
-    const int degrees = static_cast<int>(angle * HALF_TURN / PI);
+    const int degrees = WholeNumber(angle * HALF_TURN / PI);
     const int step = angle < 0 ? -RANGE_STEP : RANGE_STEP;
     if (GetFrontEnd().IsShiftDown()) {
         if (!single.AddRange(step))

@@ -1,11 +1,14 @@
 #include "compiler/Compile.h"
 
+#include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
 
 #include "compiler/Levels.h"
+#include "compiler/TwoRooms.h"
 #include "files/ChunkFile.h"
 #include "foundation/Desktop.h"
+#include "foundation/Strings.h"
 #include "foundation/TempFolder.h"
 #include "persistence/WorldFile.h"
 
@@ -258,6 +261,17 @@ TEST_F(Compile, SaysWhatItCannotDo) {
     EXPECT_NE(level.message.find("All.few"), std::string::npos) << level.message;
     EXPECT_FALSE(std::filesystem::exists("Maps/Test.few"));
 
+    Brush& crate = *level.world.brush[0];
+    for (const float odd : {std::nanf(""), 1.0e30f}) {
+        crate.surfaces[0].uv[1].v = odd;
+        EXPECT_EQ(CompileWorld(level.world, level.options, TARGET, level.progress, level.message),
+                  CompileResult::LimitExceeded);
+        EXPECT_NE(level.message.find(Format("the id %u has texture coordinates", crate.GetObjectID())),
+                  std::string::npos)
+            << level.message;
+    }
+    EXPECT_FALSE(std::filesystem::exists("Maps/Test.few"));
+
     World dense;
     for (int k = 0; k < 17; ++k)
         AddShape(dense, BT_BOX, {-13000, -13000, -13000}, {13000, 13000, 13000}, 0);
@@ -299,4 +313,50 @@ TEST_F(Compile, AnEmptyLevelIsAValidWorld) {
         EXPECT_EQ(file.lightmap_pages.size(), 1u);
         EXPECT_EQ(file.leaves.size(), 9u);
     }
+}
+
+TEST_F(Compile, CellsWithoutEyesAreRefusedByName) {
+    std::filesystem::create_directory("Maps");
+    HeadlessDesktop desktop;
+    SetDesktop(&desktop);
+    for (const bool has_light : {false, true}) {
+        TestMaterials library;
+        World world(&library);
+        AddMaterialRow(world, "wall");
+        AddShape(world, BT_BOX, {0, 0, 0}, {64, 64, 64});
+        if (has_light)
+            AddLight(world, {80, 100, 0}, 300);
+        CompileOptions options;
+        options.subdivide_world = true;
+        Recorder progress;
+        std::string message;
+        ProblemSolver problems;
+        const CompileResult result = CompileWorld(world, options, TARGET, progress, message, &problems);
+        EXPECT_EQ(result, has_light ? CompileResult::Problems : CompileResult::LimitExceeded);
+        EXPECT_EQ(message.find("No visibility eye: "), has_light ? std::string::npos : 0u) << message;
+        const size_t sentence = progress.all.find("No visibility eye: ");
+        ASSERT_NE(sentence, std::string::npos);
+        EXPECT_EQ(problems.wrong_entity_ids.size(), has_light ? 1u : 0u);
+        if (has_light) {
+            EXPECT_LT(sentence, progress.all.find("!!!! Compilation problems found !!!!"));
+        }
+        EXPECT_FALSE(std::filesystem::exists("Maps/Test.few"));
+    }
+    SetDesktop(nullptr);
+}
+
+// A clip box leaves out what closes the cells: that is no problem, and none is handed on.
+TEST_F(Compile, AClipBoxHandsOnNoProblems) {
+    std::filesystem::create_directory("Maps");
+    TwoRooms rooms;
+    rooms.options.clip_box_compilation = true;
+    rooms.options.clip_box = MakeBox({-300, -50, -200}, {-50, 200, 200});
+    Recorder progress;
+    std::string message;
+    ProblemSolver problems;
+    ASSERT_EQ(CompileWorld(rooms.world, rooms.options, TARGET, progress, message, &problems), CompileResult::Written)
+        << message;
+    EXPECT_TRUE(problems.portals.empty());
+    EXPECT_TRUE(problems.wrong_entity_ids.empty());
+    EXPECT_TRUE(problems.one_cell_entities.empty());
 }

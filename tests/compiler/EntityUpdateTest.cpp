@@ -1,9 +1,12 @@
 // The quick update of entities in a compiled world.
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "compiler/Compile.h"
 #include "compiler/EntityUpdate.h"
 #include "compiler/Levels.h"
+#include "compiler/TwoRooms.h"
 #include "foundation/Desktop.h"
 #include "foundation/TempFolder.h"
 #include "persistence/WorldFile.h"
@@ -97,4 +100,71 @@ TEST_F(EntityUpdateTest, WithoutAnOldWorldThereIsNothingToUpdate) {
     EXPECT_EQ(desktop.boxes[0].title, "Compile entity error");
     EXPECT_FALSE(std::filesystem::exists("Maps/small.few"));
     EXPECT_EQ(ReadBytes("Maps/small.bkp"), "an older copy");
+}
+
+// A file's cells are known by their places alone: where the level has others, nothing may be written into them.
+TEST(EntityUpdate, CellsThatNoLongerFitAskForAFullCompile) {
+    class Text : public CompileProgress {
+    public:
+        void AddText(const std::string& text) override { all += text; }
+        std::string all;
+    };
+    struct Case {
+        const char* name;
+        bool visibility;
+        void (*change)(TwoRooms& rooms);
+        EntityUpdateResult expected;
+    };
+    const Case cases[] = {
+        {"nothing changed", true, [](TwoRooms&) {}, EntityUpdateResult::Written},
+        {"a light moved", true, [](TwoRooms& rooms) { rooms.lamp_a->position.y -= 5; }, EntityUpdateResult::Written},
+        {"subdivision switched off", true, [](TwoRooms& rooms) { rooms.options.subdivide_world = false; },
+         EntityUpdateResult::CellsDiffer},
+        {"subdivision off, cells stay", false, [](TwoRooms& rooms) { rooms.options.subdivide_world = false; },
+         EntityUpdateResult::Written},
+        {"eyes linked since", true,
+         [](TwoRooms& rooms) { rooms.eye_a->AddLinkedObjectID(rooms.eye_b->GetObjectID()); },
+         EntityUpdateResult::CellsDiffer},
+        {"a further portal", true,
+         [](TwoRooms& rooms) { AddShape(rooms.world, BT_PORTAL, {-4, 200, -22}, {4, 262, 22}, 0); },
+         EntityUpdateResult::CellsDiffer},
+        {"a wall became an occluder", true,
+         [](TwoRooms& rooms) { rooms.world.brush[TwoRooms::CRATE_A]->type = BT_OCCLUDER; },
+         EntityUpdateResult::CellsDiffer},
+        {"entities deleted, cells stay", false, [](TwoRooms& rooms) { rooms.world.entity.resize(2); },
+         EntityUpdateResult::CellsDiffer},
+    };
+    for (const Case& c : cases) {
+        const TempFolder folder;
+        const CurrentFolder current(folder.Path());
+        HeadlessDesktop desktop;
+        SetDesktop(&desktop);
+        std::filesystem::create_directory("Maps");
+        TwoRooms rooms;
+        Text progress;
+        ProblemSolver problems;
+        std::string message;
+        ASSERT_EQ(CompileWorld(rooms.world, rooms.options, "Maps\\two.few", rooms.silent, message),
+                  CompileResult::Written)
+            << message;
+        const std::string before = ReadBytes("Maps/two.few");
+        c.change(rooms);
+        EXPECT_EQ(CompileEntities(rooms.world, rooms.options, "Maps\\two.few", c.visibility, progress, problems),
+                  c.expected)
+            << c.name;
+        EXPECT_NE(progress.all.find(" Nodes\r\n"), std::string::npos) << c.name;
+        if (c.expected == EntityUpdateResult::CellsDiffer) {
+            EXPECT_TRUE(ReadBytes("Maps/two.few") == before) << c.name;
+            ASSERT_EQ(desktop.boxes.size(), 1u) << c.name;
+            EXPECT_NE(desktop.boxes[0].text.find("recompile whole project"), std::string::npos) << c.name;
+        }
+        SetDesktop(nullptr);
+    }
+}
+
+TEST_F(EntityUpdateTest, ALevelWithoutEndIsNotToldAsATreeTooLarge) {
+    AddEntityOf(world, "CORONA", {std::numeric_limits<float>::infinity(), 0, 0});
+    EXPECT_EQ(Update(false), EntityUpdateResult::LimitExceeded);
+    ASSERT_EQ(desktop.boxes.size(), 1u);
+    EXPECT_EQ(desktop.boxes[0].text, "A brush or an entity lies too far out: the extent of the level is no number.");
 }

@@ -1,8 +1,11 @@
 // The compile command over a whole data root: loading, the safety copy, the written world, and what goes wrong.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "editor/Interface.h"
 #include "editor/LightPreview.h"
+#include "files/ChunkFile.h"
 #include "foundation/Desktop.h"
 #include "foundation/Random.h"
 #include "persistence/ProjectData.h"
@@ -87,6 +90,48 @@ TEST_F(CompileCommandTest, UnreadableProjectsOpenAFreshWorld) {
     EXPECT_FALSE(interface.LoadProject(nullptr, "other.msp", data.error));
     EXPECT_NE(data.error.find("other.msp"), std::string::npos);
     EXPECT_EQ(interface.world->GetBrushCount(), 0);
+}
+
+// What the mouse needs is the window's, whatever a file tells: of one that is refused, and of one that opens.
+TEST_F(CompileCommandTest, RectanglesOfAFileAreNotThoseOfTheWindow) {
+    const RECT live{3, 4, 203, 104};
+    ProjectViews stored;
+    stored.left.window_rect = stored.left.client_rect = {-2000000000, 7, 2000000000, 8};
+    ASSERT_TRUE(SaveProject("whole.msp", *data.NewWorld(), stored, false, data.error));
+    {
+        UChunkFile whole("whole.msp", CFM_Open), refused("refused.msp", CFM_Create);
+        ASSERT_TRUE(whole.OpenChunk("MapInfo", ANY_CHUNK_ID, COT_SameName));
+        refused.CreateChunk("MapInfo", ANY_CHUNK_ID);
+        for (uint32_t k = 0; k < whole.GetArraysCountInChunk(); ++k)
+            refused.WriteValues(whole.GetArrayAlloc(k));
+        refused.CloseChunk();
+        refused.CreateChunk("MPGames", ANY_CHUNK_ID);
+        refused.WriteValue(1000); // more than there can be
+        refused.CloseChunk();
+        ASSERT_TRUE(refused.CloseChunkFile());
+    }
+    for (const bool is_whole : {false, true}) {
+        interface.View(VIEW_LEFT).window_rect = interface.View(VIEW_LEFT).client_rect = live;
+        EXPECT_EQ(interface.LoadProject(nullptr, is_whole ? "whole.msp" : "refused.msp", data.error), is_whole);
+        EXPECT_EQ(std::memcmp(&interface.View(VIEW_LEFT).window_rect, &live, sizeof live), 0);
+        EXPECT_EQ(std::memcmp(&interface.View(VIEW_LEFT).client_rect, &live, sizeof live), 0);
+    }
+}
+
+TEST_F(CompileCommandTest, TheTracedEntityReachesTheCompile) {
+    ASSERT_TRUE(interface.LoadProject(nullptr, "small.msp", data.error));
+    auto eye = std::make_unique<Entity>();
+    eye->str_type = "VISIBILITY_EYE";
+    eye->SetPosition(interface.world->entity[0]->position + D3DVECTOR{0, 10, 0});
+    interface.world->AddEntity(std::move(eye));
+    interface.settings.subdivide_world = true;
+    for (const bool traced : {false, true}) {
+        interface.traceing_id = traced ? interface.world->entity[0]->GetObjectID() : NO_OBJECT_ID;
+        CProgressText progress;
+        interface.Compile(progress);
+        EXPECT_EQ(std::filesystem::exists("Marrowstead/trace.log"), traced);
+    }
+    EXPECT_NE(ReadBytes("Marrowstead/trace.log").find("Starting traceing entity id = "), std::string::npos);
 }
 
 TEST_F(CompileCommandTest, StoppedAndFailedRunsLeaveTheOldWorld) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 #include "editor/Interface.h"
 #include "editor/WorldPicture.h"
@@ -36,6 +37,42 @@ TEST(WorldPicture, IsFramedAsTheMovieCameraDoes) {
         EXPECT_NEAR(x / pixels, WIDTH / 2.0f + view.x * scale, 1.0f) << roll;
         EXPECT_NEAR(y / pixels, HEIGHT / 2.0f - view.y * scale, 1.0f) << roll;
     }
+}
+
+// A picture survives coordinates, light and sizes that are no numbers or beyond all integers.
+TEST(WorldPicture, SurvivesNumbersThatCannotBe) {
+    constexpr float ENDLESS = std::numeric_limits<float>::infinity();
+    const Texels checks{2, 2, {0xFFFFFFFF, 0xFF000000, 0xFF000000, 0xFFFFFFFF}};
+    WorldFile world;
+    world.materials.resize(1);
+    world.lightmap_pages.emplace_back(static_cast<size_t>(LIGHTMAP_PAGE_SIDE) * LIGHTMAP_PAGE_SIDE * 3, uint8_t{200});
+    for (const float odd : {std::nanf(""), ENDLESS, -ENDLESS, 3.0e38f, -1.0e30f, 1.0e10f})
+        for (int field = 0; field < 6; ++field) {
+            WorldBrush& brush = world.brushes.emplace_back();
+            WorldSurface& surface = brush.surfaces.emplace_back();
+            surface.texture.index = 1;
+            surface.lightmap.u_size = surface.lightmap.v_size = 0.25f;
+            surface.vertices = {{-5, -5, 20}, {5, -5, 20}, {0, 5, 20}};
+            surface.uv.assign(3, {0.25f, 0.25f});
+            surface.lightmap_uv.assign(3, {0.5f, 0.5f});
+            surface.triangles = {{{0, 2, 1}}, {{0, 1, 2}}};
+            float* const places[] = {&surface.uv[1].u,         &surface.lightmap_uv[2].v,
+                                     &surface.lightmap.u_size, &surface.lightmap.v_start,
+                                     &surface.vertices[2].y,   &surface.lightmap.v_size};
+            *places[field] = odd;
+            if (field == 5) {
+                surface.cp_count = CURVE_PATCH;
+                for (int k = 0; k < 9; ++k)
+                    surface.cp.push_back(
+                        {static_cast<float>(k % 3) * 4 - 4, static_cast<float>(k / 3) * 4 - 4, 25});
+                surface.texture.scale = {odd, 1};
+            }
+        }
+    WorldPicture picture(40, 30, {{0, 0, 0}, {0, 0, 1}, 0, 1.2f});
+    picture.Draw(world, {checks}, {});
+    EXPECT_EQ(picture.Rgb().size(), 40u * 30u * 3u);
+    constexpr size_t MIDDLE = (15 * 40 + 20) * 3;
+    EXPECT_GT(picture.Rgb()[MIDDLE], 100) << "the surfaces before and behind the odd ones are still drawn";
 }
 
 // A decal without alpha multiplies what the picture shows under it, one with alpha covers it by its share; where a

@@ -235,9 +235,9 @@ TEST(ChunkFile, SaysWhyAFileIsRefused) {
     };
     const std::string outside = "is damaged: its tables lie outside the file";
     const Case cases[] = {
-        {"empty", "", "is not a chunk file: the magic text is missing"},
+        {"empty", "", "is not a file of Marrowstead 2000, or its beginning is damaged"},
         {"another format", std::string("<Tallowen Chunk FilE>").append(good, 21),
-         "is not a chunk file: the magic text is missing"},
+         "is not a file of Marrowstead 2000, or its beginning is damaged"},
         {"H past the end", with_word(good.size() - 4, static_cast<uint32_t>(good.size())), outside},
         {"H huge", with_word(good.size() - 4, 0xFFFFFFFF), outside},
         {"H inside the magic", with_word(good.size() - 4, 3), outside},

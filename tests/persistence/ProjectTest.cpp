@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "files/ChunkFile.h"
 #include "foundation/Desktop.h"
@@ -347,13 +349,20 @@ TEST(Project, UnusableGeometryIsRepairedAndShown) {
     AddTestBrush(*world, BT_BOX, 0, 0)->surfaces[0].tri_indices[0].i[1] = 4; // beyond its four vertices
     AddTestBrush(*world, BT_BOX, 100, 0)->surfaces[5].vertices[2].y = std::nanf("");
     AddTestBrush(*world, BT_BOX, 200, 0);
+    AddTestBrush(*world, BT_BOX, 300, 0)->surfaces[2].uv[1].u = std::numeric_limits<float>::infinity();
+    AddTestBrush(*world, BT_BOX, 400, 0)->surfaces[1].texture.scale.v = 1.0e30f;
+    AddTestBrush(*world, BT_BOX, 500, 0)->surfaces[1].texture.size.u = 1.0e-30f;
     ASSERT_TRUE(SaveProject("level.msp", *world, {}, false, data.error));
     std::unique_ptr<World> loaded = data.Load("level.msp");
     ASSERT_TRUE(loaded) << data.error;
+    for (const auto& brush : loaded->brush)
+        for (const Surface& surface : brush->surfaces)
+            for (const UVVector& uv : surface.uv)
+                EXPECT_TRUE(std::fabs(uv.u) < 1.0e6f && std::fabs(uv.v) < 1.0e6f) << uv.u << " " << uv.v;
     EXPECT_EQ(loaded->brush[0]->surfaces[0].tri_indices[0].i[1], 0);
     EXPECT_EQ(loaded->brush[1]->surfaces[5].vertices[2].y, 0.0f);
     EXPECT_EQ(std::vector<int>(loaded->brush_selection.begin(), loaded->brush_selection.end()),
-              (std::vector<int>{0, 1}));
+              (std::vector<int>{0, 1, 3, 4, 5}));
 }
 
 TEST(Project, BackupHoldsTheLastVersion) {
@@ -382,6 +391,56 @@ TEST(Project, FailedSaveLeavesTheOldFile) {
 }
 
 // No damage may crash or hang the reader: it refuses with a sentence that names the file, or reads what is left.
+TEST(Project, ARefusedFileLeavesTheViewsAsTheyWere) {
+    ProjectData data;
+    std::unique_ptr<World> world = FullWorld(data);
+    ProjectViews stored;
+    stored.left.window_rect = {-2000000000, 5, 2000000000, 6};
+    stored.left.zoom_in = 8;
+    stored.clip_box = MakeBox({-1, -1, -1}, {1, 1, 1});
+    ASSERT_TRUE(SaveProject("level.msp", *world, stored, false, data.error));
+    {
+        UChunkFile whole("level.msp", CFM_Open), damaged("damaged.msp", CFM_Create);
+        for (bool more = whole.OpenChunk(nullptr, ANY_CHUNK_ID, COT_Any); more; more = whole.OpenNextChunk()) {
+            damaged.CreateChunk(whole.GetChunkName(), whole.GetChunkID());
+            const bool last = std::string(whole.GetChunkName()) == "Decals";
+            for (uint32_t k = 0; k < whole.GetArraysCountInChunk(); ++k)
+                damaged.WriteValues(last ? std::vector<uint8_t>{100, 0, 0, 0} : whole.GetArrayAlloc(k));
+            damaged.CloseChunk();
+        }
+        ASSERT_TRUE(damaged.CloseChunkFile());
+    }
+    ProjectViews views;
+    views.left.window_rect = {1, 2, 3, 4};
+    const ProjectViews before = views;
+    EXPECT_FALSE(data.Load("damaged.msp", views));
+    EXPECT_EQ(std::memcmp(&views.left, &before.left, sizeof views.left), 0);
+    EXPECT_EQ(views.clip_box, before.clip_box);
+    EXPECT_TRUE(data.Load("level.msp", views)) << data.error;
+    EXPECT_EQ(views.left.zoom_in, 8);
+}
+
+TEST(Project, FilesOfOtherKindsAreNoLevels) {
+    ProjectData data;
+    const auto refusal = [&](const char* chunk, const char* text) {
+        {
+            UChunkFile file("other.msp", CFM_Create);
+            file.CreateChunk(chunk, ANY_CHUNK_ID);
+            file.WriteString(text);
+            file.CloseChunk();
+            EXPECT_TRUE(file.CloseChunkFile());
+        }
+        return data.Load("other.msp") ? "opened" : data.error;
+    };
+    EXPECT_EQ(refusal("FileID", "Fennelworks World v2.1"),
+              "\"other.msp\" cannot be read: it is a compiled world, not a project");
+    EXPECT_EQ(refusal("General", "x"), "\"other.msp\" cannot be read: it holds no level");
+    EXPECT_EQ(refusal("FormatID", "Marrowstead2000 Project v2.0"), "opened");
+    WriteBytes("other.msp", "a text of someone else, longer than the beginning of a file of ours");
+    EXPECT_FALSE(data.Load("other.msp"));
+    EXPECT_EQ(data.error, "\"other.msp\" is not a file of Marrowstead 2000, or its beginning is damaged");
+}
+
 TEST(Project, DamagedFilesAreRefusedInOneSentence) {
     ProjectData data;
     std::unique_ptr<World> world = FullWorld(data);

@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "foundation/Strings.h"
+#include "persistence/BrushReader.h"
 #include "scene/Brush.h"
 #include "scene/Entity.h"
 #include "scene/World.h"
@@ -94,6 +95,10 @@ private:
         for (const D3DVECTOR& v : surface.vertices)
             Expect(std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z),
                    "surface %d of brush %d has a vertex that is no number", s, b);
+        for (const UVVector& uv : surface.uv)
+            Expect(std::fabs(uv.u) <= MAX_COORDINATE && std::fabs(uv.v) <= MAX_COORDINATE,
+                   "surface %d of brush %d has a texture coordinate that is no number or too large", s, b);
+        CheckMapping(surface, b, s);
         for (const UVVector& uv : surface.lightmap_uv)
             Expect(std::isfinite(uv.u) && std::isfinite(uv.v),
                    "surface %d of brush %d has a lightmap coordinate that is no number", s, b);
@@ -113,6 +118,14 @@ private:
                    "a dynamic lightmap of surface %d of brush %d names the entity %d, which is no light", s, b,
                    info.light_index);
         }
+    }
+
+    // The game maps a curved surface itself, by these numbers.
+    void CheckMapping(const WorldSurface& surface, int b, int s) {
+        const TEX_INFO& map = surface.texture;
+        for (const float value : {map.shift.u, map.shift.v, map.scale.u, map.scale.v, map.size.u, map.size.v, map.rotation})
+            Expect(std::fabs(value) <= MAX_COORDINATE,
+                   "surface %d of brush %d has a mapping that is no number or too large", s, b);
     }
 
     void CheckRectangle(const LIGHTMAP_INFO& info, bool lit, int b, int s) {
