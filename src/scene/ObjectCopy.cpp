@@ -88,13 +88,15 @@ bool SameEntity(const Entity& a, const Entity& b) {
 } // namespace
 
 ObjectCopy::ObjectCopy(const BaseObject& src, const World& world)
-    : id(src.GetObjectID()), curve_detail(world.curve_detail) {
+    : id(src.GetObjectID()), curve_detail(world.curve_detail), last_decal_id(world.last_decal_id) {
     if (src.GetGroupID() == OBJECT_BRUSH) {
         const auto& brush = static_cast<const Brush&>(src);
         auto copy = std::make_unique<Brush>();
         copy->CopyExactly(brush);
         object = std::move(copy);
         NoteMaterials(brush, world);
+        for (const auto& decal : brush.decal_list)
+            decals.insert(decal->id);
     } else {
         object = src.GetCopy();
         CopyState(static_cast<Entity&>(*object), static_cast<const Entity&>(src));
@@ -160,8 +162,14 @@ bool ObjectCopy::Restore(BaseObject& live, World& world) const {
     FindMaterials(brush, world);
     if (curve_detail != world.curve_detail)
         brush.ChangeCurveDetail(world.curve_detail);
-    RecutDecals(world, brush);
+    RestoreDecals(brush, world);
     return true;
+}
+
+void ObjectCopy::RestoreDecals(Brush& restored, World& world) const {
+    RecutDecals(world, restored);
+    std::erase_if(restored.decal_list,
+                  [this](const auto& decal) { return decal->id <= last_decal_id && decals.count(decal->id) == 0; });
 }
 
 bool ObjectCopy::SameSurface(const Surface& copy, const Surface& live, const World& world) const {

@@ -34,13 +34,16 @@ private:
         MaterialRow row;
     };
     void NoteMaterials(const Brush& src, const World& world);
+    void RestoreDecals(Brush& restored, World& world) const;
     void FindMaterials(Brush& restored, World& world) const;
     const MaterialRow* MaterialOf(int32_t index) const; // null: none
     bool SameSurface(const Surface& copy, const Surface& live, const World& world) const;
 
     std::unique_ptr<BaseObject> object;
     std::vector<UsedMaterial> materials;
-    int curve_detail; // of the world when the copy was taken
+    std::unordered_set<uint32_t> decals; // that it bears: a clone bears none though it lies where they are
+    int curve_detail;                    // these two of the world when the copy was taken
+    uint32_t last_decal_id;
 };
 
 // Members of a group, or the selection, by id in their order.

@@ -16,30 +16,15 @@ protected:
         SelectBrushes({0});
     }
     SceneState State() { return StateOf(Level()); }
-    // Where everything is, by ids: moves of coordinates with fractions are not undone to the last bit.
-    std::map<uint32_t, std::vector<float>> Places() {
-        std::map<uint32_t, std::vector<float>> places;
-        for (const auto& b : Level().brush) {
-            std::vector<float>& of = places[b->GetObjectID()];
-            of.push_back(b->is_hidden);
-            b->ForEachSurface([&of](const Surface& s, int, bool) {
-                for (const D3DVECTOR& v : s.vertices)
-                    of.insert(of.end(), {v.x, v.y, v.z});
-            });
-        }
-        for (const auto& e : Level().entity)
-            places[e->GetObjectID()] = {static_cast<float>(e->is_hidden), e->position.x, e->position.y, e->position.z};
-        return places;
-    }
-    void ExpectPlaces(const std::map<uint32_t, std::vector<float>>& expected, const std::string& what) {
-        constexpr float ROUNDING = 0.05f;
-        const auto actual = Places();
-        ASSERT_EQ(actual.size(), expected.size()) << what;
-        for (const auto& [id, place] : expected) {
-            ASSERT_EQ(actual.count(id), 1u) << what;
-            ASSERT_EQ(actual.at(id).size(), place.size()) << what;
-            for (size_t i = 0; i < place.size(); ++i)
-                ASSERT_NEAR(actual.at(id)[i], place[i], ROUNDING) << what << ", object " << id;
+    // Into the vertex mode and out of it, as the command does.
+    void ToggleVertexMode() {
+        if (Ed().editor_state == ES_VERTEX) {
+            Ed().ResetEditorState();
+            Ed().SettleState();
+        } else if (Level().brush_selection.GetItemCount() > 0) {
+            Ed().FinishDrag();
+            Ed().SetEditorState(ES_VERTEX);
+            Ed().RebuildSelectionNet();
         }
     }
 };
@@ -137,7 +122,7 @@ TEST_F(FullUndoTest, RandomSequencesReturnToTheFirstState) {
         Ed().editor_state = ES_IDLE;
         Ed().shearing = false;
         AddBox({0, 0, 0}, {64, 64, 64});
-        AddBox({96, 0, 0}, {128, 64, 32});
+        AddBox({96, 0, 0}, {131, 64, 32}, BT_CYLINDER);
         AddEntity("POINT_LIGHT", {-64, 16, 0});
         Ed().selected_entity = 0;
         desktop.form_answer = "2";
@@ -146,11 +131,10 @@ TEST_F(FullUndoTest, RandomSequencesReturnToTheFirstState) {
         const auto below = [&random](uint32_t n) { return static_cast<int>(random.randomMT() % n); };
         const auto pixel = [&] { return POINT{MIDDLE - 160 + below(320), MIDDLE - 100 + below(200)}; };
         const SceneState first = State();
-        const auto first_places = Places();
         for (int step = 0; step < 150; ++step) {
             const int view = below(3);
             const auto flags = static_cast<uint32_t>(below(4));
-            switch (below(14)) {
+            switch (below(18)) {
             case 0:
             case 1:
             case 2:
@@ -201,6 +185,22 @@ TEST_F(FullUndoTest, RandomSequencesReturnToTheFirstState) {
             case 12:
                 below(2) ? Ed().SelectAll() : Ed().InvertSelection();
                 break;
+            case 13: // a turn by hand, mostly of what has no middle on the grid
+                if (Ed().editor_state == ES_SELECTED) {
+                    Ed().SetEditorState(ES_ROTATE_ARMED);
+                    Drag(view, pixel(), pixel(), 0);
+                    Ed().Cancel();
+                }
+                break;
+            case 14:
+                Ed().texture_lock = !Ed().texture_lock;
+                break;
+            case 15:
+                ToggleVertexMode();
+                break;
+            case 16:
+                Activate(view), Ed().RotateBrush(0.3f);
+                break;
             default:
                 Ed().ToggleShearing();
             }
@@ -212,18 +212,95 @@ TEST_F(FullUndoTest, RandomSequencesReturnToTheFirstState) {
         }
         Ed().FinishDrag();
         const SceneState last = State();
-        const auto last_places = Places();
         int undone = 0;
-        while (Undo()) {
+        for (;;) { // from whatever mode
+            switch (below(6)) {
+            case 0:
+                ToggleVertexMode();
+                break;
+            case 1:
+                if (Ed().editor_state == ES_SELECTED)
+                    Ed().SetEditorState(ES_ROTATE_ARMED);
+                break;
+            case 2:
+                Ed().texture_lock = !Ed().texture_lock;
+                break;
+            default:;
+            }
+            if (!Undo())
+                break;
             ++undone;
             ASSERT_EQ(BrokenRule(Level()), "") << "seed " << seed << " undo " << undone;
         }
         const std::string what = "seed " + std::to_string(seed);
-        ExpectPlaces(first_places, what + " undone");
-        EXPECT_TRUE(State().groups == first.groups && State().selection == first.selection) << what;
+        EXPECT_TRUE(State() == first) << what << " undone";
         while (undone-- > 0)
             ASSERT_TRUE(Redo());
-        ExpectPlaces(last_places, what + " redone");
-        EXPECT_TRUE(State().groups == last.groups && State().selection == last.selection) << what << " redone";
+        EXPECT_TRUE(State() == last) << what << " redone";
     }
+}
+
+// What was turned has no middle of its own, and what was moved is not selected by its vertices any more.
+TEST_F(FullUndoTest, ADragIsUndoneWhateverTheModeIsBy) {
+    const struct {
+        const char* what;
+        std::function<void()> drag, before_undo;
+    } cases[] = {
+        {"turned about a middle that the turn displaces",
+         [this] {
+             SelectBrushes({0, 1});
+             Ed().SetEditorState(ES_ROTATE_ARMED);
+             Drag(VIEW_TOP, At(0, 0), At(0, 37));
+             Ed().Cancel();
+         },
+         [] {}},
+        {"moved with the texture lock, undone without", [this] { Drag(VIEW_TOP, At(32, 32), At(72, 40)); },
+         [this] { Ed().texture_lock = false; }},
+        {"vertices, undone out of their mode",
+         [this] {
+             ToggleVertexMode();
+             Drag(VIEW_FRONT, At(-16, -16), At(72, 16), MOUSE_SHIFT);
+             Drag(VIEW_FRONT, At(30, 30), At(46, 54));
+         },
+         [this] { ToggleVertexMode(); }},
+        {"vertices, undone in their mode with other marks",
+         [this] {
+             ToggleVertexMode();
+             Drag(VIEW_FRONT, At(-16, -16), At(72, 16), MOUSE_SHIFT);
+             Drag(VIEW_FRONT, At(30, 30), At(46, 54));
+         },
+         [this] { Drag(VIEW_FRONT, At(-16, 40), At(80, 80), MOUSE_SHIFT); }},
+    };
+    MaterialRow row;
+    row.material_class = "wall", row.material_name = "brick";
+    Level().material.resize(1);
+    Level().material.push_back(row);
+    for (int b = 0; b < 2; ++b) {
+        BrushAt(b).ForEachSurface([](Surface& s, int, bool) { s.texture.index = 1; });
+        BrushAt(b).RemapAll();
+    }
+    const SceneState first = State();
+    for (const auto& c : cases) {
+        Ed().texture_lock = true;
+        c.drag();
+        ASSERT_FALSE(State().objects == first.objects) << c.what;
+        c.before_undo();
+        while (Undo()) {
+        }
+        EXPECT_TRUE(State().objects == first.objects) << c.what;
+        Ed().editor_state = ES_IDLE;
+        Level().ClearSelection();
+        SelectBrushes({0});
+    }
+}
+
+TEST_F(FullUndoTest, AVertexMoveUndoneLeavesTheModeAndTheMarks) {
+    ToggleVertexMode();
+    Drag(VIEW_FRONT, At(-16, -16), At(16, 16), MOUSE_SHIFT);
+    Drag(VIEW_FRONT, At(30, 30), At(14, 22));
+    ASSERT_TRUE(Undo());
+    EXPECT_EQ(Ed().editor_state, ES_VERTEX);
+    ExpectVector(BrushAt(0).bbox[7], {0, 0, 0});
+    for (const SO_VERTEX& v : Level().so_vertex)
+        EXPECT_EQ(v.selected, v.v.x == 0 && v.v.y == 0);
 }

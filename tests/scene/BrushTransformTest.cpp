@@ -217,6 +217,52 @@ TEST(BrushScale, TakesTheOldBoxToTheNewOne) {
     EXPECT_EQ(box.bbox[1].x - box.bbox[0].x, 64.0f);
 }
 
+// A drag scales step by step. What is on the grid at first and after the last step is on it exactly.
+TEST(BrushScale, StepsOfTheGridLeaveNoRounding) {
+    const struct {
+        D3DVECTOR min, max;
+        int axis, steps;
+        float step;
+        bool low; // the side dragged
+    } drags[] = {
+        {{-240, -64, -64}, {224, 64, 64}, 0, 1, 16, false},   {{-240, -64, -64}, {-320 + 720, 64, 64}, 0, 45, 8, false},
+        {{-240, -64, -64}, {224, 64, 64}, 0, 45, 16, false},  {{-17, -64, 8}, {24, 3000, 64}, 1, 60, -16, false},
+        {{4096, -64, 8}, {5000, 3000, 64}, 2, 100, -8, true}, {{-1000, -7, 8}, {-993, 3000, 64}, 0, 33, -1, true},
+    };
+    for (const auto& d : drags) {
+        Brush box(ShapeOf(BT_BOX, d.min, d.max));
+        Box sides = MakeBox(d.min, d.max);
+        D3DVECTOR min = d.min, max = d.max;
+        for (int i = 0; i < d.steps; ++i) {
+            Component(d.low ? min : max, d.axis) += d.step;
+            const Box next = MakeBox(min, max);
+            box.Scale(next, sides);
+            sides = next;
+            for (const Surface& s : box.surfaces)
+                for (const D3DVECTOR& v : s.vertices)
+                    for (int axis = 0; axis < 3; ++axis)
+                        ASSERT_TRUE(Component(v, axis) == Component(min, axis) ||
+                                    Component(v, axis) == Component(max, axis))
+                            << "step " << i << ": " << Component(v, axis);
+        }
+    }
+    // Inner corners, too: a quarter of the way stays a quarter.
+    Brush box(ShapeOf(BT_BOX, {-240, 0, 0}, {160, 64, 64}));
+    for (Surface& s : box.surfaces)
+        for (D3DVECTOR& v : s.vertices)
+            if (v.y == 64 && v.x == 160)
+                v.x = -140;
+    Box sides = MakeBox({-240, 0, 0}, {160, 64, 64});
+    for (float high = 176; high <= 880; high += 16) {
+        const Box next = MakeBox({-240, 0, 0}, {high, 64, 64});
+        box.Scale(next, sides);
+        sides = next;
+    }
+    for (const Surface& s : box.surfaces)
+        for (const D3DVECTOR& v : s.vertices)
+            EXPECT_TRUE(v.x == -240 || v.x == (v.y == 64 ? 40 : 880)) << v.x;
+}
+
 TEST(BrushTransform, OnlyARemapTouchesUnlockedSurfaces) {
     for (const bool remap : {false, true}) {
         auto box = TexturedBrush(BT_BOX, Textured());

@@ -1,4 +1,6 @@
 // Decals in the level: placing, editing and undoing them, and what becomes of them when brushes change.
+#include <functional>
+
 #include <gtest/gtest.h>
 
 #include "foundation/Desktop.h"
@@ -412,4 +414,59 @@ TEST_F(DecalEditing, TheTableHasALimit) {
     EXPECT_EQ(world.decal_template.size(), static_cast<size_t>(MAX_DECAL_TEMPLATES));
     EXPECT_EQ(desktop.notices, std::vector<std::string>{"The level cannot hold more than 8192 decals"});
     SetDesktop(nullptr);
+}
+
+TEST_F(DecalEditing, MergedAndClonedBrushesKeepTheirDecalsThroughUndoAndRedo) {
+    Brush& other = AddSelected(world, BoxBrush({100, -100, 0}, {300, 100, 20}));
+    world.material.resize(2);
+    world.material[1].material_name = "brick";
+    for (Brush* b : {wall, &other})
+        b->ForEachSurface([](Surface& surface, int, bool) { surface.texture.index = 1; });
+    world.ClearSelection();
+    Place(0, 0);
+    Place(120, 0);
+    Place(98, 50); // on both
+    world.decal_selection.ClearList();
+    world.undo_buffer.Empty();
+    const auto select = [this](std::initializer_list<int> brushes) {
+        world.ClearSelection();
+        for (const int b : brushes)
+            world.SetBrushSelection(b, true);
+    };
+    const struct {
+        const char* what;
+        std::function<void()> step;
+    } steps[] = {
+        {"merged",
+         [&] {
+             select({0, 1}), world.Collapse();
+         }},
+        {"cloned",
+         [&] {
+             select({0}), world.Clone(false), world.MoveBrush({8, 0, 0});
+         }},
+        {"cloned apart",
+         [&] {
+             select({0, 1}), world.Clone(false), world.MoveBrush({0, 0, 500});
+         }},
+        {"deleted in part", [&] { select({1}), world.DeleteSelection(); }},
+    };
+    const auto whole = [this] { return Format("%d brushes, ", world.GetBrushCount()) + State(); };
+    const std::string first = whole();
+    for (const auto& s : steps) {
+        {
+            const ChangeRecord record(world, s.what, ChangeScope::AllObjects);
+            s.step();
+        }
+        const std::string after = whole();
+        ASSERT_NE(after, first) << s.what;
+        for (int round = 0; round < 2; ++round) {
+            ASSERT_TRUE(world.undo_buffer.UndoLastAction(world, world.redo_buffer));
+            EXPECT_EQ(whole(), first) << s.what << " undone";
+            ASSERT_TRUE(world.redo_buffer.UndoLastAction(world, world.undo_buffer));
+            EXPECT_EQ(whole(), after) << s.what << " redone";
+        }
+        ASSERT_TRUE(world.undo_buffer.UndoLastAction(world, world.redo_buffer));
+        world.undo_buffer.Empty(), world.redo_buffer.Empty();
+    }
 }
