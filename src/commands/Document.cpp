@@ -95,6 +95,7 @@ bool CMarrowstead2Doc::SaveModified() {
 
 void CMarrowstead2Doc::New() {
     left_out.clear();
+    known = {};
     interface.EndDragRecord();
     interface.editor_state = ES_IDLE;
     interface.selection_box_active = false;
@@ -115,6 +116,7 @@ bool CMarrowstead2Doc::Open(const std::string& path, std::string& error) {
     const BusyCursor busy(interface);
     std::error_code failure;
     New();
+    Know(CInterface::FullName(DirectoryPart(path), FilePart(path))); // a change from here on is one of another program
     ProjectLeftOut lacking;
     const bool loaded = interface.LoadProject(DirectoryPart(path).c_str(), FilePart(path), error, &lacking);
     interface.UpdateSelectionBox();
@@ -143,6 +145,8 @@ bool CMarrowstead2Doc::OpenCopy(const std::string& copy, bool has_name, const st
         interface.project_file_has_name = has_name;
         interface.project_file_path = project_path;
         interface.project_file_name = project_name;
+        if (has_name)
+            Know(interface.ProjectFullName());
         interface.title = std::string(TITLE) + " - Untitled"; // the next line writes the name, where there is one
         interface.MarkDirty();
         interface.Tell(&EditorListener::TitleChanged);
@@ -165,13 +169,27 @@ void CMarrowstead2Doc::OnFileOpen() {
 }
 
 bool CMarrowstead2Doc::Save(const std::string& folder, const std::string& name) {
+    const std::string path = CInterface::FullName(folder, name);
+    if (!MayReplace(path))
+        return false;
     const BusyCursor busy(interface);
     if (interface.SaveProject(folder, name, true)) {
+        Know(path);
         left_out.clear();
         return true;
     }
     interface.MarkDirty(); // so that the title says it
     return false;
+}
+
+void CMarrowstead2Doc::Know(const std::string& path) { known = {path, IdentityOf(RealPath(path))}; }
+
+bool CMarrowstead2Doc::MayReplace(const std::string& path) const {
+    const FileIdentity now = IdentityOf(RealPath(path));
+    return path != known.path || !now.Exists() || now == known.identity ||
+           GetDesktop().MessageBox("Another program has changed \"" + FilePart(path) +
+                                       "\" since it was opened or saved.\n\nDo you want to write over it?",
+                                   TITLE, MessageButtons::YesNo) == MessageAnswer::Yes;
 }
 
 bool CMarrowstead2Doc::SaveTo(const std::string& path) {
@@ -215,7 +233,9 @@ void CMarrowstead2Doc::OnSaveplus() {
     }
     if (interface.project_file_name.empty())
         return;
-    const std::string name = IncrementedName(interface.project_file_name);
+    std::string name = IncrementedName(interface.project_file_name);
+    while (!name.empty() && FileExistsOnDisk(CInterface::FullName(interface.project_file_path, name)))
+        name = IncrementedName(name); // a number that is taken is another state of the level
     if (name.empty()) {
         GetDesktop().MessageBox("Not enough digits available in project name !\n\nProject was not saved.", TITLE);
         return;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "editor/Interface.h"
+#include "foundation/WholeFile.h"
 
 struct LibraryPages;
 
@@ -51,6 +52,14 @@ private:
     CInterface& interface;
     LibraryPages& pages;
     std::vector<std::string> recent;
+    // The project's file as it was read or written last. A save that finds another one there asks.
+    struct KnownFile {
+        std::string path;
+        FileIdentity identity;
+    };
+    void Know(const std::string& path);
+    bool MayReplace(const std::string& path) const;
+    KnownFile known;
     std::string left_out; // what opening could not take from the project, a sentence; a save over it would lose that
 };
 

@@ -107,8 +107,9 @@ int WriteFrames(CInterface& interface, const MovieFramesOptions& options, const 
         const std::string file = (folder / Format("frame_%05d.png", frame)).string();
         if (!writer.Draw(rgb))
             return Fail("the camera of the movie cannot be drawn");
-        if (!WritePng(file, options.width, options.height, rgb)) {
-            std::fprintf(stderr, "\"%s\" cannot be written\n", file.c_str());
+        std::string failure;
+        if (!WritePng(file, options.width, options.height, rgb, failure)) {
+            std::fprintf(stderr, "%s\n", failure.c_str());
             return EXIT_NOT_WRITTEN;
         }
         std::printf("picture %d of %d, %.2f s\n", frame + 1, count, static_cast<double>(interface.anim_time));

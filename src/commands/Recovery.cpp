@@ -2,15 +2,19 @@
 
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
+#include <random>
+#include <set>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "commands/Document.h"
 #include "files/AtomicFile.h"
 #include "foundation/Settings.h"
 #include "foundation/Strings.h"
+#include "foundation/WholeFile.h"
+#include "persistence/MovieFile.h"
 #include "persistence/Project.h"
 
 namespace fs = std::filesystem;
@@ -22,14 +26,34 @@ constexpr const char* PREFIX = "level-";
 
 fs::path RecoveryFolder() { return fs::path(SettingsFolder()) / "recovery"; }
 
-// The lock is held as long as the run lives, also through a crash of it: the system gives it back.
-int TakeLock(const std::string& file) {
-    const int descriptor = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
-        close(descriptor);
+// The lock is held as long as the run lives, also through a crash of it: the system gives it back. -1 when another run
+// holds it, or when there is none.
+int TakeLock(const std::string& file, int flags) {
+    const int descriptor = open(file.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC | flags, 0600);
+    struct stat held = {}, named = {};
+    if (descriptor >= 0 && (flock(descriptor, LOCK_EX | LOCK_NB) != 0 || fstat(descriptor, &held) != 0 ||
+                            stat(file.c_str(), &named) != 0 || held.st_ino != named.st_ino)) {
+        close(descriptor); // in the last case its run has ended, and removed it, since it was opened
         return -1;
     }
     return descriptor;
+}
+
+// A process number would not do: another machine, or a container, has the same one over the same folder.
+std::string RandomName() {
+    std::random_device random;
+    return PREFIX + Format("%08x%08x%08x%08x", random(), random(), random(), random());
+}
+
+// A run names its copy before it has one, so whatever bears a lock that nobody holds is left over.
+bool IsLeftOver(const std::string& lock) {
+    std::error_code error;
+    if (!fs::exists(lock, error))
+        return true;
+    const int descriptor = TakeLock(lock, 0);
+    if (descriptor >= 0)
+        close(descriptor);
+    return descriptor >= 0;
 }
 
 void RemoveFiles(std::initializer_list<std::string> files) {
@@ -44,9 +68,9 @@ RecoveryFile::RecoveryFile(CInterface& editor_interface)
     : interface(editor_interface), written_changes(editor_interface.changes) {
     std::error_code ignored;
     fs::create_directories(RecoveryFolder(), ignored);
-    const std::string stem = (RecoveryFolder() / (PREFIX + std::to_string(getpid()))).string();
-    copy = stem + ".msp", note = stem + ".json", lock = stem + ".lock";
-    lock_descriptor = TakeLock(lock);
+    const std::string stem = (RecoveryFolder() / RandomName()).string();
+    copy = stem + ".msp", movie = stem + ".mvi", note = stem + ".json", lock = stem + ".lock";
+    lock_descriptor = TakeLock(lock, O_CREAT | O_EXCL);
 }
 
 RecoveryFile::~RecoveryFile() {
@@ -59,7 +83,7 @@ RecoveryFile::~RecoveryFile() {
 
 void RecoveryFile::Remove() {
     if (has_copy)
-        RemoveFiles({copy, note});
+        RemoveFiles({copy, movie, note});
     has_copy = false;
 }
 
@@ -80,13 +104,27 @@ void RecoveryFile::Tick(uint32_t now) {
         Write();
 }
 
-bool RecoveryFile::WriteNote() {
+bool RecoveryFile::WriteNote(std::string& error) const {
     const nlohmann::json json = {{"has_name", interface.project_file_has_name},
                                  {"path", interface.project_file_path},
-                                 {"name", interface.project_file_name}};
+                                 {"name", interface.project_file_name},
+                                 {"movie", interface.world->movie_name},
+                                 {"movie_editing", interface.movie_editing}};
     const std::string text = json.dump(1, ' ', false, nlohmann::json::error_handler_t::replace);
     AtomicFile file(note);
-    return file.IsOpen() && file.Write(text.data(), text.size()) && file.Commit();
+    if (file.Write(text.data(), text.size()) && file.Commit())
+        return true;
+    error = "\"" + note + "\" cannot be written: " + file.GetError();
+    return false;
+}
+
+// The paths of the objects with their points: a project is saved without them.
+bool RecoveryFile::WriteMovieCopy(std::string& error) const {
+    const std::vector<MoviePathRecord> paths = MoviePathsOf(*interface.world);
+    if (!paths.empty())
+        return WriteMovie(movie, paths, error);
+    RemoveFiles({movie});
+    return true;
 }
 
 bool RecoveryFile::Write() {
@@ -95,43 +133,72 @@ bool RecoveryFile::Write() {
     is_waiting = false;
     written_changes = interface.changes;
     std::string error;
-    const bool written = WriteNote() && SaveProject(copy, *interface.world, interface.views, false, error);
+    const bool written =
+        WriteNote(error) && WriteMovieCopy(error) && SaveProject(copy, *interface.world, interface.views, false, error);
     has_copy |= written;
     if (!written && !failure_told)
-        GetDesktop().Notice(Format("The copy of the level against a crash cannot be written: %s",
-                                   error.empty() ? ("\"" + note + "\" cannot be written").c_str() : error.c_str()));
+        GetDesktop().Notice("The copy of the level against a crash cannot be written: " + error);
     failure_told = !written;
     return written;
 }
 
+// What the note says of the project. A note that cannot be read is told and left alone.
+static void ReadNote(RecoveredLevel& level) {
+    std::string content, reason;
+    if (!ReadWholeFile(level.note, content, reason)) {
+        if (std::error_code error; fs::exists(level.note, error))
+            NoticeOnce("\"" + level.note + "\" cannot be read: " + reason);
+        return;
+    }
+    const nlohmann::json json = nlohmann::json::parse(content, nullptr, false);
+    if (!json.is_object())
+        return;
+    const auto text = [&json](const char* key) {
+        const auto value = json.find(key);
+        return value != json.end() && value->is_string() ? value->get<std::string>() : std::string();
+    };
+    const auto flag = [&json](const char* key) {
+        const auto value = json.find(key);
+        return value != json.end() && value->is_boolean() && value->get<bool>();
+    };
+    level.has_name = flag("has_name");
+    level.movie_editing = flag("movie_editing");
+    level.movie_name = text("movie");
+    level.project_path = text("path");
+    level.project_name = text("name");
+}
+
 std::vector<RecoveredLevel> RecoveryFile::FindLeftOver() {
     std::vector<RecoveredLevel> found;
-    std::error_code ignored;
-    for (const auto& entry : fs::directory_iterator(RecoveryFolder(), ignored)) {
-        if (entry.path().extension() != ".msp")
-            continue;
+    std::set<std::string> stems;
+    std::error_code error;
+    for (fs::directory_iterator entry(RecoveryFolder(), error); !error && entry != fs::directory_iterator();
+         entry.increment(error))
+        if (const fs::path& path = entry->path(); path.filename().string().starts_with(PREFIX))
+            stems.insert((path.parent_path() / path.stem()).string());
+    for (const std::string& stem : stems) {
         RecoveredLevel level;
-        level.copy = entry.path().string();
-        const std::string stem = (entry.path().parent_path() / entry.path().stem()).string();
-        level.note = stem + ".json", level.lock = stem + ".lock";
-        const int descriptor = TakeLock(level.lock);
-        if (descriptor < 0)
-            continue; // its run is alive
-        close(descriptor);
-        std::ifstream stream(level.note);
-        const nlohmann::json json = nlohmann::json::parse(stream, nullptr, false);
-        if (json.is_object()) {
-            const auto text = [&json](const char* key) {
-                const auto value = json.find(key);
-                return value != json.end() && value->is_string() ? value->get<std::string>() : std::string();
-            };
-            level.has_name = json.contains("has_name") && json["has_name"].is_boolean() && json["has_name"].get<bool>();
-            level.project_path = text("path");
-            level.project_name = text("name");
+        level.copy = stem + ".msp", level.movie = stem + ".mvi", level.note = stem + ".json",
+        level.lock = stem + ".lock";
+        if (!IsLeftOver(level.lock))
+            continue;
+        if (!fs::is_regular_file(level.copy, error)) {
+            RemoveFiles({level.movie, level.note, level.lock});
+            continue;
         }
+        ReadNote(level);
         found.push_back(std::move(level));
     }
     return found;
+}
+
+void RecoveryFile::OpenMovie(const RecoveredLevel& level) {
+    std::string error;
+    std::error_code ignored;
+    if (fs::exists(level.movie, ignored) && interface.LoadMovie(level.movie, error, true) != MOVIE_OK)
+        GetDesktop().MessageBox(error, "Marrowstead 2000");
+    interface.world->movie_name = level.movie_name;
+    interface.movie_editing = level.movie_editing;
 }
 
 void RecoveryFile::Offer(CMarrowstead2Doc& document) {
@@ -143,7 +210,7 @@ void RecoveryFile::Offer(CMarrowstead2Doc& document) {
         if (answer == MessageAnswer::Cancel)
             continue; // offered again at the next start
         if (answer == MessageAnswer::No) {
-            RemoveFiles({level.copy, level.note, level.lock});
+            RemoveFiles({level.copy, level.movie, level.note, level.lock});
             continue;
         }
         std::string error;
@@ -151,8 +218,9 @@ void RecoveryFile::Offer(CMarrowstead2Doc& document) {
             GetDesktop().MessageBox(error, "Marrowstead 2000");
             continue;
         }
+        OpenMovie(level);
         if (Write()) // as this run's own copy
-            RemoveFiles({level.copy, level.note, level.lock});
+            RemoveFiles({level.copy, level.movie, level.note, level.lock});
         return;
     }
 }

@@ -12,9 +12,11 @@ class CMarrowstead2Doc;
 
 // The copy of a run that did not end in order.
 struct RecoveredLevel {
-    std::string copy, note, lock; // files
+    std::string copy, movie, note, lock; // files; movie: of the paths, which no project holds, where there are some
     bool has_name = false;
     std::string project_path, project_name; // of the project it is a copy of
+    std::string movie_name;
+    bool movie_editing = false;
 };
 
 class RecoveryFile {
@@ -37,10 +39,12 @@ public:
 
 private:
     void Remove();
-    bool WriteNote();
+    bool WriteNote(std::string& error) const;
+    bool WriteMovieCopy(std::string& error) const;
+    void OpenMovie(const RecoveredLevel& level);
 
     CInterface& interface;
-    std::string copy, note, lock;
+    std::string copy, movie, note, lock;
     int lock_descriptor = -1;
     uint32_t written_changes, first_change_tick = 0;
     bool has_copy = false, is_waiting = false, failure_told = false;

@@ -2,12 +2,13 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
+#include <sstream>
 
 #include "commands/ScriptRunner.h"
 #include "editor/ConsoleProgress.h"
 #include "foundation/Strings.h"
+#include "foundation/WholeFile.h"
 #include "render/Frame.h"
 
 namespace fs = std::filesystem;
@@ -96,11 +97,13 @@ bool OpenRenderer(uint32_t width, uint32_t height, const std::vector<Device*>& d
 ExitStatus RunScript(const ScriptOptions& options) {
     std::error_code failure;
     const fs::path start = fs::current_path(failure);
-    std::ifstream file;
+    std::istringstream file;
     if (options.script != "-") {
-        file.open(options.script);
-        if (!file)
-            return static_cast<ExitStatus>(Fail(Format("the script \"%s\" cannot be opened", options.script.c_str())));
+        std::string text, reason;
+        if (!ReadWholeFile(options.script, text, reason))
+            return static_cast<ExitStatus>(
+                Fail(Format("the script \"%s\" cannot be opened: %s", options.script.c_str(), reason.c_str())));
+        file.str(text);
     }
     if (!options.data_folder.empty()) {
         fs::current_path(options.data_folder, failure);
@@ -112,7 +115,8 @@ ExitStatus RunScript(const ScriptOptions& options) {
     SetDesktop(&desktop);
     int status = EXIT_BAD_INPUT;
     if (OpenRenderer(static_cast<uint32_t>(2 * options.width), static_cast<uint32_t>(2 * options.height)))
-        status = RunWithRenderer(options, options.script == "-" ? std::cin : file, start, desktop);
+        status = RunWithRenderer(options, options.script == "-" ? std::cin : static_cast<std::istream&>(file), start,
+                                 desktop);
     crRelease();
     SetDesktop(nullptr);
     return static_cast<ExitStatus>(status);

@@ -1,7 +1,5 @@
 // The words of a script that are no mouse and no keys: fields, files, the library pages, pictures, and the compile.
 #include <cstdio>
-#include <fstream>
-#include <sstream>
 
 #include "commands/ScriptFields.h"
 #include "commands/ScriptRunner.h"
@@ -9,7 +7,9 @@
 #include "drawing/ViewDrawing.h"
 #include "files/AtomicFile.h"
 #include "files/Png.h"
+#include "foundation/Paths.h"
 #include "foundation/Strings.h"
+#include "foundation/WholeFile.h"
 #include "pages/ScriptDialog.h"
 
 namespace {
@@ -26,13 +26,9 @@ std::string ScriptRunner::FilePath(const std::string& file) const {
 }
 
 bool ScriptRunner::ReadText(const std::string& file, std::string& text) {
-    std::ifstream stream(FilePath(file), std::ios::binary);
-    if (!stream)
-        return Fail(Format("\"%s\" cannot be opened", file.c_str()));
-    std::ostringstream content;
-    content << stream.rdbuf();
-    text = content.str();
-    return true;
+    std::string reason;
+    return ReadWholeFile(RealPath(FilePath(file)), text, reason) ||
+           Fail(Format("\"%s\" cannot be opened: %s", file.c_str(), reason.c_str()));
 }
 
 bool ScriptRunner::DoSet(const Words& words) {
@@ -178,8 +174,7 @@ bool ScriptRunner::DoPicture(const Words& words) {
         interface.DrawView(view);
         part = interface.View(view).window_rect;
     }
-    return WritePng(FilePath(words[2]), part.Width(), part.Height(), ReadBackBuffer(part)) ||
-           Fail(Format("\"%s\" cannot be written", words[2].c_str()));
+    return WritePng(RealPath(FilePath(words[2])).string(), part.Width(), part.Height(), ReadBackBuffer(part), failure);
 }
 
 bool ScriptRunner::DoDump(const Words& words) {

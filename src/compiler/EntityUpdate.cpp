@@ -8,6 +8,7 @@
 #include "compiler/WorldSubdivide.h"
 #include "foundation/Desktop.h"
 #include "foundation/Paths.h"
+#include "foundation/WholeFile.h"
 #include "persistence/WriteError.h"
 
 namespace {
@@ -190,21 +191,18 @@ void Tell(CompileProgress& progress, const std::string& text, const std::string&
     progress.AddText(text + "\r\n");
 }
 
-// The old world beside the target. False when there is none.
-bool KeepOldWorld(const std::string& target, const std::string& copy) {
-    std::error_code failure;
-    return std::filesystem::copy_file(RealPath(target), RealPath(copy),
-                                      std::filesystem::copy_options::overwrite_existing, failure) &&
-           !failure;
-}
-
 EntityUpdateResult SaveFinalMapEntitiesUpdate(const WorldSubdivide& ws, const std::string& target,
                                               bool update_ent_visibility, CompileProgress& progress) {
     static const std::string title = "Compile entity error";
     const std::string copy = target.substr(0, target.size() - std::strlen(".few")) + ".bkp";
-    const bool kept = KeepOldWorld(target, copy);
+    std::string failure;
+    if (FileExistsOnDisk(target) && !CopyWholeFile(RealPath(target), RealPath(copy), failure)) {
+        progress.AddText(failure + "\r\n");
+        ShowWriteError(failure);
+        return EntityUpdateResult::WriteFailed;
+    }
     UChunkFile old_file(copy, CFM_Open);
-    if (!kept || !old_file.IsValid()) {
+    if (!FileExistsOnDisk(target) || !old_file.IsValid()) {
         const std::string text = "!!!! Error !!!! Older map wasn't found so data cannot be copied from it.";
         Tell(progress, text, title);
         return EntityUpdateResult::NoOldWorld;
@@ -221,6 +219,7 @@ EntityUpdateResult SaveFinalMapEntitiesUpdate(const WorldSubdivide& ws, const st
     }
     UChunkFile new_file(target, CFM_Create);
     if (!new_file.IsValid()) {
+        GetDesktop().Notice(new_file.GetError());
         GetDesktop().MessageBox("Error ! Cannot open a target file name.", title);
         progress.AddText("!!!! Error !!!! Cannot open a target file name.\r\n");
         return EntityUpdateResult::WriteFailed;

@@ -58,18 +58,11 @@ void KeyBindings::Load() {
 }
 
 bool KeyBindings::Store() const {
-    RegistryClass store;
-    if (!store.OpenKeyDirectory(SETTINGS_KEY))
-        return false;
-    store.DeleteKeyTree(KeysSettings());
-    store.CloseKeyDirectory();
-    bool stored = store.OpenKeyDirectory(KeysSettings());
+    std::map<std::string, std::string> texts;
     for (const Command& command : CommandTable())
-        if (!IsDefault(command)) {
-            const std::string text = KeysOf(command).empty() ? NO_KEYS : Joined(KeysOf(command), " ");
-            stored = store.SetKeyValue(SettingOf(command), text.c_str()) && stored;
-        }
-    return stored;
+        if (!IsDefault(command))
+            texts[SettingOf(command)] = KeysOf(command).empty() ? NO_KEYS : Joined(KeysOf(command), " ");
+    return RegistryClass::ReplaceKeyTexts(KeysSettings(), texts);
 }
 
 const std::vector<std::string>& KeyBindings::KeysOf(const Command& command) const {

@@ -102,6 +102,7 @@ void MainWindow::MakeMiddle() {
         UpdateWelcome();
     });
     watch = new ProjectWatch(this);
+    watch->is_busy = [this] { return asking_reload || frame.interface.compilation_active; };
     connect(watch, &ProjectWatch::Changed, this, &MainWindow::OfferReload);
     TitleChanged();
 }

@@ -13,33 +13,36 @@ ProjectWatch::ProjectWatch(QObject* parent) : QObject(parent) {
     connect(&watcher, &QFileSystemWatcher::directoryChanged, &settling, qOverload<>(&QTimer::start));
 }
 
-ProjectWatch::Stamp ProjectWatch::StampNow() const {
-    const QFileInfo info(file);
-    return info.isFile() ? Stamp{info.lastModified(), info.size()} : Stamp{};
+FileIdentity ProjectWatch::IdentityNow() const {
+    return file.isEmpty() ? FileIdentity() : IdentityOf(std::filesystem::path(file.toStdString()));
 }
 
 void ProjectWatch::Know(const std::string& path) {
-    const QString wanted = path.empty() ? QString() : QFileInfo(QString::fromStdString(path)).absoluteFilePath();
-    if (wanted != file && !(watcher.files() + watcher.directories()).isEmpty())
-        watcher.removePaths(watcher.files() + watcher.directories());
-    file = wanted;
-    known = StampNow();
+    file = path.empty() ? QString() : QFileInfo(QString::fromStdString(path)).absoluteFilePath();
+    // A replaced file has to be watched anew: what is watched is the file of before, whose name is still listed.
+    if (const QStringList watched = watcher.files() + watcher.directories(); !watched.isEmpty())
+        watcher.removePaths(watched);
+    known = IdentityNow();
     if (file.isEmpty())
         return;
     const QFileInfo info(file);
     for (const QString& watched : {info.absoluteFilePath(), info.absolutePath()})
         if (QFileInfo::exists(watched))
-            watcher.addPath(watched); // a replaced file has to be watched anew
+            watcher.addPath(watched);
 }
 
 bool ProjectWatch::HasChanged() const {
-    const Stamp now = StampNow();
-    return !file.isEmpty() && now.size >= 0 && !(now == known);
+    const FileIdentity now = IdentityNow();
+    return now.Exists() && !(now == known);
 }
 
 void ProjectWatch::Look() {
     if (!HasChanged())
         return;
+    if (is_busy && is_busy()) {
+        settling.start(); // asked again until it can be told
+        return;
+    }
     Know(file.toStdString());
     emit Changed();
 }

@@ -78,8 +78,10 @@ static FaceObserver FaceWriter(const std::string& folder) {
             for (const int shift : {16, 8, 0})
                 rgb.push_back(static_cast<uint8_t>(color >> shift));
         }
-        WritePng(folder + "/" + Format("cell%03d-eye%05d-face%d.png", cell, eye, face), buffer.Side(), buffer.Side(),
-                 rgb);
+        std::string failure;
+        if (!WritePng(folder + "/" + Format("cell%03d-eye%05d-face%d.png", cell, eye, face), buffer.Side(),
+                      buffer.Side(), rgb, failure))
+            NoticeOnce(failure);
     };
 }
 
@@ -125,7 +127,10 @@ static bool WriteExtras(const CommandLine& command_line, CInterface& interface, 
                              ReportJson(OutcomeWord(outcome), interface.stage_times, readable ? &world : nullptr));
     if (!command_line.picture_folder.empty() && readable) {
         const PlanPicture plan = DrawLevelPlan(world);
-        written &= WritePng(command_line.picture_folder + "/plan.png", plan.width, plan.height, plan.rgb);
+        if (!WritePng(command_line.picture_folder + "/plan.png", plan.width, plan.height, plan.rgb, error)) {
+            GetDesktop().Notice(error);
+            written = false;
+        }
     }
     return written;
 }

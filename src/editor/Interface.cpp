@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <unistd.h>
 
 #include "compiler/EntityUpdate.h"
 #include "editor/CompileLog.h"
 #include "editor/LineColorStore.h"
 #include "editor/StartSteps.h"
+#include "files/AtomicFile.h"
 #include "files/FileFind.h"
 #include "foundation/Desktop.h"
 #include "foundation/Log.h"
@@ -178,7 +178,14 @@ CompileOptions CInterface::MakeCompileOptions() const {
 }
 
 bool CInterface::TargetIsReadOnly(const std::string& target) const {
-    return FileExistsOnDisk(target) && access(RealPath(target).c_str(), W_OK) != 0;
+    if (!IsReadOnlyFile(RealPath(target)))
+        return false;
+    GetDesktop().MessageBox(
+        Format("Warning target file: \"%s.few\" is read only.\nPlease, remove read-only flag (or use "
+               "Bindery)\nbefore compiling it.\n",
+               world->map_file.c_str()),
+        "Error");
+    return true;
 }
 
 static std::string TotalTime(uint32_t start, const char* format) {
@@ -191,14 +198,8 @@ static std::string TotalTime(uint32_t start, const char* format) {
 
 CompileOutcome CInterface::Compile(CProgressText& progress) {
     const std::string target = TargetFile();
-    if (TargetIsReadOnly(target)) {
-        GetDesktop().MessageBox(
-            Format("Warning target file: \"%s.few\" is read only.\nPlease, remove read-only flag (or use "
-                   "Bindery)\nbefore compiling it.\n",
-                   world->map_file.c_str()),
-            "Error");
+    if (TargetIsReadOnly(target))
         return CompileOutcome::NotWritten;
-    }
     RemoveFile(TRACE_LOG);
     compilation_active = true;
     const bool unsaved = HasUnsavedWork();
@@ -243,6 +244,8 @@ CompileOutcome CInterface::Compile(CProgressText& progress) {
 }
 
 CompileOutcome CInterface::CompileEntities(CProgressText& progress, bool update_ent_visibility) {
+    if (TargetIsReadOnly(TargetFile()))
+        return CompileOutcome::NotWritten;
     RemoveFile(TRACE_LOG);
     const uint32_t start = GetDesktop().GetTickCount();
     StageTimer timer(progress);

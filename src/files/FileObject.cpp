@@ -1,16 +1,13 @@
 #include "files/FileObject.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <system_error>
-#include <unistd.h>
 
 #include "files/FileLibrary.h"
 #include "foundation/Paths.h"
 #include "foundation/Strings.h"
+#include "foundation/WholeFile.h"
 
 namespace {
 
@@ -22,31 +19,9 @@ constexpr int64_t UNIX_EPOCH_SECONDS = 11644473600; // from 1601 to 1970
 constexpr int64_t TICKS_PER_SECOND = 10000000, NANOSECONDS_PER_TICK = 100;
 constexpr uint32_t SEEK_FAILED = 0xFFFFFFFF;
 
-// Opens a regular file for reading; never waits for the other end of a pipe. Null with a reason.
-std::FILE* OpenRegularFile(std::string_view file_name, std::string& reason) {
-    const int descriptor = open(RealPath(file_name).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0) {
-        reason = std::generic_category().message(errno);
-        return nullptr;
-    }
-    struct stat status = {};
-    std::FILE* file = nullptr;
-    if (fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode))
-        reason = std::generic_category().message(EISDIR);
-    else if (!S_ISREG(status.st_mode))
-        reason = "not a regular file";
-    else if (!(file = fdopen(descriptor, "rb")))
-        reason = std::generic_category().message(errno);
-    if (file)
-        std::setvbuf(file, nullptr, _IONBF, 0); // readers bring their own buffers
-    else
-        close(descriptor);
-    return file;
-}
-
 bool OpensOnDisk(std::string_view file_name) {
     std::string reason;
-    std::FILE* file = OpenRegularFile(file_name, reason);
+    std::FILE* file = OpenRegularFile(RealPath(file_name), reason);
     return file && std::fclose(file) == 0;
 }
 
@@ -82,7 +57,7 @@ FileObject::FileObject(std::string_view file_name, FOOpenMethod method) : open_m
 }
 
 bool FileObject::OpenOnDisk(std::string_view file_name) {
-    disk_file = OpenRegularFile(file_name, error);
+    disk_file = OpenRegularFile(RealPath(file_name), error);
     if (!disk_file)
         return false;
     struct stat status = {};

@@ -5,5 +5,6 @@
 #include <string>
 #include <vector>
 
-// rgb: three bytes a pixel, rows from the top. The path is a real one. False when the file cannot be written.
-bool WritePng(const std::string& path, int width, int height, const std::vector<uint8_t>& rgb);
+// rgb: three bytes a pixel, rows from the top. False with a sentence that names the file and
+// the reason; an older file then is as it was.
+bool WritePng(const std::string& path, int width, int height, const std::vector<uint8_t>& rgb, std::string& error);

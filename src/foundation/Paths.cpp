@@ -29,8 +29,14 @@ std::string FindEntry(const fs::path& folder, const std::string& name) {
 
 } // namespace
 
+bool IsNativePath(std::string_view path) {
+    return !path.empty() && path.front() == '/' && path.find('\\') == std::string_view::npos;
+}
+
 fs::path RealPath(std::string_view data_path) {
     std::string text(data_path.substr(0, data_path.find('\0')));
+    if (IsNativePath(text))
+        return text;
     std::replace(text.begin(), text.end(), '\\', '/');
     fs::path exact(text);
     if (text.empty() || Exists(exact))

@@ -1,20 +1,27 @@
 #include "foundation/Settings.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <limits>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <set>
 #include <string_view>
+#include <sys/file.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
 
 #include "foundation/AtomicFile.h"
+#include "foundation/Desktop.h"
 #include "foundation/Paths.h"
 #include "foundation/Strings.h"
+#include "foundation/WholeFile.h"
 
 using nlohmann::json;
 
@@ -22,6 +29,9 @@ namespace {
 
 constexpr const char* SETTINGS_FILE = "settings.json";
 constexpr const char* DAMAGED_SUFFIX = ".damaged";
+constexpr const char* LOCK_FILE = "settings.lock";
+constexpr int LOCK_TRIES = 5000;
+constexpr std::chrono::milliseconds LOCK_NAP{1};
 constexpr const char* FOLDER_NAME = "marrowstead2000";
 constexpr const char* BINARY_TAG = "binary"; // {"binary": "hex digits"}
 constexpr const char* TEXT_TAG = "text";     // {"text": "hex digits"}: a text that is not valid UTF-8
@@ -70,32 +80,121 @@ std::optional<json> ParseSettings(const std::string& text) {
     return root;
 }
 
-// The whole file; an empty object when there is none or it is damaged, which is then kept aside. Nothing when there is
+// What the file held when it was read last. Its descriptor stays open, so that no later file gets its number.
+class CachedSettings {
+public:
+    CachedSettings() = default;
+    CachedSettings(const CachedSettings&) = delete;
+    CachedSettings& operator=(const CachedSettings&) = delete;
+    ~CachedSettings() { Forget(); }
+
+    bool IsOf(const std::filesystem::path& path) const { return identity.Exists() && identity == IdentityOf(path); }
+    void Take(const std::filesystem::path& path, json value) {
+        Forget();
+        std::string ignored;
+        file = OpenRegularFile(path, ignored);
+        struct stat status = {};
+        if (file && fstat(fileno(file), &status) == 0)
+            identity = IdentityOf(status);
+        root = std::move(value);
+    }
+    void Forget() {
+        if (file)
+            std::fclose(file);
+        file = nullptr;
+        identity = {};
+    }
+    json root;
+
+private:
+    std::FILE* file = nullptr;
+    FileIdentity identity;
+};
+CachedSettings cached;
+
+// Failures are told once each, and when nothing is locked: telling may read settings.
+class Failure {
+public:
+    Failure() = default;
+    Failure(const Failure&) = delete;
+    Failure& operator=(const Failure&) = delete;
+    ~Failure() {
+        static std::mutex one_at_a_time;
+        static std::set<std::string> told;
+        if (sentence.empty())
+            return;
+        {
+            const std::lock_guard lock(one_at_a_time);
+            if (!told.insert(sentence).second)
+                return;
+        }
+        GetDesktop().Notice(sentence);
+    }
+    std::string sentence;
+};
+
+// The whole file; an empty object when there is none or it is damaged, which is then kept aside. Null when there is
 // a file that cannot be read: it must not be replaced.
-std::optional<json> LoadSettings() {
+json* LoadSettings(Failure& failure) {
     const std::filesystem::path path = RealPath(SettingsPath());
+    if (cached.IsOf(path))
+        return &cached.root;
+    cached.Forget();
+    cached.root = json::object();
     std::error_code error;
-    if (!std::filesystem::exists(path, error))
-        return json::object();
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream)
-        return std::nullopt;
-    const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    if (stream.bad())
-        return std::nullopt;
-    if (std::optional<json> root = ParseSettings(text))
-        return root;
+    if (!std::filesystem::exists(std::filesystem::symlink_status(path, error)))
+        return &cached.root;
+    std::string text, reason;
+    const FileIdentity before = IdentityOf(path);
+    if (!ReadWholeFile(path, text, reason)) {
+        failure.sentence = "The settings \"" + path.string() + "\" cannot be read and are left alone: " + reason;
+        return nullptr;
+    }
+    if (std::optional<json> root = ParseSettings(text)) {
+        cached.Take(path, std::move(*root));
+        if (!cached.IsOf(path) || before != IdentityOf(path)) // it changed while it was read
+            cached.Forget();
+        return &cached.root;
+    }
     std::filesystem::rename(path, path.string() + DAMAGED_SUFFIX, error);
-    return json::object();
+    return &cached.root;
 }
 
-bool SaveSettings(const json& root) {
-    if (!MakeFolders(SettingsFolder()))
-        return false;
+bool SaveSettings(json root, Failure& failure) {
+    const std::string path = SettingsPath();
+    const bool has_folder = MakeFolders(SettingsFolder());
     const std::string text = root.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
-    AtomicFile file(SettingsPath());
-    return file.Write(text.data(), text.size()) && file.Commit();
+    AtomicFile file(path);
+    if (has_folder && file.Write(text.data(), text.size()) && file.Commit()) {
+        cached.Take(RealPath(path), std::move(root));
+        return true;
+    }
+    failure.sentence = "The settings \"" + path + "\" cannot be written: " + file.GetError();
+    return false;
 }
+
+// Between processes: who reads, changes and writes the file has it alone. Without a folder there is nothing to lock,
+// and one who holds it very long is not waited for.
+class SettingsLock {
+public:
+    SettingsLock() : in_process(settings_mutex) {
+        MakeFolders(SettingsFolder());
+        descriptor =
+            open((SettingsFolder() + "/" + LOCK_FILE).c_str(), O_RDWR | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0600);
+        for (int tries = 0; descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) != 0 && tries < LOCK_TRIES; ++tries)
+            std::this_thread::sleep_for(LOCK_NAP);
+    }
+    SettingsLock(const SettingsLock&) = delete;
+    SettingsLock& operator=(const SettingsLock&) = delete;
+    ~SettingsLock() {
+        if (descriptor >= 0)
+            close(descriptor);
+    }
+
+private:
+    const std::lock_guard<std::mutex> in_process;
+    int descriptor = -1;
+};
 
 // The member of an object by its name without regard to case, or null.
 json* FindMember(json& object, std::string_view name) {
@@ -133,19 +232,34 @@ json* FindKey(json& root, std::string_view key_name, bool create) {
     return key;
 }
 
+// No value stands in the way of the key.
+bool MayHaveKey(json& root, std::string_view key_name) {
+    json* key = &root;
+    for (const std::string& part : SplitKey(key_name)) {
+        key = FindMember(*key, part);
+        if (!key || !key->is_object())
+            return !key;
+    }
+    return true;
+}
+
 bool SetValue(std::string_view key_name, const std::string& name, const json& value) {
-    const std::lock_guard lock(settings_mutex);
-    std::optional<json> root = LoadSettings();
-    json* key = root ? FindKey(*root, key_name, true) : nullptr;
+    Failure failure;
+    const SettingsLock lock;
+    json* const present = LoadSettings(failure);
+    if (!present)
+        return false;
+    json* key = FindKey(*present, key_name, false);
+    const json* const stored = key ? FindMember(*key, name) : nullptr;
+    if (stored && *stored == value)
+        return true;
+    json root = *present;
+    key = FindKey(root, key_name, true);
     if (!key)
         return false;
-    if (json* member = FindMember(*key, name)) {
-        if (*member == value)
-            return true;
-        *member = value;
-    } else
-        (*key)[name] = value;
-    return SaveSettings(*root);
+    json* const member = FindMember(*key, name);
+    (member ? *member : (*key)[name]) = value;
+    return SaveSettings(std::move(root), failure);
 }
 
 struct Value {
@@ -180,8 +294,9 @@ Value DecodeValue(const json& value) {
 }
 
 Value GetValue(std::string_view key_name, const std::string& name) {
+    Failure failure;
     const std::lock_guard lock(settings_mutex);
-    std::optional<json> root = LoadSettings();
+    json* const root = LoadSettings(failure);
     json* key = root ? FindKey(*root, key_name, false) : nullptr;
     const json* member = key ? FindMember(*key, name) : nullptr;
     return member ? DecodeValue(*member) : Value{};
@@ -216,9 +331,10 @@ RegistryClass::~RegistryClass() { CloseKeyDirectory(); }
 
 bool RegistryClass::OpenKeyDirectory(const std::string& key_name) {
     CloseKeyDirectory();
+    Failure failure;
     const std::lock_guard lock(settings_mutex);
-    std::optional<json> root = LoadSettings();
-    if (root && !FindKey(*root, key_name, true))
+    json* const root = LoadSettings(failure);
+    if (root && !MayHaveKey(*root, key_name))
         return false;
     open_key = key_name;
     key_is_open = true;
@@ -261,12 +377,14 @@ int RegistryClass::GetKeyValue(const std::string& name, void* value, int length,
 }
 
 bool RegistryClass::DeleteKeyTree(const std::string& key_name) {
-    const std::lock_guard lock(settings_mutex);
-    std::optional<json> root = LoadSettings();
+    Failure failure;
+    const SettingsLock lock;
+    const json* const present = LoadSettings(failure);
     std::vector<std::string> parts = SplitKey(key_name);
-    if (!root || parts.empty())
+    if (!present || parts.empty())
         return false;
-    json* parent = &*root;
+    json root = *present;
+    json* parent = &root;
     for (size_t i = 0; parent && i + 1 < parts.size(); ++i)
         parent = FindKey(*parent, parts[i], false);
     if (!parent)
@@ -274,9 +392,25 @@ bool RegistryClass::DeleteKeyTree(const std::string& key_name) {
     for (auto member = parent->begin(); member != parent->end(); ++member)
         if (EqualNoCase(member.key(), parts.back())) {
             parent->erase(member);
-            return SaveSettings(*root);
+            return SaveSettings(std::move(root), failure);
         }
     return false;
+}
+
+bool RegistryClass::ReplaceKeyTexts(const std::string& key_name, const std::map<std::string, std::string>& texts) {
+    Failure failure;
+    const SettingsLock lock;
+    const json* const present = LoadSettings(failure);
+    if (!present)
+        return false;
+    json root = *present;
+    json* key = FindKey(root, key_name, true);
+    if (!key)
+        return false;
+    *key = json::object();
+    for (const auto& [name, text] : texts)
+        (*key)[name] = EncodeText(text.c_str());
+    return SaveSettings(std::move(root), failure);
 }
 
 int RegistryClass::GetInteger(const std::string& name, int fallback) const {

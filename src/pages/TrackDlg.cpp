@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <filesystem>
 #include <utility>
 
 #include "editor/Interface.h"
+#include "files/AtomicFile.h"
 #include "files/ChunkFile.h"
 #include "foundation/Paths.h"
 #include "foundation/Strings.h"
@@ -24,14 +24,6 @@ constexpr float GRID_LINE = 0.1f, GRID_PAGE = 10.0f; // seconds
 constexpr float STEPS_A_PIXEL = 0.1f;
 constexpr uint32_t RGB = 0xFFFFFF;
 constexpr size_t COLOR_DIGITS = 6;
-
-bool IsReadOnly(const std::string& name) {
-    using std::filesystem::perms;
-    constexpr perms WRITABLE = perms::owner_write | perms::group_write | perms::others_write;
-    std::error_code error;
-    return FileExistsOnDisk(name) &&
-           (std::filesystem::status(RealPath(name), error).permissions() & WRITABLE) == perms::none && !error;
-}
 
 // Name and colour of a row; false after Cancel.
 bool AskTrackLine(const char* title, std::string& name, uint32_t& color) {
@@ -129,7 +121,7 @@ void CTrackDlg::OnLoadTrack() {
 }
 
 int CTrackDlg::SaveTrack() {
-    if (IsReadOnly(m_track_name)) {
+    if (IsReadOnlyFile(RealPath(m_track_name))) {
         GetDesktop().MessageBox("Track file is read only! Check it out from bindery.", "Warning");
         return -1;
     }
@@ -160,7 +152,7 @@ bool CTrackDlg::SaveUnderNewName() {
         GetDesktop().MessageBox("Name could not be empty string.", TITLE);
         return false;
     }
-    if (EqualNoCase(*name, m_track_name))
+    if (*name == m_track_name || (!IsNativePath(*name) && EqualNoCase(*name, m_track_name)))
         return SaveTrack() == 0;
     if (TrackExists(*name) && GetDesktop().MessageBox("Tracklist with this name already exists. Overwrite?", TITLE,
                                                       MessageButtons::YesNo) != MessageAnswer::Yes)

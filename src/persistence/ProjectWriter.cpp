@@ -2,7 +2,9 @@
 #include <filesystem>
 
 #include "files/ChunkFile.h"
+#include "foundation/Desktop.h"
 #include "foundation/Paths.h"
+#include "foundation/WholeFile.h"
 #include "persistence/ObjectChunks.h"
 #include "persistence/Project.h"
 #include "persistence/ProjectChunks.h"
@@ -78,27 +80,34 @@ static void WriteChunks(UChunkFile& file, const World& world, const ProjectViews
     file.CloseChunk();
 }
 
-// The existing project becomes the backup by a hard link or copy, so that the project itself is there at every moment.
-static void KeepBackup(std::string_view full_name) {
-    std::error_code ignored;
-    const std::filesystem::path project = RealPath(full_name);
-    const std::filesystem::path backup = RealPath(std::string(full_name) + ".bkp");
-    if (!std::filesystem::exists(project, ignored))
-        return;
-    std::filesystem::remove(backup, ignored);
-    std::error_code no_link;
-    std::filesystem::create_hard_link(project, backup, no_link);
-    if (no_link)
-        std::filesystem::copy_file(project, backup, std::filesystem::copy_options::overwrite_existing, ignored);
+// The existing project becomes the backup by a hard link or a copy, so that both the project and a backup are there at
+// every moment. False with a sentence.
+static bool KeepBackup(std::string_view full_name, std::string& error) {
+    namespace fs = std::filesystem;
+    std::error_code failure;
+    const fs::path project = RealPath(full_name), backup = RealPath(std::string(full_name) + ".bkp");
+    if (!fs::exists(project, failure) || fs::equivalent(project, backup, failure))
+        return true;
+    fs::path linked = backup;
+    linked.replace_filename(".marrowstead-backup.tmp");
+    fs::remove(linked, failure);
+    fs::create_hard_link(project, linked, failure);
+    if (!failure)
+        fs::rename(linked, backup, failure);
+    if (!failure)
+        return true;
+    fs::remove(linked, failure);
+    return CopyWholeFile(project, backup, error);
 }
 
 bool SaveProject(std::string_view full_name, World& world, const ProjectViews& views, bool backup, std::string& error) {
     world.FlushUnusedMaterials();
-    if (backup)
-        KeepBackup(full_name);
     UChunkFile file(full_name, CFM_Create);
     if (file.IsValid())
         WriteChunks(file, world, views);
+    std::string no_backup;
+    if (backup && file.IsValid() && !KeepBackup(full_name, no_backup))
+        GetDesktop().Notice(no_backup);
     if (file.IsValid() && file.CloseChunkFile())
         return true;
     error = file.GetError();

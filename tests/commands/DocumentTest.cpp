@@ -1,6 +1,8 @@
 // The document commands: names, questions, recent files, decals, and work that survives failures and crashes.
 #include "commands/Recovery.h"
 #include "commands/ScriptData.h"
+#include "foundation/Paths.h"
+#include "pages/TrackDlg.h"
 
 TEST(IncrementalSave, Names) {
     const std::pair<const char*, const char*> cases[] = {{"level.msp", "level_0000.msp"},
@@ -24,12 +26,17 @@ TEST_F(ScriptData, SavingOpeningAndTheIncrementalSave) {
     ASSERT_EQ(Run("drag front 256 256 300 200\nkey Ctrl+Shift+S\n"), "");
     EXPECT_TRUE(std::filesystem::exists("level_0000.msp"));
     EXPECT_EQ(interface->project_file_name, "level_0000.msp");
+    WriteBytes("level_0001.msp", "another state");
+    ASSERT_EQ(Run("key Ctrl+Shift+S\n"), "");
+    EXPECT_EQ(interface->project_file_name, "level_0002.msp");
+    EXPECT_EQ(ReadBytes("level_0001.msp"), "another state");
+    std::filesystem::remove("level_0002.msp");
     ASSERT_EQ(Run("new\n"), "");
     EXPECT_EQ(interface->title, "Marrowstead 2000 - Untitled");
     EXPECT_EQ(interface->editor_state, ES_IDLE);
     ASSERT_EQ(Run("open level.msp\n"), "");
     EXPECT_EQ(Level().GetBrushCount(), 1) << "the first file was not touched by the incremental save";
-    ASSERT_EQ(frame->document.RecentFiles().size(), 2u);
+    ASSERT_EQ(frame->document.RecentFiles().size(), 3u);
     EXPECT_NE(frame->document.RecentFiles()[0].find("level.msp"), std::string::npos);
     EXPECT_EQ(interface->View(VIEW_TOP).window_rect.left, VIEW_SIDE) << "a stored window is not that of now";
     interface->project_file_name = "x9.msp";
@@ -57,6 +64,24 @@ TEST_F(ScriptData, SavingAsksForANameOnlyWithoutOne) {
     EXPECT_EQ(desktop.messages.size(), 2u) << "the second time it has a name";
 }
 
+// Every kind of file that a user names: beside another one whose name differs in the case of its letters.
+TEST_F(ScriptData, AFileIsWrittenUnderTheNameThatTheUserTyped) {
+    ASSERT_EQ(Run("drag top 256 256 300 200\n"), "");
+    for (const char* name : {"Level.msp", "Level.pfb", "Level.wrl", "Level.mvi", "Level.trk", "Level.png"})
+        WriteBytes(name, "another one");
+    std::string error;
+    ASSERT_EQ(Run("save level.msp\nprefab save level.pfb words\nexport level.wrl\npicture top level.png\n"), "");
+    EXPECT_EQ(interface->SaveMovie(data.folder / "level.mvi", error), MOVIE_OK) << error;
+    CTrackDlg tracks(*interface);
+    tracks.m_track_name = data.folder / "Level.trk";
+    desktop.answers = {data.folder / "level.trk"};
+    tracks.OnSaveTrackAs();
+    for (const char* ending : {".msp", ".pfb", ".wrl", ".mvi", ".trk", ".png"}) {
+        EXPECT_EQ(ReadBytes("Level" + std::string(ending)), "another one") << ending;
+        EXPECT_TRUE(std::filesystem::exists("level" + std::string(ending))) << ending;
+    }
+}
+
 TEST_F(ScriptData, AFailedSaveKeepsTheOldFileAndTheWork) {
     ASSERT_EQ(Run("drag top 256 256 300 200\nsave level.msp\nkey Esc\ndrag front 256 256 300 200\n"), "");
     const std::string before = ReadBytes("level.msp");
@@ -70,6 +95,58 @@ TEST_F(ScriptData, AFailedSaveKeepsTheOldFileAndTheWork) {
     const size_t asked = desktop.messages.size();
     EXPECT_FALSE(frame->OnClose()) << "the second try asks again";
     EXPECT_EQ(desktop.messages.size(), asked + 1);
+}
+
+// In place, and by a file in its place; also after a save of our own.
+TEST_F(ScriptData, ASaveAsksBeforeItWritesOverTheWorkOfAnotherProgram) {
+    ASSERT_EQ(Run("drag top 256 256 300 200\nsave level.msp\nopen level.msp\n"), "");
+    const std::function<void()> changes[] = {
+        [] { WriteBytes("level.msp", "another file"); },
+        [] { std::ofstream("level.msp", std::ios::in | std::ios::out) << "in place"; }};
+    for (const auto& change : changes) {
+        change();
+        const std::string theirs = ReadBytes("level.msp");
+        interface->MarkDirty();
+        const size_t asked = desktop.messages.size();
+        desktop.answers = {"no"};
+        frame->document.OnFileSave();
+        ASSERT_EQ(desktop.messages.size(), asked + 1);
+        EXPECT_NE(desktop.messages.back().text.find("Another program has changed \"level.msp\""), std::string::npos);
+        EXPECT_EQ(ReadBytes("level.msp"), theirs);
+        EXPECT_TRUE(interface->project_file_need_save);
+        desktop.answers = {"yes"};
+        frame->document.OnFileSave();
+        EXPECT_NE(ReadBytes("level.msp"), theirs);
+        interface->MarkDirty();
+        frame->document.OnFileSave();
+        EXPECT_EQ(desktop.messages.size(), asked + 2) << "our own save is no change";
+    }
+    std::filesystem::remove("level.msp");
+    const size_t asked = desktop.messages.size();
+    frame->document.OnFileSave();
+    EXPECT_EQ(desktop.messages.size(), asked) << "nothing is lost";
+    EXPECT_TRUE(std::filesystem::exists("level.msp"));
+}
+
+TEST_F(ScriptData, AReadOnlyProjectOrWorldIsNotWrittenOver) {
+    ASSERT_EQ(Run("drag top 256 256 300 200\nsave level.msp\ncommand OnCompile\n"), "");
+    const std::string world = interface->TargetFile(), real_world = RealPath(world).string();
+    WriteBytes("level.msp.bkp", "the last backup");
+    interface->settings.create_prj_backup = true;
+    for (const std::string& file : {std::string("level.msp"), real_world})
+        std::filesystem::permissions(file, std::filesystem::perms::owner_read);
+    const std::string project_before = ReadBytes("level.msp"), world_before = ReadBytes(real_world);
+    ASSERT_EQ(Run("key Esc\ndrag front 256 256 300 200\n"), "");
+    frame->document.OnFileSave();
+    EXPECT_EQ(ReadBytes("level.msp"), project_before);
+    EXPECT_EQ(ReadBytes("level.msp.bkp"), "the last backup");
+    EXPECT_TRUE(interface->project_file_need_save);
+    for (const bool visibility : {false, true}) {
+        frame->CompileEntities(visibility);
+        EXPECT_EQ(frame->last_compile, CompileOutcome::NotWritten);
+        EXPECT_NE(desktop.messages.back().text.find("is read only"), std::string::npos);
+    }
+    EXPECT_EQ(ReadBytes(real_world), world_before);
 }
 
 TEST_F(ScriptData, ANoBeforeACancelledOpenIsNoLicenceToLoseTheWork) {
@@ -179,6 +256,24 @@ TEST_F(ScriptData, ACopyIsKeptAgainstACrashUntilTheWorkIsSaved) {
     EXPECT_TRUE(interface->project_file_need_save && interface->project_file_has_name);
     EXPECT_EQ(interface->project_file_name, "level.msp");
     EXPECT_TRUE(RecoveryFile::FindLeftOver().empty()) << "it is this run's copy now";
+
+    // Locks and notes without a copy go; a note that cannot be read stands in nobody's way.
+    WriteBytes(folder / "level-1.lock", "");
+    WriteBytes(folder / "level-2.json", "{}");
+    WriteBytes(folder / "level-3.msp", "copy");
+    std::filesystem::create_directories(folder / "level-3.json/inside");
+    ASSERT_EQ(RecoveryFile::FindLeftOver().size(), 1u);
+    EXPECT_FALSE(std::filesystem::exists(folder / "level-1.lock") || std::filesystem::exists(folder / "level-2.json"));
+    std::filesystem::remove(folder / "level-3.msp");
+
+    // A second run of the same process number, as in another container: each has files of its own.
+    {
+        RecoveryFile other(*interface);
+        EXPECT_TRUE(other.Write());
+        EXPECT_EQ(copies(), 2);
+        EXPECT_TRUE(RecoveryFile::FindLeftOver().empty());
+    }
+    EXPECT_EQ(copies(), 1);
 
     ASSERT_EQ(Run("new\ndrag top 256 256 300 200\nsave nameless.msp\n"), "");
     std::string error;

@@ -1,5 +1,6 @@
 // The movie commands and what they say; the movie that is saved with its level; the tracklist's window.
 #include "commands/CommandTable.h"
+#include "commands/Recovery.h"
 #include "commands/ScriptData.h"
 #include "pages/TrackDlg.h"
 #include "persistence/MovieFile.h"
@@ -13,6 +14,8 @@ class MovieCommands : public ScriptData {
 protected:
     MovieCommands() {
         WriteBytes("movies.def", std::string(TEST_DEFINITIONS) +
+                                     "#camera { #Type <CAMERA> #TraceType <NoTrace> #EntityLocation <AnyCell> "
+                                     "#EditorImage { MODEL (BOX) } #Parameters { } }"
                                      "#target_point { #Type <PATH_POINT_TGT> #TraceType <NoTrace> #EntityLocation "
                                      "<AnyCell> #EditorImage { MODEL (BOX) } #Parameters { } }");
         interface->entity_parser = std::make_unique<EntityParser>("movies.def");
@@ -52,6 +55,36 @@ TEST_F(MovieCommands, SaveAsksForANameOnceAndLoadTakesIt) {
     Command("OnFileMergemovie", data.folder / "b.mvi");
     EXPECT_EQ(Level().movie_name, data.folder / "b.mvi");
     EXPECT_EQ(Level().GetEntityCount(), 3);
+}
+
+// A project is saved without its paths, so a copy against a crash has them beside it.
+TEST_F(MovieCommands, ACopyAgainstACrashHoldsThePathsToo) {
+    const std::filesystem::path kept = data.folder / "config/recovery";
+    Level().movie_name = data.folder / "flight.mvi";
+    interface->movie_editing = true;
+    ASSERT_EQ(Run("save before.msp\n"), "");
+    Command("OnFileSavemovieas", data.folder / "before.mvi");
+    interface->MarkDirty();
+    {
+        RecoveryFile crashing(*interface);
+        ASSERT_TRUE(crashing.Write());
+        for (const auto& entry : std::filesystem::directory_iterator(kept))
+            if (entry.path().extension() != ".lock")
+                std::filesystem::copy_file(entry.path(), kept / ("level-c" + entry.path().extension().string()));
+    }
+    interface->movie_editing = false;
+    ASSERT_EQ(Run("new\n"), "");
+    RecoveryFile recovery(*interface);
+    desktop.answers = {"yes"};
+    recovery.Offer(frame->document);
+    EXPECT_EQ(Level().GetEntityCount(), 3) << "the camera and two points";
+    EXPECT_EQ(Level().movie_name, data.folder / "before.mvi");
+    EXPECT_TRUE(interface->movie_editing);
+    ASSERT_EQ(Run("save after.msp\n"), "");
+    Command("OnFileSavemovieas", data.folder / "after.mvi");
+    EXPECT_TRUE(ReadBytes("after.msp") == ReadBytes("before.msp"));
+    EXPECT_TRUE(ReadBytes("after.mvi") == ReadBytes("before.mvi"));
+    EXPECT_TRUE(RecoveryFile::FindLeftOver().empty());
 }
 
 TEST_F(MovieCommands, FailuresAreToldAndLeaveTheName) {

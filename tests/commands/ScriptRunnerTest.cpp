@@ -63,6 +63,8 @@ TEST_F(ScriptData, WrongLinesEndTheRunWithTheirNumber) {
         {"lock 2", "0 or 1"},
         {"check_script verbs a.txt", "\"commands\" or \"conditions\""},
         {"check_script commands missing.txt", "cannot be opened"},
+        {"check_script commands Scripts", "Is a directory"},
+        {"picture top Scripts", "Is a directory"},
         {"picture top missing/folder/a.png", "cannot be written"},
         {"echo \"open", "quote"},
     };

@@ -1,4 +1,5 @@
 // The quick update of entities in a compiled world.
+#include <cerrno>
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -7,6 +8,7 @@
 #include "compiler/EntityUpdate.h"
 #include "compiler/Levels.h"
 #include "compiler/TwoRooms.h"
+#include "foundation/AtomicFile.h"
 #include "foundation/Desktop.h"
 #include "foundation/TempFolder.h"
 #include "persistence/WorldFile.h"
@@ -90,6 +92,30 @@ TEST_F(EntityUpdateTest, ADeletedBrushAsksForAFullCompile) {
     EXPECT_EQ(desktop.boxes[0].text,
               "Critical error! Some brushes which are in saved map were deleted.\nPlease, recompile whole project.");
     EXPECT_TRUE(ReadBytes("Maps/small.few") == before);
+}
+
+TEST_F(EntityUpdateTest, AFullDiskLeavesTheWorldAndItsCopyAndIsTold) {
+    ASSERT_EQ(Update(false), EntityUpdateResult::Written);
+    AddEntityOf(world, "CORONA", {9, 8, 7});
+    const std::string target = ReadBytes("Maps/small.few"), copy = ReadBytes("Maps/small.bkp");
+    for (int fails = 0;; ++fails) {
+        int step = 0;
+        desktop.notices.clear();
+        SetDiskFaults([&](DiskStep) { return step++ == fails ? ENOSPC : 0; });
+        const EntityUpdateResult result = Update(false);
+        SetDiskFaults(nullptr);
+        if (step <= fails) {
+            EXPECT_EQ(result, EntityUpdateResult::Written);
+            break;
+        }
+        ASSERT_EQ(result, EntityUpdateResult::WriteFailed) << "step " << fails;
+        EXPECT_EQ(ReadBytes("Maps/small.few"), target) << "step " << fails;
+        const std::string now = ReadBytes("Maps/small.bkp");
+        EXPECT_TRUE(now == copy || now == target) << "step " << fails;
+        ASSERT_FALSE(desktop.notices.empty());
+        EXPECT_NE(desktop.notices[0].find("No space left on device"), std::string::npos) << desktop.notices[0];
+    }
+    EXPECT_NE(ReadBytes("Maps/small.few"), target);
 }
 
 TEST_F(EntityUpdateTest, WithoutAnOldWorldThereIsNothingToUpdate) {

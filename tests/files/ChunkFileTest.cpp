@@ -76,7 +76,7 @@ TEST(ChunkFile, BytesByHand) {
 TEST(ChunkFile, ReadsChunksAndArrays) {
     const TempFolder folder;
     WriteBytes(folder / "x", ByHand());
-    UChunkFile file(folder / "X", CFM_Open);
+    UChunkFile file(folder.Path().string() + "\\X", CFM_Open);
     ASSERT_TRUE(file.IsValid()) << file.GetError();
     EXPECT_EQ(file.GetChunkCount(), 3);
     EXPECT_EQ(file.GetChunkTypeCount("Aa"), 2);

@@ -1,4 +1,3 @@
-#include "foundation/AtomicFile.h"
 #include "foundation/Desktop.h"
 #include "foundation/Log.h"
 #include "foundation/Parallel.h"
@@ -97,6 +96,8 @@ TEST(Paths, FindEachSegmentWithoutRegardToCase) {
     for (const Case& c : cases)
         EXPECT_EQ(RealPath(c.data_path).string(), c.expected) << c.data_path;
     EXPECT_EQ(RealPath(folder / "TEXTURES\\STEEL").string(), folder / "Textures/Steel");
+    EXPECT_EQ(RealPath(folder / "Textures/Steel/PLATE.TGA").string(), folder / "Textures/Steel/PLATE.TGA")
+        << "a user's file is another one in other letters";
     EXPECT_TRUE(FileExistsOnDisk("TEXTURES/STEEL/PLATE.TGA"));
     EXPECT_FALSE(FileExistsOnDisk("Textures"));
     EXPECT_TRUE(MakeFolders("Textures\\STEEL\\New\\Deep"));
@@ -105,52 +106,6 @@ TEST(Paths, FindEachSegmentWithoutRegardToCase) {
     EXPECT_TRUE(RemoveFile("textures\\brick\\WALL01.tga"));
     EXPECT_FALSE(fs::exists("textures/brick/wall01.tga"));
     EXPECT_FALSE(RemoveFile("Textures\\Steel\\New\\Deep")) << "not a folder";
-}
-
-TEST(AtomicFile, AppearsWholeOrNotAtAll) {
-    const TempFolder folder;
-    const std::string target = folder / "level.msp";
-    WriteBytes(target, "old");
-    fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write);
-    {
-        AtomicFile abandoned(target);
-        EXPECT_TRUE(abandoned.Write("half", 4));
-    }
-    EXPECT_EQ(ReadBytes(target), "old");
-    {
-        AtomicFile file(target);
-        EXPECT_TRUE(file.Write("new ", 4) && file.Write("text", 4));
-        EXPECT_EQ(ReadBytes(target), "old");
-        EXPECT_TRUE(file.Commit());
-        EXPECT_FALSE(file.Write("late", 4));
-        EXPECT_FALSE(file.Commit());
-    }
-    EXPECT_EQ(ReadBytes(target), "new text");
-    EXPECT_EQ(fs::status(target).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-    EXPECT_EQ(EntriesIn(folder.Path()), 1u) << "nothing is left beside it";
-}
-
-TEST(AtomicFile, RefusesAndFollowsLinks) {
-    const TempFolder folder;
-    AtomicFile nowhere(folder / "missing/file");
-    EXPECT_FALSE(nowhere.IsOpen());
-    EXPECT_EQ(nowhere.GetError(), "No such file or directory");
-    EXPECT_FALSE(nowhere.Write("x", 1));
-    EXPECT_FALSE(nowhere.Commit());
-    AtomicFile over_folder(folder.Path().string());
-    EXPECT_EQ(over_folder.GetError(), "Is a directory");
-
-    WriteBytes(folder / "real.txt", "old");
-    fs::create_symlink("real.txt", folder / "link.txt");
-    AtomicFile through(folder / "link.txt");
-    EXPECT_TRUE(through.Write("new", 3) && through.Commit());
-    EXPECT_TRUE(fs::is_symlink(folder / "link.txt"));
-    EXPECT_EQ(ReadBytes(folder / "real.txt"), "new");
-
-    if (fs::exists("/dev/full")) { // a disk without room
-        AtomicFile full("/dev/full");
-        EXPECT_FALSE(full.IsOpen());
-    }
 }
 
 TEST(Log, EntriesBeginWithALineFeed) {

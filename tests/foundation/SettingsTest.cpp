@@ -1,8 +1,15 @@
 #include "foundation/Settings.h"
+#include "foundation/AtomicFile.h"
+#include "foundation/Desktop.h"
 #include "foundation/TempFolder.h"
 
+#include <cerrno>
 #include <cstring>
+#include <functional>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 // Every test has a settings folder of its own.
 class Settings : public testing::Test {
@@ -81,6 +88,84 @@ TEST_F(Settings, DamagedFilesOpenEmptyAndAreKeptAside) {
         EXPECT_EQ(registry.GetInteger("AutoLoadProject", 9), 1);
         EXPECT_EQ(ReadBytes(File() + ".damaged"), damaged);
     }
+}
+
+// A folder, a pipe and a link to nothing stand where the file is expected: told once, and left alone.
+TEST_F(Settings, WhatCannotBeReadIsToldOnceAndLeftAlone) {
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"Is a directory", [&] { std::filesystem::create_directories(File() + "/inside"); }},
+        {"not a regular file", [&] { mkfifo(File().c_str(), 0600); }},
+        {"No such file or directory", [&] { std::filesystem::create_symlink("nothing", File()); }}};
+    for (const auto& [reason, make] : cases) {
+        std::filesystem::create_directories(std::filesystem::path(File()).parent_path());
+        std::filesystem::remove_all(File());
+        make();
+        const std::filesystem::file_type type = std::filesystem::symlink_status(File()).type();
+        HeadlessDesktop desktop;
+        SetDesktop(&desktop);
+        RegistryClass registry;
+        EXPECT_TRUE(registry.OpenKeyDirectory(SETTINGS_KEY));
+        const int one = 1;
+        EXPECT_FALSE(registry.SetKeyValue("AutoLoadProject", &one)) << reason;
+        EXPECT_EQ(registry.GetInteger("AutoLoadProject", 9), 9);
+        SetDesktop(nullptr);
+        ASSERT_EQ(desktop.notices.size(), 1u) << reason;
+        EXPECT_NE(desktop.notices[0].find(reason), std::string::npos) << desktop.notices[0];
+        EXPECT_EQ(std::filesystem::symlink_status(File()).type(), type);
+    }
+}
+
+TEST_F(Settings, WhatCannotBeWrittenIsTold) {
+    HeadlessDesktop desktop;
+    SetDesktop(&desktop);
+    RegistryClass registry;
+    ASSERT_TRUE(registry.OpenKeyDirectory(SETTINGS_KEY));
+    SetDiskFaults([](DiskStep step) { return step == DiskStep::Flush ? ENOSPC : 0; });
+    for (const int value : {1, 2})
+        EXPECT_FALSE(registry.SetKeyValue("AutoLoadProject", &value));
+    SetDiskFaults(nullptr);
+    SetDesktop(nullptr);
+    EXPECT_EQ(registry.GetInteger("AutoLoadProject", 9), 9);
+    ASSERT_EQ(desktop.notices.size(), 1u);
+    EXPECT_NE(desktop.notices[0].find("No space left on device"), std::string::npos) << desktop.notices[0];
+}
+
+TEST_F(Settings, TwoProcessesKeepTheValuesOfBoth) {
+    constexpr int VALUES = 60;
+    const auto write_own = [](const std::string& process) {
+        RegistryClass registry;
+        bool written = registry.OpenKeyDirectory(SETTINGS_KEY);
+        for (int i = 0; i < VALUES; ++i)
+            written = registry.SetKeyValue(process + std::to_string(i), &i) && written;
+        return written;
+    };
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(write_own("child") ? 0 : 1);
+    EXPECT_TRUE(write_own("parent"));
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    RegistryClass registry;
+    ASSERT_TRUE(registry.OpenKeyDirectory(SETTINGS_KEY));
+    for (const std::string process : {"child", "parent"})
+        for (int i = 0; i < VALUES; ++i)
+            EXPECT_EQ(registry.GetInteger(process + std::to_string(i), -1), i) << process;
+}
+
+TEST_F(Settings, AKeyIsReplacedInOneWrite) {
+    ASSERT_TRUE(RegistryClass::ReplaceKeyTexts("Software\\Keys", {{"a", "F1"}, {"b", "F2"}}));
+    int writes = 0;
+    SetDiskFaults([&writes](DiskStep step) {
+        writes += step == DiskStep::Open;
+        return 0;
+    });
+    EXPECT_TRUE(RegistryClass::ReplaceKeyTexts("Software\\Keys", {{"b", "F3"}, {"c", "F4"}}));
+    SetDiskFaults(nullptr);
+    EXPECT_EQ(writes, 1);
+    RegistryClass registry;
+    ASSERT_TRUE(registry.OpenKeyDirectory("Software\\Keys"));
+    EXPECT_EQ(registry.GetText("a", "gone") + registry.GetText("b", "") + registry.GetText("c", ""), "goneF3F4");
 }
 
 TEST_F(Settings, OddValuesAreNoSurprise) {

@@ -71,14 +71,15 @@ static void PrintText(const nlohmann::ordered_json& json) {
     }
 }
 
-static bool SaveLightmaps(const WorldFile& world, const std::string& folder) {
+static bool SaveLightmaps(const WorldFile& world, const std::string& folder, std::string& error) {
     std::error_code failure;
     std::filesystem::create_directories(folder, failure);
     for (size_t p = 0; p < world.lightmap_pages.size(); ++p) {
         std::vector<uint8_t> rgb = world.lightmap_pages[p];
         for (size_t k = 0; k + 2 < rgb.size(); k += 3)
             std::swap(rgb[k], rgb[k + 2]);
-        if (!WritePng(folder + "/" + Format("lightmap%04zu.png", p), LIGHTMAP_PAGE_SIDE, LIGHTMAP_PAGE_SIDE, rgb))
+        if (!WritePng(folder + "/" + Format("lightmap%04zu.png", p), LIGHTMAP_PAGE_SIDE, LIGHTMAP_PAGE_SIDE, rgb,
+                      error))
             return false;
     }
     return true;
@@ -113,8 +114,8 @@ int main(int argc, char** argv) {
         if (check && findings.empty())
             std::printf("All checks passed.\n");
     }
-    if (!lightmap_folder.empty() && !SaveLightmaps(world, lightmap_folder)) {
-        std::fprintf(stderr, "the pictures cannot be written into \"%s\"\n", lightmap_folder.c_str());
+    if (!lightmap_folder.empty() && !SaveLightmaps(world, lightmap_folder, error)) {
+        std::fprintf(stderr, "%s\n", error.c_str());
         return EXIT_NOT_SAVED;
     }
     return findings.empty() ? 0 : EXIT_CHECK_FAILED;

@@ -42,8 +42,8 @@ int main(int argc, char** argv) {
         size[0], size[1],
         {{camera_values[0], camera_values[1], camera_values[2]}, DirectionOf(camera_values[3], camera_values[4])});
     picture.Draw(world, LoadTextures(world));
-    if (!WritePng(picture_file, size[0], size[1], picture.Rgb())) {
-        std::fprintf(stderr, "\"%s\" cannot be written\n", picture_file.c_str());
+    if (!WritePng(picture_file, size[0], size[1], picture.Rgb(), error)) {
+        std::fprintf(stderr, "%s\n", error.c_str());
         return EXIT_NOT_SAVED;
     }
     return 0;
