@@ -1,5 +1,7 @@
 #include "commands/CommandTable.h"
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <sstream>
 
@@ -95,8 +97,7 @@ std::vector<Command> EditCommands() {
     return {
         {FRAME, "OnEditUndo", "Edit", "&Undo", "Ctrl+Z Alt+Backspace", [](F& f) { f.OnEditUndo(); }},
         {FRAME, "OnEditRedo", "Edit", "&Redo", "Ctrl+Y", [](F& f) { f.OnEditRedo(); }},
-        {FRAME, "OnClone", "Edit", "C&lone", "Space", [](F& f) { f.interface.Clone(); }, nullptr, nullptr, nullptr,
-         true},
+        {FRAME, "OnClone", "Edit", "C&lone", "Space", [](F& f) { f.interface.Clone(); }},
         {FRAME, "OnDelete", "Edit", "&Delete", "Backspace", [](F& f) { f.interface.DeleteSelection(); }},
         {FRAME, "OnEditCopypath", "Edit", "Copy Path", "", [](F& f) { f.OnEditCopypath(); }},
         {FRAME, "OnEditPastepath", "Edit", "Paste Path", "", [](F& f) { f.OnEditPastepath(); }},
@@ -205,8 +206,7 @@ std::vector<Command> SelectionCommands() {
         {FRAME, "OnSelectall", "Selection", "Select &all", "Ctrl+1", [](F& f) { f.interface.SelectAll(); }},
         {FRAME, "OnInvertselection", "Selection", "In&vert selection", "Ctrl+2",
          [](F& f) { f.interface.InvertSelection(); }},
-        {FRAME, "OnEscape", "Selection", "&Clear selection", "Esc", [](F& f) { f.interface.Cancel(); }, nullptr,
-         nullptr, nullptr, true},
+        {FRAME, "OnEscape", "Selection", "&Clear selection", "Esc", [](F& f) { f.interface.Cancel(); }},
         {FRAME, "OnSelectionSpecial", "Selection", "Advanced brush selection", "Ctrl+3",
          [](F& f) { AskSpecialSelection(f.interface); }},
         {FRAME, "OnSelectionEntSpecial", "Selection", "Advanced entity selection", "Ctrl+4",
@@ -370,6 +370,16 @@ std::map<std::string, const Command*> KeyMap() {
     return map;
 }
 
+// What shows or moves the view, or counts for the drag itself.
+bool WorksInDrag(const Command& command) {
+    constexpr std::string_view NAMES[] = {
+        "OnClone",       "OnEscape",         "OnTexturelock",    "OnRendermodes", "OnShowTextureBorder",
+        "OnCenterworld", "OnCenterworldall", "OnCameraRotation", "OnRotateLeft",  "OnRotateRight",
+        "OnRotateUp",    "OnRotateDown",     "OnShowSelwire"};
+    return std::string_view(command.menu) == "Show" ||
+           std::find(std::begin(NAMES), std::end(NAMES), command.name) != std::end(NAMES);
+}
+
 } // namespace
 
 const std::vector<Command>& CommandTable() {
@@ -378,6 +388,8 @@ const std::vector<Command>& CommandTable() {
         for (const auto& part : {FileCommands(), EditCommands(), BrushCommands(), ToolCommands(), SelectionCommands(),
                                  ShowCommands(), ViewCommands(), MovieCommands(), TextureCommands(), SettingCommands()})
             all.insert(all.end(), part.begin(), part.end());
+        for (Command& command : all)
+            command.works_in_drag = WorksInDrag(command);
         return all;
     }();
     return table;

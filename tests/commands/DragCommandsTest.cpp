@@ -93,6 +93,17 @@ TEST_F(DragCommands, AMoveThatAKeyEndsHasItsStep) {
         }
 }
 
+TEST_F(DragCommands, WhatOnlyShowsLetsTheDragGoOn) {
+    for (const char* key : {"Alt+0", "Alt+4", "L", "Ctrl+W", "Left"}) {
+        Fresh(true);
+        ASSERT_EQ(Run(std::string("mouse top left_down 288 224\nmouse top move 304 224\nkey ") + key +
+                      "\nmouse top move 320 224\nmouse top left_up 320 224\n"),
+                  "");
+        EXPECT_EQ(LevelBrush(1).bbox[7].x, 32) << key;
+        EXPECT_EQ(Level().undo_buffer.GetActionCount(), 1) << key;
+    }
+}
+
 TEST_F(DragCommands, AButtonReleasedWhileAnotherPansEndsItsDrag) {
     Fresh(false);
     ASSERT_EQ(Run("mouse top left_down 288 224\nmouse top move 304 224\nmouse top middle_down 304 224\n"
