@@ -13,7 +13,7 @@
 class FileLibrary;
 
 enum FOOpenMethod { FO_Open = 0, FO_Create = 1, FO_OpenWithUniqueHandle = 2 };
-enum FOPositionMethod { FOPM_Start = 0, FOPM_Current = 1, FOPM_End = 2 };
+enum FOPositionMethod : int { FOPM_Start = 0, FOPM_Current = 1, FOPM_End = 2 };
 enum RLTruncateFlags { RLTF_TruncateEnd = 0, RLTF_TruncateAll = 1, RLTF_TruncateNothing = 2 };
 
 // A file time in 100-nanosecond ticks since 1601, in two halves.

@@ -300,7 +300,7 @@ TEST_F(PagesWindowsTest, ATextWithoutATableOpensTheActorScriptWindow) {
     kind->GetParameterStr("remark")->p_text = "first";
     Open(TAB_ENTITY);
     const auto edit = [&](const char* typed, const char* button) {
-        WhenOpen([=, this](QWidget& window) {
+        WhenOpen([=](QWidget& window) {
             EXPECT_EQ(window.windowTitle(), "Actor script");
             Press(window, "Check");
             Press(window, "Autocomplete");

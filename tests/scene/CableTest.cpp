@@ -131,7 +131,8 @@ void SetNumber(Entity& e, const char* name, float value, EntityParameterType typ
     p.name = name;
     p.type = type;
     p.p_float = value;
-    p.p_int = static_cast<int32_t>(value);
+    if (type == EPT_INT)
+        p.p_int = static_cast<int32_t>(value);
     e.AddParameter(p);
 }
 
