@@ -43,7 +43,7 @@ static bool IsDisplayThere() {
     return false;
 }
 
-int main(int argc, char** argv) {
+static int Run(int argc, char** argv) {
     CommandLine command_line;
     CLI::App app{"Edits the levels of the game, or compiles a project (.msp) into the world file that the game loads "
                  "(Maps/<name>.few)."};
@@ -145,3 +145,5 @@ int main(int argc, char** argv) {
     SetDesktop(nullptr);
     return status;
 }
+
+int main(int argc, char** argv) { return FinishOutput(Run(argc, argv)); }

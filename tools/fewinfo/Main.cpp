@@ -85,7 +85,7 @@ static bool SaveLightmaps(const WorldFile& world, const std::string& folder, std
     return true;
 }
 
-int main(int argc, char** argv) {
+static int Run(int argc, char** argv) {
     std::string file, lightmap_folder;
     bool as_json = false, check = false;
     CLI::App app{"Says what a compiled world (.few) holds."};
@@ -120,3 +120,5 @@ int main(int argc, char** argv) {
     }
     return findings.empty() ? 0 : EXIT_CHECK_FAILED;
 }
+
+int main(int argc, char** argv) { return FinishOutput(Run(argc, argv)); }

@@ -9,7 +9,7 @@
 
 static constexpr int EXIT_BAD_FILE = 1, EXIT_NOT_SAVED = 4;
 
-int main(int argc, char** argv) {
+static int Run(int argc, char** argv) {
     std::string file, picture_file, data_folder;
     std::vector<float> camera_values{0, 128, 0, 0, 0};
     std::vector<int> size{960, 540};
@@ -48,3 +48,5 @@ int main(int argc, char** argv) {
     }
     return 0;
 }
+
+int main(int argc, char** argv) { return FinishOutput(Run(argc, argv)); }

@@ -216,7 +216,7 @@ int Extract(const std::string& path, const std::string& folder) {
 
 } // namespace
 
-int main(int argc, char** argv) {
+static int Run(int argc, char** argv) {
     CLI::App app{"Writes and reads packed .fs libraries."};
     app.name("fslib");
     app.require_subcommand(1);
@@ -248,3 +248,5 @@ int main(int argc, char** argv) {
         return *ended;
     return status;
 }
+
+int main(int argc, char** argv) { return FinishOutput(Run(argc, argv)); }
