@@ -7,13 +7,13 @@ FUZZ_TARGET(project, bytes) {
     static ProjectData data;
     desktop.Forget();
     WriteBytes("in.msp", bytes);
-    ProjectViews views;
+    ProjectViews views{};
     std::unique_ptr<World> world = data.Load("in.msp", views);
     if (!world)
         return;
     Require(SaveProject("first.msp", *world, views, false, data.error), "what opens can be saved");
     world.reset();
-    ProjectViews views_again;
+    ProjectViews views_again{};
     world = data.Load("first.msp", views_again);
     Require(world != nullptr, "what was saved opens");
     Require(SaveProject("second.msp", *world, views_again, false, data.error), "and can be saved");
