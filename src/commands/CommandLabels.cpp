@@ -121,6 +121,7 @@ constexpr Label LABELS[] = {
     {"OnSelectionShowOccluders", nullptr, "Shows or hides all occluders."},
     {"OnSelectionShowNonboxentities", nullptr, "Shows entities as bodies and pictures instead of boxes."},
     {"OnShowlinks", nullptr, "Shows or hides the arrows between linked objects."},
+    {"OnShowGroundgrid", nullptr, "Shows or hides the grid on the ground and the axes in the perspective view."},
     {"OnSelectionShowParticles", nullptr, "Shows or hides all particle entities."},
     {"OnSelectionShowEyes", nullptr, "Shows or hides the visibility eyes, which start the cells."},
     {"OnSelectionShowLights", nullptr, "Shows or hides all lights and coronas."},

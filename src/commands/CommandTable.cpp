@@ -244,6 +244,12 @@ std::vector<Command> ShowCommands() {
              f.interface.RedrawAllViews();
          },
          IsSet<&EditorSettings::show_links>},
+        {FRAME, "OnShowGroundgrid", "Show", "Ground grid", "",
+         [](F& f) {
+             f.StoreFlag("GroundGrid", f.interface.settings.ground_grid);
+             f.interface.RedrawView(VIEW_PERSPECTIVE);
+         },
+         IsSet<&EditorSettings::ground_grid>},
         Filter<&D::show_particles>("OnSelectionShowParticles", "Particles", "Alt+8"),
         Filter<&D::show_eyes>("OnSelectionShowEyes", "Eyes", "Alt+9"),
         Filter<&D::show_lights>("OnSelectionShowLights", "Lights && Coronas", "Alt+0"),

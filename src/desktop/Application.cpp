@@ -46,10 +46,19 @@ std::unique_ptr<ViewsPainter> MakePainter(bool software, std::string& error) {
     return nullptr;
 }
 
-bool IsFirstStart() {
+// What a script draws and undoes is as it always was; who works in the window has these until they are turned off.
+// Stored with the other settings at the end.
+void TurnOnWhatWasNeverSet(EditorSettings& settings) {
     RegistryClass store;
-    int value = 0;
-    return store.OpenKeyDirectory(SETTINGS_KEY) && store.GetKeyValue("FullUndo", &value, sizeof value) == 0;
+    if (!store.OpenKeyDirectory(SETTINGS_KEY))
+        return;
+    for (const auto field : {&EditorSettings::full_undo, &EditorSettings::outline_selection,
+                             &EditorSettings::shade_bare, &EditorSettings::ground_grid})
+        for (const SettingEntry& entry : SettingTable()) {
+            int value = 0;
+            if (entry.field == SettingField(field) && store.GetKeyValue(entry.name, &value, sizeof value) == 0)
+                settings.*field = true;
+        }
 }
 
 // The project as it is found from the folder where the program was started; else from the data folder, or as a path
@@ -109,11 +118,10 @@ int RunWithRenderer(const EditorOptions& options, const fs::path& start, ViewsPa
     CInterface interface;
     interface.threads = options.threads;
     std::string error;
+    TurnOnWhatWasNeverSet(interface.settings);
     for (const std::string& assignment : options.overrides)
         if (!interface.OverrideSetting(assignment, error))
             return Fail(error);
-    if (IsFirstStart())
-        interface.settings.full_undo = true; // stored with the other settings at the end
     TellStart(StartStep::Libraries);
     CMarrowstead2App::MountLibraries();
     interface.Init();

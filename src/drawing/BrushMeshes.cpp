@@ -212,13 +212,14 @@ const std::vector<BrushMeshes::Chunk>& BrushMeshes::Wire(const World& world) {
 }
 
 const std::vector<BrushMeshes::Chunk>& BrushMeshes::Solid(const World& world, const SolidOptions& options) {
-    const uint64_t option_bits = (options.lightmaps ? 1u : 0u) | (options.mask ? 2u : 0u) | (options.border ? 4u : 0u);
+    const uint64_t option_bits = (options.lightmaps ? 1u : 0u) | (options.mask ? 2u : 0u) | (options.border ? 4u : 0u) |
+                                 (options.outline ? 8u : 0u) | (options.shade_bare ? 16u : 0u);
     const auto look = [&](const BrushRecord& brush, BrushMesh::Member& member) {
         member.in_order = brush.IsDeferred();
         member.look = option_bits | uint64_t{brush.type} << 8;
-        if (options.mask)
+        if (options.mask || options.outline)
             member.look |= uint64_t{static_cast<uint32_t>(brush.selected_surface)} << 32 |
-                           (brush.selected_surface_curved ? 8u : 0u);
+                           (brush.selected_surface_curved ? 32u : 0u);
     };
     const auto build = [&](const auto& members, MeshData& data, std::vector<BrushPart>& parts) {
         BuildSolid(world, options, members, data, parts);

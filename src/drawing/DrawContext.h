@@ -13,9 +13,11 @@ struct DrawContext {
     D3DVECTOR camera_position; // of the perspective view
     DisplayFilters filters;
     bool show_links = false;
-    bool mask_enabled = false;                   // the selected surface shows in the mask colour
-    bool show_texture_border = false;            // a border on every repetition of a texture
-    uint32_t brush_texture = NO_TEXTURE_HANDLE;  // the dash pattern of boxes
+    bool mask_enabled = false;                  // the selected surface shows in the mask colour
+    bool outline_selection = false;             // the selection as an outline and a light tint instead of in one colour
+    bool shade_bare = false;                    // what has no material is shaded, with edges, in the lit picture too
+    bool show_texture_border = false;           // a border on every repetition of a texture
+    uint32_t brush_texture = NO_TEXTURE_HANDLE; // the dash pattern of boxes
     uint32_t border_texture = NO_TEXTURE_HANDLE; // the texture border
     bool vertex_mode = false;                    // the marks of the vertex net show, not only its lines
     int selected_cross_vertex = -1;              // so_vertex whose axis cross is picked

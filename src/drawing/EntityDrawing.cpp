@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr uint32_t WHITE = 0xFFFFFFFF;
+constexpr uint32_t WHITE = 0xFFFFFFFF, TINTED = 0xFFFF9090;
 constexpr int RING_POINTS = 64;
 constexpr size_t BOX_CORNERS = 8;
 
@@ -62,13 +62,15 @@ private:
     }
 
     void DrawShape(const Entity& e, bool is_selected) {
-        const uint32_t textured_color = is_selected ? ColorOf(LineColor::Selected) : WHITE;
+        const bool outlined = is_selected && context.outline_selection;
+        const uint32_t textured_color = outlined ? TINTED : is_selected ? ColorOf(LineColor::Selected) : WHITE;
         const bool nonbox = context.filters.show_nonbox_entities;
         if (nonbox && e.bitmap != NO_TEXTURE_HANDLE)
             DrawIcon(e, textured_color);
         else if (nonbox && e.mesh)
             DrawMesh(e, textured_color);
-        else if (!nonbox || e.model == EM_BOX)
+        const bool textured = nonbox && (e.bitmap != NO_TEXTURE_HANDLE || e.mesh);
+        if (textured ? outlined : !nonbox || e.model == EM_BOX)
             DrawBox(e, is_selected ? ColorOf(LineColor::Selected) : e.color);
     }
 

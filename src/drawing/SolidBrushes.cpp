@@ -2,7 +2,9 @@
 #include <map>
 
 #include "drawing/BrushPasses.h"
+#include "drawing/DepthShift.h"
 #include "drawing/SolidPass.h"
+#include "drawing/WireDrawing.h"
 #include "render/Frame.h"
 #include "render/StateCache.h"
 
@@ -13,7 +15,8 @@ public:
     MeshPass(World& scene, const DrawContext& draw_context)
         : world(scene), context(draw_context),
           chunks(BrushMeshes::Of(scene).Solid(scene, OptionsOf(scene, draw_context))),
-          records(BrushMeshes::Of(scene).Records()), plain_pass(scene, draw_context), seen(records.size()) {}
+          records(BrushMeshes::Of(scene).Records()), plain_pass(scene, draw_context), seen(records.size()),
+          bare(records.size()) {}
 
     void Draw() {
         FindSeen();
@@ -22,6 +25,8 @@ public:
         else
             DrawInOrder();
         DrawDeferred();
+        if (context.outline_selection || context.shade_bare)
+            DrawEdges();
     }
 
 private:
@@ -97,6 +102,8 @@ private:
                 DrawDecals(i);
     }
     void Add(const Piece& piece) {
+        if (piece.part->key.kind == SolidKind::Bare)
+            bare[piece.part->brush] = true;
         if (piece.part->range.index_count == 0)
             return;
         if (!piece.mesh->Mesh()) { // the device has no room for it
@@ -137,12 +144,58 @@ private:
         Flush();
     }
 
+    // Those of bare faces first, those of the selection over them.
+    void DrawEdges() {
+        for (const Deferred& d : deferred)
+            seen[d.brush] = true;
+        SetPlainState();
+        const DepthShift above_faces;
+        const std::vector<BrushMeshes::Chunk>& wires = BrushMeshes::Of(world).Wire(world);
+        for (const BrushMeshes::Chunk& chunk : wires)
+            if (context.shade_bare)
+                for (const BrushPart& part : chunk.plain.Parts())
+                    if (seen[part.brush] && bare[part.brush])
+                        AddEdges(chunk.plain, part);
+        for (const BrushMeshes::Chunk& chunk : wires)
+            if (context.outline_selection)
+                for (const BrushPart& part : chunk.selected.Parts())
+                    if (seen[part.brush])
+                        AddEdges(chunk.selected, part);
+        Flush();
+        if (context.outline_selection)
+            DrawSelectedSurface();
+    }
+    void AddEdges(const BrushMesh& mesh, const BrushPart& part) {
+        if (part.range.index_count == 0)
+            return;
+        if (mesh.Mesh()) {
+            run.Add(*mesh.Mesh(), part.range);
+            return;
+        }
+        Flush(); // the device has no room for it
+        LineBatch lines;
+        AddWire(lines, *world.brush[part.brush], WireColor(*world.brush[part.brush]));
+    }
+    void DrawSelectedSurface() {
+        constexpr uint32_t COLOR = 0xFF00FFFF;
+        const int b = world.selected_surface_brush;
+        if (b < 0 || static_cast<size_t>(b) >= seen.size() || !seen[static_cast<size_t>(b)])
+            return;
+        const Brush& brush = *world.brush[static_cast<size_t>(b)];
+        LineBatch lines;
+        brush.ForEachSurface([&](const Surface& surface, int s, bool curved) {
+            if (s == brush.selected_surface && curved == brush.selected_surface_curved)
+                lines.Edges(surface, COLOR);
+        });
+    }
+
     World& world;
     const DrawContext& context;
     const std::vector<BrushMeshes::Chunk>& chunks;
     const std::vector<BrushRecord>& records;
     SolidPass plain_pass;   // of what is not in meshes
     std::vector<bool> seen; // opaque, by index
+    std::vector<bool> bare; // drawn without a material somewhere
     std::vector<Deferred> deferred;
     PartRun run;
     SolidKey key;

@@ -7,16 +7,22 @@ namespace {
 
 constexpr uint32_t SELECTED_COLOR = 0xFFFF0000, SELECTED_SURFACE_COLOR = 0xFF00FFFF;
 constexpr uint32_t PORTAL_COLOR = 0x4000FF00, OCCLUDER_COLOR = 0x40FFFF00, SELECTED_PORTAL_COLOR = 0x40FF0000;
+constexpr uint32_t SELECTED_TINT = 0x38FF0000, SELECTED_SURFACE_TINT = 0x2800FFFF;
 constexpr int SHOW_LIGHTMAPS = 2;
+
+bool IsSelectedSurface(const Brush& brush, int s, bool curved) {
+    return s == brush.selected_surface && curved == brush.selected_surface_curved;
+}
 
 SolidSurface PlainSurface(const Brush& brush, const SolidOptions& options, const Surface& surface, int s, bool curved) {
     SolidSurface plain;
     plain.surface = &surface;
     if (surface.HasMaterial())
         plain.key = {SolidKind::Textured, surface.texture.index, 0};
-    const bool marked = options.mask && s == brush.selected_surface && curved == brush.selected_surface_curved;
-    plain.one_color = brush.is_selected || marked;
-    plain.color = brush.is_selected ? SELECTED_COLOR : SELECTED_SURFACE_COLOR;
+    const bool marked = options.mask && IsSelectedSurface(brush, s, curved),
+               red = brush.is_selected && !options.outline;
+    plain.one_color = red || marked;
+    plain.color = red ? SELECTED_COLOR : SELECTED_SURFACE_COLOR;
     plain.colors = &surface.diffuse;
     return plain;
 }
@@ -49,6 +55,15 @@ void FindMarkedSurfaces(const Brush& brush, std::vector<SolidSurface>& found) {
     }
 }
 
+void FindTintedSurfaces(const Brush& brush, std::vector<SolidSurface>& found) {
+    brush.ForEachSurface([&](const Surface& surface, int s, bool curved) {
+        const bool marked = IsSelectedSurface(brush, s, curved);
+        if (marked || brush.is_selected)
+            found.push_back(
+                {&surface, {SolidKind::Tint, 0, 0}, true, marked ? SELECTED_SURFACE_TINT : SELECTED_TINT, nullptr});
+    });
+}
+
 } // namespace
 
 UVVector SolidSurface::LightmapUVAt(size_t i) const {
@@ -60,7 +75,8 @@ UVVector SolidSurface::LightmapUVAt(size_t i) const {
 }
 
 SolidOptions OptionsOf(const World& world, const DrawContext& context) {
-    return {world.render_mode == SHOW_LIGHTMAPS, context.mask_enabled, context.show_texture_border};
+    return {world.render_mode == SHOW_LIGHTMAPS, context.mask_enabled, context.show_texture_border,
+            context.outline_selection, context.shade_bare};
 }
 
 void FindSolidSurfaces(const Brush& brush, const SolidOptions& options, std::vector<SolidSurface>& found) {
@@ -70,7 +86,8 @@ void FindSolidSurfaces(const Brush& brush, const SolidOptions& options, std::vec
         return;
     }
     brush.ForEachSurface([&](const Surface& surface, int s, bool curved) {
-        const bool lit = options.lightmaps && surface.lightmap != 0 && surface.lightmap != -1;
+        const bool lit = options.lightmaps && surface.lightmap != 0 && surface.lightmap != -1 &&
+                         (surface.HasMaterial() || !options.shade_bare);
         found.push_back(lit ? LitSurface(brush, surface, curved) : PlainSurface(brush, options, surface, s, curved));
     });
     if (options.border)
@@ -78,6 +95,8 @@ void FindSolidSurfaces(const Brush& brush, const SolidOptions& options, std::vec
             if (surface.HasMaterial())
                 found.push_back({&surface, {SolidKind::Border, 0, 0}, true, 0xFFFFFFFF, nullptr});
         });
+    if (options.outline)
+        FindTintedSurfaces(brush, found);
 }
 
 SolidLook LookOf(const SolidKey& key, const World& world, const DrawContext& context) {
@@ -85,6 +104,7 @@ SolidLook LookOf(const SolidKey& key, const World& world, const DrawContext& con
     const bool has_row = row < world.material.size();
     switch (key.kind) {
     case SolidKind::Marked:
+    case SolidKind::Tint:
         return {key.kind, true, NO_TEXTURE_HANDLE, NO_TEXTURE_HANDLE};
     case SolidKind::Border:
         return {key.kind, true, context.border_texture, NO_TEXTURE_HANDLE};
@@ -112,7 +132,7 @@ void SetSolidState(const SolidLook& look) {
         criSetStageValue(0, TSS_COLOROP, OP_DISABLE);
         return;
     }
-    const bool marked = look.kind == SolidKind::Marked;
+    const bool marked = HasOwnColor(look.kind);
     const OpType op = marked ? OP_SELECTARG2 : look.kind == SolidKind::Textured ? OP_MODULATE : OP_SELECTARG1;
     crColorOp(op, ARG_TEXTURE, ARG_DIFFUSE, 0);
     crAlphaOp(marked ? OP_SELECTARG2 : OP_SELECTARG1, ARG_TEXTURE, ARG_DIFFUSE, 0);

@@ -10,7 +10,10 @@
 
 class World;
 
-enum class SolidKind : uint8_t { Bare, Marked, Textured, Dark, Lightmapped, Border };
+enum class SolidKind : uint8_t { Bare, Marked, Textured, Dark, Lightmapped, Border, Tint };
+
+// The colour is that of the vertices, and no texture is asked.
+constexpr bool HasOwnColor(SolidKind kind) { return kind == SolidKind::Marked || kind == SolidKind::Tint; }
 
 // What surfaces must share to be drawn together.
 struct SolidKey {
@@ -31,7 +34,7 @@ SolidLook LookOf(const SolidKey& key, const World& world, const DrawContext& con
 void SetSolidState(const SolidLook& look);
 
 struct SolidOptions {
-    bool lightmaps = false, mask = false, border = false;
+    bool lightmaps = false, mask = false, border = false, outline = false, shade_bare = false;
     bool operator==(const SolidOptions&) const = default;
 };
 SolidOptions OptionsOf(const World& world, const DrawContext& context);

@@ -19,7 +19,7 @@ GeometryBatch& SolidPass::Batch(const SolidLook& look) {
     SetSolidState(look);
     current = look;
     const bool two_textures = look.kind == SolidKind::Dark || look.kind == SolidKind::Lightmapped;
-    const uint32_t fields = look.kind == SolidKind::Marked   ? VT_DIFFUSE
+    const uint32_t fields = HasOwnColor(look.kind)           ? VT_DIFFUSE
                             : two_textures                   ? VT_DIFFUSE | VT_TEX2
                             : look.kind == SolidKind::Border ? uint32_t{VT_TEX1}
                                                              : VT_DIFFUSE | VT_TEX1;
@@ -36,7 +36,7 @@ void SolidPass::Draw(const Brush& brush) {
         AddTriangles(to, surface.tri_indices, surface.vertices.size(), [&](size_t i) {
             if (look.kind != SolidKind::Border)
                 crDiffuse(drawn.ColorAt(i));
-            if (look.kind != SolidKind::Marked) {
+            if (!HasOwnColor(look.kind)) {
                 const UVVector uv = drawn.UVAt(i);
                 crUV(uv.u, uv.v);
             }

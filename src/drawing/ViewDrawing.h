@@ -12,6 +12,8 @@ class World;
 
 // Lines a colour: minor, major (every eighth), axes. step: pixels, at least 1. position: the view's scroll position.
 void DrawGrid(const RECT& rect, const int32_t position[2], int step, const uint32_t colors[3]);
+// Lines on y = 0 about the eye and the axes of the world, in the perspective view.
+void DrawGroundGrid(const D3DVECTOR& eye);
 void DrawLine2D(const D3DVECTOR& from, const D3DVECTOR& to, uint32_t color); // pixels of the back buffer
 void DrawLine3D(const D3DVECTOR& from, const D3DVECTOR& to, uint32_t color1, uint32_t color2);
 void DrawArrow(const D3DVECTOR& from, const D3DVECTOR& to,

@@ -26,6 +26,10 @@ struct EditorSettings {
     int recovery_interval = 30; // seconds of changed work between recovery files; 0: none
     int bg_color_3D_view = 0, bg_color_vire_view = 0;
     bool show_sel_wire = false;
+    bool outline_selection = false; // the selection as an outline and a light tint, else solid
+    bool shade_bare = false;        // faces without a material are shaded, with edges
+    bool ground_grid = false;       // in the perspective view
+    int fly_speed = 512;            // of the camera by keys, world units a second
     bool show_links = false;
     int rotation_angle = 90; // degrees
     std::string update_dir;

@@ -53,6 +53,8 @@ DrawContext CInterface::MakeDrawContext(int view) const {
     context.filters = filters;
     context.show_links = settings.show_links;
     context.mask_enabled = mask_enabled;
+    context.outline_selection = settings.outline_selection;
+    context.shade_bare = settings.shade_bare;
     context.show_texture_border = show_texture_border;
     context.brush_texture = brush_texture;
     context.border_texture = border_texture;
@@ -79,6 +81,8 @@ bool CInterface::DrawScene(int view) {
         DrawGrid(rect, vi.view_position, std::max(step, 1), view_grid_color);
     }
     SetMatrices(view);
+    if (perspective && settings.ground_grid)
+        DrawGroundGrid(EyePosition());
     const DrawContext context = MakeDrawContext(view);
     world->RenderEntities(context);
     world->RenderConnectionLines(context);
