@@ -14,7 +14,6 @@
 #include "desktop/Theme.h"
 #include "editor/StartSteps.h"
 #include "foundation/Paths.h"
-#include "foundation/Settings.h"
 #include "foundation/Strings.h"
 #include "render/Frame.h"
 
@@ -44,21 +43,6 @@ std::unique_ptr<ViewsPainter> MakePainter(bool software, std::string& error) {
         return std::make_unique<SoftViewsWidget>();
     error = "the renderer could not be started";
     return nullptr;
-}
-
-// What a script draws and undoes is as it always was; who works in the window has these until they are turned off.
-// Stored with the other settings at the end.
-void TurnOnWhatWasNeverSet(EditorSettings& settings) {
-    RegistryClass store;
-    if (!store.OpenKeyDirectory(SETTINGS_KEY))
-        return;
-    for (const auto field : {&EditorSettings::full_undo, &EditorSettings::outline_selection,
-                             &EditorSettings::shade_bare, &EditorSettings::ground_grid})
-        for (const SettingEntry& entry : SettingTable()) {
-            int value = 0;
-            if (entry.field == SettingField(field) && store.GetKeyValue(entry.name, &value, sizeof value) == 0)
-                settings.*field = true;
-        }
 }
 
 // The project as it is found from the folder where the program was started; else from the data folder, or as a path
@@ -118,7 +102,7 @@ int RunWithRenderer(const EditorOptions& options, const fs::path& start, ViewsPa
     CInterface interface;
     interface.threads = options.threads;
     std::string error;
-    TurnOnWhatWasNeverSet(interface.settings);
+    interface.UseWindowDefaults();
     for (const std::string& assignment : options.overrides)
         if (!interface.OverrideSetting(assignment, error))
             return Fail(error);

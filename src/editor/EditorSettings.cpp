@@ -65,6 +65,20 @@ EditorSettings ReadSettings() {
     return settings;
 }
 
+void SetWindowDefaults(EditorSettings& settings) {
+    static constexpr const char* DEFAULTS[] = {"FullUndo=1", "UndoStates=200", "SelectionOutline=1", "ShadeBareFaces=1",
+                                               "GroundGrid=1"};
+    RegistryClass store;
+    if (!store.OpenKeyDirectory(SETTINGS_KEY))
+        return;
+    for (const std::string assignment : DEFAULTS) {
+        int value = 0;
+        std::string error;
+        if (store.GetKeyValue(assignment.substr(0, assignment.find('=')), &value, sizeof value) == 0)
+            ApplySetting(settings, assignment, error);
+    }
+}
+
 bool WriteSettings(const EditorSettings& settings, const EditorSettings& stored) {
     if (settings == stored)
         return true;

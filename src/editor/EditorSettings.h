@@ -55,6 +55,9 @@ struct SettingEntry {
 const std::vector<SettingEntry>& SettingTable();
 
 EditorSettings ReadSettings();
+// What a script draws and undoes is as it always was; who works in the window has more, until it is turned off. Sets
+// what was never stored.
+void SetWindowDefaults(EditorSettings& settings);
 // Writes the values that differ from `stored`, so that a run that changed nothing leaves the file alone.
 bool WriteSettings(const EditorSettings& settings, const EditorSettings& stored);
 // Sets one value from "NAME=VALUE", names in any case. False with a sentence.

@@ -44,6 +44,11 @@ CInterface::~CInterface() {
         WriteSettings(settings, stored_settings);
 }
 
+void CInterface::UseWindowDefaults() {
+    SetWindowDefaults(settings);
+    SetWindowDefaults(stored_settings);
+}
+
 bool CInterface::OverrideSetting(std::string_view assignment, std::string& error) {
     store_settings = false;
     return ApplySetting(settings, assignment, error);

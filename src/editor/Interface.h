@@ -100,6 +100,8 @@ public:
     // Compile entities: rewrites them in the compiled world, with update_ent_visibility also those of its cells.
     CompileOutcome CompileEntities(CProgressText& progress, bool update_ent_visibility);
     std::string TargetFile() const { return "Maps\\" + world->map_file + ".few"; }
+    // Of a run in the window. They are not stored unless changed: a script with the same settings keeps its own.
+    void UseWindowDefaults();
     // Settings of this run only: the destructor writes back what is set apart from them.
     bool OverrideSetting(std::string_view assignment, std::string& error);
 

@@ -2,7 +2,7 @@
 
 #include <stdlib.h>
 
-#include "editor/EditorSettings.h"
+#include "editor/Interface.h"
 #include "foundation/Settings.h"
 #include "foundation/TempFolder.h"
 
@@ -60,4 +60,42 @@ TEST_F(EditorSettingsTest, AssignmentsAreChecked) {
         EXPECT_FALSE(error.empty()) << wrong;
     }
     EXPECT_EQ(settings.lightmap_detail, 2);
+}
+
+TEST_F(EditorSettingsTest, TheWindowTurnsOnWhatWasNeverSetAndLeavesScriptsTheirs) {
+    const std::vector<std::pair<const char*, bool EditorSettings::*>> flags = {
+        {"FullUndo", &EditorSettings::full_undo},
+        {"SelectionOutline", &EditorSettings::outline_selection},
+        {"ShadeBareFaces", &EditorSettings::shade_bare},
+        {"GroundGrid", &EditorSettings::ground_grid},
+    };
+    const auto expect = [&](const EditorSettings& settings, bool on, const char* but) {
+        for (const auto& [name, field] : flags)
+            EXPECT_EQ(settings.*field, on && name != std::string(but)) << name;
+        EXPECT_EQ(settings.undo_states, on ? 200 : 20);
+    };
+    { // the first start
+        CInterface editor;
+        editor.UseWindowDefaults();
+        expect(editor.settings, true, "");
+    }
+    EXPECT_EQ(EntriesIn(folder.Path()), 0u);
+    {
+        const CInterface script;
+        expect(script.settings, false, "");
+    }
+    for (const auto& [name, field] : flags) {
+        SCOPED_TRACE(name);
+        TempFolder own;
+        setenv("MARROWSTEAD_CONFIG", own.Path().c_str(), 1);
+        {
+            CInterface editor;
+            editor.UseWindowDefaults();
+            editor.settings.*field = false;
+        }
+        CInterface again;
+        again.UseWindowDefaults();
+        expect(again.settings, true, name);
+    }
+    setenv("MARROWSTEAD_CONFIG", folder.Path().c_str(), 1);
 }
