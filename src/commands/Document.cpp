@@ -178,6 +178,7 @@ bool CMarrowstead2Doc::Save(const std::string& folder, const std::string& name) 
         left_out.clear();
         return true;
     }
+    ++failed_saves;
     interface.MarkDirty(); // so that the title says it
     return false;
 }
@@ -204,6 +205,15 @@ bool CMarrowstead2Doc::MayLeaveOut() const {
                                                        MessageButtons::YesNo) == MessageAnswer::Yes;
 }
 
+// Else the second level would be compiled over the first.
+void CMarrowstead2Doc::NameMapFile(const std::string& path) {
+    const std::string name = FilePart(path), stem = name.substr(0, name.rfind('.'));
+    if (stem.empty() || interface.world->map_file != DEFAULT_MAP_FILE)
+        return;
+    interface.world->map_file = CutText(stem, PATH_FIELD - 1);
+    interface.Tell(&EditorListener::SettingsChanged);
+}
+
 bool CMarrowstead2Doc::SaveAs() {
     const std::optional<std::string> path = GetDesktop().AskFile(
         {true, "Save As", PROJECT_FILTER, PROJECT_FOLDER, PROJECT_ENDING, interface.project_file_name});
@@ -211,6 +221,8 @@ bool CMarrowstead2Doc::SaveAs() {
     if (!path || (std::filesystem::equivalent(RealPath(*path), RealPath(interface.ProjectFullName()), failure) &&
                   !MayLeaveOut()))
         return false; // under another name nothing is lost
+    if (!interface.project_file_has_name)
+        NameMapFile(*path);
     return SaveTo(*path) && SaveMovie(true);
 }
 

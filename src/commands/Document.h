@@ -10,6 +10,8 @@
 
 struct LibraryPages;
 
+inline constexpr const char* DEFAULT_MAP_FILE = "Default"; // that of a new level
+
 class CMarrowstead2Doc {
 public:
     CMarrowstead2Doc(CInterface& editor_interface, LibraryPages& library_pages);
@@ -36,15 +38,18 @@ public:
     // Asks whether unsaved work is to be saved, and saves it. False: the command ends, after Cancel or a failed save.
     bool SaveModified();
 
+    int FailedSaves() const { return failed_saves; } // so far, after the user was told
+
     const std::vector<std::string>& RecentFiles() const { return recent; } // the newest first
     static constexpr size_t MOST_RECENT_FILES = 4;
 
 private:
     bool Save(const std::string& folder, const std::string& name);
-    bool MayLeaveOut() const; // asks whether to save without what opening has left out
-    bool SaveAs();            // false after Cancel or a failure
-    bool SaveActive();        // under its name, else as SaveAs
-    bool SaveMovie(bool as);  // while a movie is edited
+    bool MayLeaveOut() const;                  // asks whether to save without what opening has left out
+    bool SaveAs();                             // false after Cancel or a failure
+    void NameMapFile(const std::string& path); // of a level that has only the default
+    bool SaveActive();                         // under its name, else as SaveAs
+    bool SaveMovie(bool as);                   // while a movie is edited
     void AddToRecent(const std::string& path);
     void ForgetRecent(const std::string& path);
     void StoreRecent() const;
@@ -60,6 +65,7 @@ private:
     void Know(const std::string& path);
     bool MayReplace(const std::string& path) const;
     KnownFile known;
+    int failed_saves = 0;
     std::string left_out; // what opening could not take from the project, a sentence; a save over it would lose that
 };
 

@@ -125,7 +125,9 @@ bool ScriptRunner::RunLine(const std::string& line, std::string& error) {
         return false;
     }
     failure.clear();
-    const bool done = (this->*word.run)(words);
+    const int failed_saves = frame.document.FailedSaves();
+    const bool done = (this->*word.run)(words) && (frame.document.FailedSaves() == failed_saves ||
+                                                   Fail("the project was not saved")); // whatever saves it
     desktop.held.clear();
     frame.OnTimer();
     error = failure;

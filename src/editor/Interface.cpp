@@ -119,7 +119,8 @@ static void RepairView(VIEWINFO& stored, const VIEWINFO& live) {
 
 std::string CInterface::FullName(std::string_view folder, std::string_view name) {
     const bool real_path = folder.find('/') != std::string_view::npos;
-    return std::string(folder).append(1, real_path ? '/' : '\\').append(name);
+    const bool is_parted = folder.empty() || folder.back() == '/' || folder.back() == '\\';
+    return std::string(folder).append(is_parted ? 0 : 1, real_path ? '/' : '\\').append(name);
 }
 
 bool CInterface::LoadProject(const char* filepath, std::string_view filename, std::string& error,

@@ -91,7 +91,9 @@ bool CutPath(std::string& dest, std::string_view src) {
 
 std::string DirectoryPart(std::string_view path) {
     const size_t separator = LastSeparator(path);
-    return separator == std::string_view::npos ? std::string() : std::string(path.substr(0, separator));
+    if (separator == std::string_view::npos)
+        return {};
+    return std::string(path.substr(0, separator == 0 ? 1 : separator));
 }
 
 std::string FilePart(std::string_view path) {

@@ -64,6 +64,41 @@ TEST_F(ScriptData, SavingAsksForANameOnlyWithoutOne) {
     EXPECT_EQ(desktop.messages.size(), 2u) << "the second time it has a name";
 }
 
+// Else each new level would be compiled over the one before.
+TEST_F(ScriptData, AFirstSaveNamesTheMapFileOfALevelThatHasOnlyTheDefault) {
+    EXPECT_EQ(Level().map_file, DEFAULT_MAP_FILE);
+    struct Case {
+        std::string before, line, file, after;
+    };
+    const Case cases[] = {{"Default", "command OnFileSave\n", "abbey.west.msp", "abbey.west"},
+                          {"Default", "command OnFileSaveAs\n", "abbey.msp", "abbey"},
+                          {"Default", "command OnSaveplus\n", "tower.msp", "tower"},
+                          {"Default", "command OnFileSave\n", ".msp", "Default"},
+                          {"choir", "command OnFileSave\n", "nave.msp", "choir"},
+                          {"Default", "save word.msp\ncommand OnFileSaveAs\n", "second.msp", "Default"}};
+    for (const Case& c : cases) {
+        ASSERT_EQ(Run("new\ndrag top 256 256 300 200\n"), "");
+        Level().map_file = c.before;
+        desktop.answers = {data.folder / c.file};
+        ASSERT_EQ(Run(c.line), "");
+        EXPECT_EQ(Level().map_file, c.after) << c.line << c.file;
+        ASSERT_EQ(Run("new\nopen " + c.file + "\n"), "");
+        EXPECT_EQ(Level().map_file, c.after) << "in the file";
+    }
+}
+
+TEST_F(ScriptData, ALineThatCouldNotSaveEndsItsScript) {
+    ASSERT_EQ(Run("save level.msp\n"), "");
+    std::filesystem::remove("level.msp");
+    std::filesystem::create_directory("level.msp");
+    for (const char* line : {"save", "save level.msp", "command OnFileSave", "key Ctrl+S"})
+        EXPECT_EQ(Run(std::string("drag top 256 256 300 200\n") + line + "\n"), "line 2: the project was not saved")
+            << line;
+    EXPECT_EQ(Run("command OnFileSaveAs\n"), "") << "no name was given: that is no failure";
+    desktop.answers = {"yes"};
+    EXPECT_EQ(Run("command OnFileNew\n"), "line 1: the project was not saved");
+}
+
 // Every kind of file that a user names: beside another one whose name differs in the case of its letters.
 TEST_F(ScriptData, AFileIsWrittenUnderTheNameThatTheUserTyped) {
     ASSERT_EQ(Run("drag top 256 256 300 200\n"), "");
@@ -179,6 +214,16 @@ TEST_F(ScriptData, WhatOpeningLeftOutIsNotSavedAwayUnasked) {
     const size_t asked = desktop.messages.size();
     frame->document.OnFileSave();
     EXPECT_EQ(desktop.messages.size(), asked) << "once is enough";
+}
+
+TEST_F(ScriptData, WhatCannotBeOpenedIsToldByTheNameThatWasGiven) {
+    for (const std::string folder : {"/tmp", "/", "Marrowstead\\Projects"})
+        EXPECT_EQ(Run("open " + folder + "\n").find("line 1: cannot open \"" + folder + "\": "), 0u)
+            << Run("open " + folder + "\n");
+    ASSERT_EQ(Run("drag top 256 256 300 200\nsave root.msp\nnew\n"), "");
+    std::string error;
+    EXPECT_TRUE(frame->document.Open("root.msp", error)) << "a project in the data root itself: " << error;
+    EXPECT_EQ(interface->ProjectFullName(), "root.msp");
 }
 
 TEST_F(ScriptData, AFileThatHasGoneLeavesTheRecentOnes) {

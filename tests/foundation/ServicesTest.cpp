@@ -50,6 +50,7 @@ TEST(Strings, FormatTakesAnyLength) {
     EXPECT_EQ(FilePart("a\\b/c.x"), "c.x");
     EXPECT_EQ(DirectoryPart("a\\b/c.x"), "a\\b");
     EXPECT_EQ(DirectoryPart("c.x"), "");
+    EXPECT_EQ(DirectoryPart("/c.x"), "/");
     EXPECT_EQ(CutText("abcdef", 4), "abcd");
 }
 
