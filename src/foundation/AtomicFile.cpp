@@ -2,6 +2,8 @@
 
 #include <atomic>
 #include <cerrno>
+#include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
@@ -76,6 +78,40 @@ void RemoveUnowned(const fs::path& path) {
     close(descriptor);
 }
 
+// Of the temporary name "NAME.tmp123-0", which earlier versions wrote NAME under: that process, 0 for any other name.
+pid_t WriterOf(std::string_view temporary, std::string_view name) {
+    constexpr std::string_view BEHIND_NAME = ".tmp";
+    constexpr size_t MOST_DIGITS = 9;
+    if (!temporary.starts_with(name) || !temporary.substr(name.size()).starts_with(BEHIND_NAME))
+        return 0;
+    const std::string numbers(temporary.substr(name.size() + BEHIND_NAME.size()));
+    const size_t dash = numbers.find('-');
+    if (dash == std::string::npos || dash > MOST_DIGITS || dash + 1 == numbers.size() ||
+        numbers.find_first_not_of("0123456789", dash + 1) != std::string::npos ||
+        numbers.find_first_not_of("0123456789") != dash)
+        return 0;
+    return std::atoi(numbers.c_str());
+}
+
+// What killed writers of earlier versions have left beside a file, looked for once a run and file.
+void RemoveLeftOversOf(const fs::path& target) {
+    static std::mutex one_at_a_time;
+    static std::set<fs::path> looked_at;
+    std::error_code error;
+    {
+        const std::lock_guard lock(one_at_a_time);
+        if (!looked_at.insert(fs::absolute(target, error)).second)
+            return;
+    }
+    const std::string name = target.filename().string();
+    for (fs::directory_iterator entry(FolderOf(target), error); !error && entry != fs::directory_iterator();
+         entry.increment(error)) {
+        const pid_t writer = WriterOf(entry->path().filename().string(), name);
+        if (writer > 0 && kill(writer, 0) != 0 && errno == ESRCH)
+            RemoveUnowned(entry->path());
+    }
+}
+
 // What killed writers have left in a folder, looked for once a run.
 void RemoveLeftOvers(const fs::path& folder) {
     static std::mutex one_at_a_time;
@@ -105,6 +141,15 @@ bool IsReadOnlyFile(const fs::path& path) {
     struct stat status = {};
     return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
            ((status.st_mode & ANY_WRITE_BIT) == 0 || access(path.c_str(), W_OK) != 0);
+}
+
+bool LinkInPlaceOf(const fs::path& file, const fs::path& name) {
+    const fs::path linked = TemporaryName(name);
+    if (Faulty(DiskStep::Link) || link(file.c_str(), linked.c_str()) != 0)
+        return false;
+    const bool named = !Faulty(DiskStep::Rename) && std::rename(linked.c_str(), name.c_str()) == 0;
+    unlink(linked.c_str()); // it stays after a failure, and where both were one file already
+    return named;
 }
 
 AtomicFile::AtomicFile(std::string_view data_path, bool survives_power_loss)
@@ -232,6 +277,8 @@ bool AtomicFile::Commit() {
     std::fclose(file);
     file = nullptr;
     RemoveLeftOvers(FolderOf(target));
+    if (flush_to_disk) // of thousands of files none was ever left
+        RemoveLeftOversOf(target);
     return true;
 }
 

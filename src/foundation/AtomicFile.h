@@ -14,6 +14,10 @@
 // A file that is there and that nobody, or not this user, may write.
 bool IsReadOnlyFile(const std::filesystem::path& path);
 
+// Gives a file that nobody writes in place a second name, in the place of another file; at no cost, and in one step.
+// False, and nothing is changed, where the disk has no such names.
+bool LinkInPlaceOf(const std::filesystem::path& file, const std::filesystem::path& name);
+
 class AtomicFile {
 public:
     // A file that is there and read-only is refused. survives_power_loss: Commit waits until the disk has the bytes,

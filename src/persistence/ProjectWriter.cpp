@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "files/AtomicFile.h"
 #include "files/ChunkFile.h"
 #include "foundation/Desktop.h"
 #include "foundation/Paths.h"
@@ -88,16 +89,7 @@ static bool KeepBackup(std::string_view full_name, std::string& error) {
     const fs::path project = RealPath(full_name), backup = RealPath(std::string(full_name) + ".bkp");
     if (!fs::exists(project, failure) || fs::equivalent(project, backup, failure))
         return true;
-    fs::path linked = backup;
-    linked.replace_filename(".marrowstead-backup.tmp");
-    fs::remove(linked, failure);
-    fs::create_hard_link(project, linked, failure);
-    if (!failure)
-        fs::rename(linked, backup, failure);
-    if (!failure)
-        return true;
-    fs::remove(linked, failure);
-    return CopyWholeFile(project, backup, error);
+    return LinkInPlaceOf(project, backup) || CopyWholeFile(project, backup, error);
 }
 
 bool SaveProject(std::string_view full_name, World& world, const ProjectViews& views, bool backup, std::string& error) {

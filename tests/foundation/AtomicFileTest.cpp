@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -142,6 +143,56 @@ TEST_P(AtomicFileWays, WhatKilledWritersLeftGoesAndWhatLivingOnesWriteStays) {
     close(owner);
     EXPECT_FALSE(fs::exists(left_over));
     EXPECT_TRUE(fs::exists(young) && fs::exists(owned) && fs::exists(foreign));
+}
+
+// "level.msp.tmp123-0" was the name under which earlier versions wrote level.msp.
+TEST_P(AtomicFileWays, WhatKilledWritersOfEarlierVersionsLeftGoesWithTheNextFileOfThatName) {
+    const pid_t dead = fork(); // an own child that has ended: a number that no process bears
+    if (dead == 0)
+        _exit(0);
+    ASSERT_EQ(waitpid(dead, nullptr, 0), dead);
+    const std::string gone = std::to_string(dead), alive = std::to_string(getpid());
+    const std::string name = "level.msp";
+    const std::string left_over[] = {name + ".tmp" + gone + "-0", name + ".tmp" + gone + "-17"};
+    const std::string kept[] = {name + ".tmp" + alive + "-0",
+                                "other.msp.tmp" + gone + "-0",
+                                name + ".tmp" + gone,
+                                name + ".tmp" + gone + "-",
+                                name + ".tmp" + gone + "-0a",
+                                name + ".tmp-0",
+                                name + ".tmp9999999999999-0",
+                                name + ".tmp0-0",
+                                name + ".bkp"};
+    const auto write = [this](const std::string& file) {
+        WriteBytes(folder / file, "half");
+        fs::last_write_time(folder / file, fs::file_time_type::clock::now() - std::chrono::hours(1));
+    };
+    for (const std::string& file : left_over)
+        write(file);
+    for (const std::string& file : kept)
+        write(file);
+    EXPECT_TRUE(AtomicFile(folder / "another").Commit());
+    EXPECT_TRUE(fs::exists(folder / left_over[0])) << "it is of another file";
+    EXPECT_TRUE(AtomicFile(folder / name).Commit());
+    for (const std::string& file : left_over)
+        EXPECT_FALSE(fs::exists(folder / file)) << file;
+    for (const std::string& file : kept)
+        EXPECT_TRUE(fs::exists(folder / file)) << file;
+}
+
+TEST_P(AtomicFileWays, AFileTakesThePlaceOfAnotherUnderASecondName) {
+    for (const int fails : {0, 1, 2}) {
+        WriteBytes(folder / "level", "new");
+        WriteBytes(folder / "level.bkp", "old");
+        int step = 0;
+        SetDiskFaults([&](DiskStep) { return step++ == fails ? EPERM : 0; });
+        const bool linked = LinkInPlaceOf(folder / "level", folder / "level.bkp");
+        SetDiskFaults(nullptr);
+        EXPECT_EQ(linked, fails == 2);
+        EXPECT_EQ(ReadBytes(folder / "level.bkp"), linked ? "new" : "old");
+        EXPECT_EQ(ReadBytes(folder / "level"), "new");
+        EXPECT_EQ(EntriesIn(folder.Path()), 2u);
+    }
 }
 
 TEST(WholeFile, ACopyIsWholeOrTheOldOneStays) {
