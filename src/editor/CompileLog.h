@@ -1,8 +1,8 @@
-// The compile log "Marrowstead\Marrowstead2000.log": the newest run stands at its top. A run writes
-// "Marrowstead\Marrowstead2000.new" first; a log that cannot be opened is no failure of the run.
+// The compile log "Marrowstead\Marrowstead2000.log": the newest run stands at its top. While a run goes on,
+// "Marrowstead\Marrowstead2000.new" holds its header; of several runs at once, that of the first. A log that cannot be
+// opened is no failure of the run; one that cannot be written is told.
 #pragma once
 
-#include <cstdio>
 #include <string>
 
 class CompileLog {
@@ -13,9 +13,11 @@ public:
     CompileLog& operator=(const CompileLog&) = delete;
     ~CompileLog();
 
-    // The progress text of the run, then the old log behind it; the new file takes the log's name.
+    // The progress text of the run, with the old log behind it, becomes the log.
     void Finish(const std::string& text);
 
 private:
-    std::FILE* file = nullptr;
+    std::string header;
+    int new_file = -1;
+    bool owns_new_file = false;
 };

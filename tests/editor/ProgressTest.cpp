@@ -60,6 +60,31 @@ TEST(ConsoleProgress, TheSignalIsTheStopButton) {
     EXPECT_TRUE(progress.CompilationCancelled());
 }
 
+// As two programs over one data root: flock takes the descriptors of one process for those of two.
+TEST(CompileLog, RunsAtOnceKeepTheTextsOfBoth) {
+    TempFolder folder;
+    CurrentFolder current(folder.Path());
+    std::filesystem::create_directory("Marrowstead");
+    WriteBytes("Marrowstead/Marrowstead2000.new",
+               "of a killed run, longer than any header could be: " + std::string(500, '-'));
+    {
+        CompileLog first("first.msp", "abbey"), second("second.msp", "priory");
+        const std::string held = ReadBytes("Marrowstead/Marrowstead2000.new");
+        EXPECT_NE(held.find("##  Project: first.msp\r\n"), std::string::npos) << held;
+        EXPECT_EQ(held.find("of a killed run"), std::string::npos);
+        EXPECT_EQ(held.find("second"), std::string::npos);
+        second.Finish("two");
+        first.Finish("one");
+    }
+    EXPECT_EQ(EntriesIn("Marrowstead"), 1u);
+    const std::string log = ReadBytes("Marrowstead/Marrowstead2000.log");
+    const size_t one = log.find("one\r\n\r\n\r\n"), two = log.find("two\r\n\r\n\r\n");
+    ASSERT_TRUE(one != std::string::npos && two != std::string::npos) << log;
+    EXPECT_LT(one, two) << "the last to end stands on top";
+    EXPECT_LT(log.find("first.msp"), one);
+    EXPECT_TRUE(log.find("second.msp") > one && log.find("second.msp") < two);
+}
+
 TEST(CompileLog, NewestRunStandsOnTop) {
     TempFolder folder;
     CurrentFolder current(folder.Path());
