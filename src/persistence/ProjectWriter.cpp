@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <filesystem>
+#include <vector>
 
 #include "files/AtomicFile.h"
 #include "files/ChunkFile.h"
@@ -29,12 +30,27 @@ static void WriteMapInfo(UChunkFile& file, const World& world, const ProjectView
     file.CloseChunk();
 }
 
+// What each entity's index is when the project is read: path points, -1 here, are not in it.
+static std::vector<int32_t> IndicesInProject(const World& world) {
+    std::vector<int32_t> indices;
+    int32_t written = 0;
+    for (const auto& entity : world.entity)
+        indices.push_back(entity->IsPathPoint() ? -1 : written++);
+    return indices;
+}
+
 static void WriteGroups(UChunkFile& file, const World& world) {
+    const std::vector<int32_t> indices = IndicesInProject(world);
     for (int g = 0; g < world.GetGroupCount(); ++g) {
         file.CreateChunk(CHUNK_GROUP, static_cast<uint32_t>(g));
         const ObjectGroupLists& lists = world.group[static_cast<size_t>(g)];
-        for (const Selection* members : {&lists.brushes, &lists.entities})
-            file.WriteArray(members->GetListPtr(), static_cast<size_t>(members->GetItemCount()) * sizeof(int32_t));
+        const auto brush_count = static_cast<size_t>(lists.brushes.GetItemCount());
+        file.WriteArray(lists.brushes.GetListPtr(), brush_count * sizeof(int32_t));
+        std::vector<int32_t> entities;
+        for (const int e : lists.entities)
+            if (e < world.GetEntityCount() && indices[static_cast<size_t>(e)] >= 0)
+                entities.push_back(indices[static_cast<size_t>(e)]);
+        file.WriteArray(entities.data(), entities.size() * sizeof(int32_t));
         file.CloseChunk();
     }
 }
