@@ -87,7 +87,7 @@ void UndoWindow::Refresh() {
         list->addItem(QString::fromStdString(undo.GetActionDescription(i)));
     auto* parting = new QListWidgetItem(QString(PARTING_LENGTH, '-'), list);
     for (int i = redo.GetActionCount() - 1; i >= 0; --i)
-        list->addItem(QString::fromStdString(redo.GetActionDescription(i)));
+        list->addItem(QString::fromStdString(redo.DescribeUndoing(i)));
     list->setCurrentItem(parting);
     list->scrollToItem(parting);
 }

@@ -70,6 +70,7 @@ public:
     explicit CUndoActionChange(std::string what) : CUndoAction(UA_CHANGE), description(std::move(what)) {}
     bool IsEmpty() const override { return false; }
     std::string GetActionDescription() const override { return description; }
+    ESelecting Selects() const override;
     void Undo(World& world) override;
     std::unique_ptr<CUndoAction> MakeInverse() const override {
         return std::make_unique<CUndoActionChange>(description);
@@ -88,6 +89,11 @@ public:
 private:
     std::string description;
 };
+
+CUndoAction::ESelecting CUndoActionChange::Selects() const {
+    const bool nothing_else = objects.empty() && absent.empty() && !groups && !decals && !curve_detail;
+    return nothing_else ? SELECTS_OBJECTS : SELECTS_NOTHING;
+}
 
 void CUndoActionChange::AddID(uint32_t id, World& world) {
     if (const BaseObject* object = Existing(id))

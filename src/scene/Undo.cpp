@@ -89,6 +89,8 @@ CUndoActionDelete::~CUndoActionDelete() = default;
 
 std::string CUndoActionDelete::GetActionDescription() const { return CountSentence("Delete", objects.size()); }
 
+std::string CUndoActionDelete::DescribeUndoing() const { return CountSentence("Create", objects.size()); }
+
 void CUndoActionDelete::Undo(World& world) {
     world.ClearSelection();
     std::unordered_set<uint32_t> returned;
@@ -175,6 +177,8 @@ void CUndoActionCommon::RenameIDs(const IdRenaming& renamed) {
 
 std::string CUndoActionCreate::GetActionDescription() const { return CountSentence("Create", objects.size()); }
 
+std::string CUndoActionCreate::DescribeUndoing() const { return CountSentence("Delete", objects.size()); }
+
 void CUndoActionCreate::Undo(World& world) {
     world.ClearSelection();
     world.DeleteObjects({objects.begin(), objects.end()});
@@ -184,6 +188,8 @@ void CUndoActionCreate::Undo(World& world) {
 std::unique_ptr<CUndoAction> CUndoActionCreate::MakeInverse() const { return std::make_unique<CUndoActionDelete>(); }
 
 std::string CUndoActionSelect::GetActionDescription() const { return CountSentence("Select", objects.size()); }
+
+std::string CUndoActionSelect::DescribeUndoing() const { return CountSentence("Deselect", objects.size()); }
 
 void CUndoActionSelect::Undo(World& world) {
     if (vertex) {
@@ -204,6 +210,8 @@ void CUndoActionSelect::RenameIDs(const IdRenaming& renamed) {
 }
 
 std::string CUndoActionDeselect::GetActionDescription() const { return CountSentence("Deselect", objects.size()); }
+
+std::string CUndoActionDeselect::DescribeUndoing() const { return CountSentence("Select", objects.size()); }
 
 void CUndoActionDeselect::Undo(World& world) {
     if (vertex) {

@@ -19,6 +19,7 @@
 class CUndoAction {
 public:
     enum EType { UA_NONE, UA_DELETE, UA_MOVE, UA_ROTATE, UA_CREATE, UA_SELECT, UA_DESELECT, UA_CHANGE };
+    enum ESelecting { SELECTS_NOTHING, SELECTS_OBJECTS, SELECTS_VERTICES };
 
     explicit CUndoAction(EType action_type) : type(action_type) {}
     virtual ~CUndoAction() = default;
@@ -26,7 +27,9 @@ public:
     CUndoAction& operator=(const CUndoAction&) = delete;
 
     virtual bool IsEmpty() const = 0;
-    virtual std::string GetActionDescription() const = 0;
+    virtual std::string GetActionDescription() const = 0; // the step that it reverses
+    virtual std::string DescribeUndoing() const { return GetActionDescription(); } // what Undo does
+    virtual ESelecting Selects() const { return SELECTS_NOTHING; } // when it does nothing else
     virtual void Undo(World& world) = 0;
     // The action that reverses this one, still to be filled; made before Undo runs.
     virtual std::unique_ptr<CUndoAction> MakeInverse() const = 0;
@@ -47,6 +50,7 @@ public:
     ~CUndoActionDelete() override;
     bool IsEmpty() const override { return objects.empty(); }
     std::string GetActionDescription() const override;
+    std::string DescribeUndoing() const override;
     void Undo(World& world) override;
     std::unique_ptr<CUndoAction> MakeInverse() const override;
     void CreateRedo(CUndoAction& redo, World& world) override;
@@ -107,6 +111,7 @@ class CUndoActionCreate : public CUndoActionCommon {
 public:
     CUndoActionCreate() : CUndoActionCommon(UA_CREATE) {}
     std::string GetActionDescription() const override;
+    std::string DescribeUndoing() const override;
     void Undo(World& world) override;
     std::unique_ptr<CUndoAction> MakeInverse() const override;
 };
@@ -115,6 +120,8 @@ class CUndoActionSelect : public CUndoActionCommon {
 public:
     explicit CUndoActionSelect(bool of_vertices) : CUndoActionCommon(UA_SELECT), vertex(of_vertices) {}
     std::string GetActionDescription() const override;
+    std::string DescribeUndoing() const override;
+    ESelecting Selects() const override { return vertex ? SELECTS_VERTICES : SELECTS_OBJECTS; }
     void Undo(World& world) override;
     std::unique_ptr<CUndoAction> MakeInverse() const override;
     void RenameIDs(const IdRenaming& renamed) override;
@@ -127,6 +134,8 @@ class CUndoActionDeselect : public CUndoActionCommon {
 public:
     explicit CUndoActionDeselect(bool of_vertices) : CUndoActionCommon(UA_DESELECT), vertex(of_vertices) {}
     std::string GetActionDescription() const override;
+    std::string DescribeUndoing() const override;
+    ESelecting Selects() const override { return vertex ? SELECTS_VERTICES : SELECTS_OBJECTS; }
     void Undo(World& world) override;
     std::unique_ptr<CUndoAction> MakeInverse() const override;
     void RenameIDs(const IdRenaming& renamed) override;

@@ -430,6 +430,10 @@ TEST_F(PagesWindowsTest, TheUndoWindowFollowsTheListsAndWalks) {
     EXPECT_FLOAT_EQ(b->bbox[7].x, start + 24);
     emit list->itemActivated((list->setCurrentRow(3), list->item(3))); // the line itself
     EXPECT_EQ(window.windowTitle(), "Undo Buffer (3 + 1)");
+    editor->DeleteSelection();
+    frame->OnEditUndo();
+    ProcessNews();
+    EXPECT_EQ(list->item(list->count() - 1)->text(), "Delete 1 object(s).") << "what it will do again";
     QTest::keyClick(&window, Qt::Key_Escape);
     EXPECT_FALSE(window.isVisible());
 }

@@ -120,6 +120,77 @@ TEST_F(Undo, AMoveActsOnWhatADeletionBroughtBack) {
     EXPECT_EQ(world.undo_buffer.GetActionDescription(2), "Delete 1 object(s).");
 }
 
+TEST_F(Undo, AStepTellsWhatUndoingItDoes) {
+    NewBrush();
+    world.undo_buffer.Empty();
+    Move({8, 0, 0});
+    SelectIDs({world.brush[0]->GetObjectID()});
+    Cancel();
+    world.SetBrushSelection(0, true);
+    Delete();
+    const struct {
+        const char *reverses, *undoes, *again;
+    } steps[] = {{"Move objects.", "Move objects.", "Move objects."},
+                 {"Select 1 object(s).", "Deselect 1 object(s).", "Select 1 object(s)."},
+                 {"Deselect 1 object(s).", "Select 1 object(s).", "Deselect 1 object(s)."},
+                 {"Delete 1 object(s).", "Create 1 object(s).", "Delete 1 object(s)."}};
+    for (int i = 3; i >= 0; --i) {
+        EXPECT_EQ(world.undo_buffer.GetActionDescription(i), steps[i].reverses);
+        EXPECT_EQ(world.undo_buffer.DescribeUndoing(i), steps[i].undoes);
+        ASSERT_TRUE(UndoOnce());
+        EXPECT_EQ(world.redo_buffer.DescribeUndoing(3 - i), steps[i].again);
+    }
+    EXPECT_EQ(world.redo_buffer.DescribeUndoing(4), "");
+    EXPECT_EQ(world.redo_buffer.DescribeUndoing(-1), "");
+}
+
+TEST_F(Undo, StepsOfSelectingFoldOnlyWithFullUndo) {
+    const uint32_t a = NewBrush(0).GetObjectID(), b = NewBrush(32).GetObjectID();
+    world.so_vertex.resize(2);
+    for (const bool full : {false, true}) {
+        front_end.full_undo = full;
+        world.undo_buffer.Empty();
+        world.ClearSelection();
+        const auto select = [&](uint32_t id) {
+            SelectIDs({id});
+            world.SetBrushSelection(world.GetBrushIndex(world.GetBrushFromID(id)), true);
+        };
+        const auto mark = [&](uint32_t vertex) {
+            auto marking = std::make_unique<CUndoActionSelect>(true);
+            marking->AddID(vertex, world);
+            world.so_vertex[vertex].selected = true;
+            world.AddUndoAction(std::move(marking));
+        };
+        select(a);
+        select(b);
+        Cancel();
+        select(a); // 4 that fold
+        mark(0);
+        mark(1); // 2 that fold
+        Move({8, 0, 0});
+        Cancel();
+        EXPECT_EQ(world.undo_buffer.GetActionCount(), full ? 4 : 8);
+        const SceneState last = StateOf(world);
+        if (!full)
+            continue;
+        EXPECT_EQ(world.undo_buffer.GetActionDescription(0), "Change the selection.");
+        EXPECT_EQ(world.undo_buffer.GetActionDescription(3), "Deselect 1 object(s).");
+        for (int walk = 0; walk < 2; ++walk) {
+            UndoOnce(), UndoOnce(), UndoOnce();
+            EXPECT_FALSE(world.so_vertex[0].selected || world.so_vertex[1].selected);
+            EXPECT_EQ(Items(world.brush_selection), std::vector<int>{0});
+            ASSERT_TRUE(UndoOnce());
+            EXPECT_FALSE(world.IsSomethingSelected());
+            EXPECT_FALSE(UndoOnce());
+            EXPECT_EQ(world.redo_buffer.DescribeUndoing(3), "Change the selection.");
+            while (RedoOnce()) {
+            }
+            EXPECT_TRUE(world.so_vertex[0].selected && world.so_vertex[1].selected);
+            EXPECT_EQ(StateOf(world), last);
+        }
+    }
+}
+
 TEST_F(Undo, RotationIsReversed) {
     NewBrush(); // a corner stands on the pivot
     const auto turned = [this] { return BoxMin(world.brush[0]->bbox).x + BoxMin(world.brush[0]->bbox).z < -1; };
