@@ -189,54 +189,6 @@ bool World::ValidateIDs() {
     return shared;
 }
 
-// What is deleted gets a fresh id too, so that no step can reach an object that has taken over its old one.
-void World::RenameIDsOfUndo(const UHashTable<1023, uint32_t>& new_ids) {
-    constexpr uint32_t NO_OBJECT = 0x80000000; // as are all from here on
-    std::unordered_map<uint32_t, uint32_t> fresh;
-    const IdRenaming renamed = [&](uint32_t old) {
-        uint32_t id = old;
-        if (old >= NO_OBJECT || new_ids.Get(old, id))
-            return id;
-        uint32_t& given = fresh[old];
-        if (given == 0)
-            given = BaseObject::FindFreeObjectID();
-        return given;
-    };
-    undo_buffer.RenameIDs(renamed);
-    redo_buffer.RenameIDs(renamed);
-}
-
-void World::ReindexObjectIDs() {
-    std::vector<BaseObject*> objects;
-    for (const auto& e : entity)
-        objects.push_back(e.get());
-    for (const auto& b : brush)
-        objects.push_back(b.get());
-    std::vector<uint32_t> old_ids;
-    for (BaseObject* object : objects) {
-        old_ids.push_back(object->GetObjectID());
-        object->SetObjectID(NO_OBJECT_ID);
-    }
-    BaseObject::ResetObjectIDs();
-    UHashTable<1023, uint32_t> new_ids;
-    for (size_t i = 0; i < objects.size(); ++i) {
-        objects[i]->GenerateNewObjectID();
-        if (old_ids[i] != NO_OBJECT_ID)
-            new_ids.Add(old_ids[i], objects[i]->GetObjectID());
-    }
-    for (BaseObject* object : objects)
-        for (int i = 0; i < object->GetLinkedObjectsCount(); ++i) {
-            uint32_t id;
-            if (new_ids.Get(object->GetLinkedObjectID(i), id))
-                object->SetLinkedObjectID(i, id);
-        }
-    new_ids.Get(first_selected_id, first_selected_id);
-    RenameIDsOfUndo(new_ids);
-    GetDesktop().MessageBox("Reindexing done succesfully. Some external references (e.g. movies) may not function "
-                            "properly after reindexing.",
-                            "Marrowstead 2000");
-}
-
 void World::ChangeBrushColor(const D3DCOLORVALUE& color) {
     for (const int b : brush_selection)
         brush[static_cast<size_t>(b)]->ChangeColor(color);

@@ -168,8 +168,10 @@ TEST_F(DragCommands, CommandsThatOnlySelectOrShapeHaveSteps) {
         const char *command, *step;
     };
     for (const Case& c : {Case{"OnSelectId", "Select by id."}, Case{"OnCurveLower", "Change the detail of curves."},
-                          Case{"OnFlipNormals", "Flip normals."}}) {
+                          Case{"OnFlipNormals", "Flip normals."}, Case{"OnSelwrongobj", "Select wrong objects."},
+                          Case{"OnToolsReindexallobjectids", "Reindex object IDs."}}) {
         Fresh(true);
+        LevelBrush(1).SetObjectID(700);
         const SceneState first = StateOf(Level());
         const int detail = Level().curve_detail;
         interface->project_file_need_save = false;

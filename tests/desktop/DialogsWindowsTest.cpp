@@ -333,6 +333,8 @@ TEST_F(DialogsWindowsTest, ProblemsOpenAfterACompileAndADoubleClickLeadsToTheObj
     Entity* lost = AddEntity("light");
     lost->SetPosition({5000, 0, 0});
     Level().ClearSelection();
+    Level().undo_buffer.Empty();
+    editor->settings.full_undo = true;
     for (const int view : {VIEW_TOP, VIEW_FRONT, VIEW_LEFT})
         editor->SetViewRect(view, {0, 0, 400, 300});
     QWidget parent;
@@ -365,6 +367,9 @@ TEST_F(DialogsWindowsTest, ProblemsOpenAfterACompileAndADoubleClickLeadsToTheObj
     emit tree->itemActivated(tree->topLevelItem(1)->child(0), 0);
     ASSERT_EQ(Level().entity_selection.GetItemCount(), 1);
     EXPECT_NEAR(editor->GetWorldPositionAtPoint(VIEW_FRONT, 200, 150).x, 5000, 2);
+    frame->OnEditUndo(); // both jumps: steps of selecting that follow each other are one
+    EXPECT_FALSE(Level().IsSomethingSelected());
+    EXPECT_EQ(Level().undo_buffer.GetActionCount(), 0);
     QTest::keyClick(window, Qt::Key_Escape);
     EXPECT_FALSE(window->isVisible());
 }

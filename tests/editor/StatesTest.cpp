@@ -133,8 +133,10 @@ TEST_F(StatesTest, PickingATextureGoesBackToTheStateBefore) {
     Ed().SetEditorState(ES_PICK_TEXTURE);
     Click(VIEW_TOP, At(0, 0));
     EXPECT_EQ(Ed().editor_state, ES_PICK_TEXTURE) << "only in the perspective view";
+    EXPECT_EQ(desktop.cursor, CursorRole::Pick);
     Click(VIEW_PERSPECTIVE, {MIDDLE, MIDDLE});
     EXPECT_EQ(Ed().editor_state, ES_SELECTED);
+    EXPECT_EQ(desktop.cursor, CursorRole::Arrow);
     EXPECT_EQ(Brushes(), ints{0});
 }
 

@@ -346,6 +346,57 @@ TEST_F(Undo, ReindexedIdsLeadNoStepToAnotherObject) {
     EXPECT_EQ(world.GetBrushCount(), 6);
 }
 
+TEST_F(Undo, ReindexingIsAStepWithFullUndo) {
+    front_end.full_undo = true;
+    std::vector<SceneState> states;
+    const auto note = [&] { states.push_back(StateOf(world)); };
+    NewBrush().SetObjectID(500);
+    NewBrush(32).SetObjectID(3);
+    world.brush[0]->AddLinkedObjectID(3);
+    world.brush[0]->AddLinkedObjectID(2); // of nothing, and of the second brush in the new numbering
+    world.brush[1]->AddLinkedObjectID(500);
+    world.undo_buffer.Empty();
+    note();
+    NewBrush(64);
+    note(); // 1 step for each that is noted, with the deselection of what is selected before
+    Delete();
+    note();
+    world.ReindexObjectIDs();
+    EXPECT_EQ(world.undo_buffer.GetActionDescription(3), "Reindex object IDs.");
+    EXPECT_EQ(world.brush[0]->GetObjectID(), 1u);
+    EXPECT_EQ(world.brush[1]->GetObjectID(), 2u);
+    note();
+    auto creation = std::make_unique<CUndoActionCreate>();
+    Brush& late = *world.AddBrush(std::make_unique<Brush>(ShapeOf(BT_BOX, {96, 0, 0}, {112, 16, 16})));
+    late.is_selected = false;
+    late.SetObjectID(500); // of the first brush before
+    creation->AddID(500, world);
+    world.AddUndoAction(std::move(creation));
+    note();
+    world.ReindexObjectIDs();
+    note();
+    const auto expect = [&](size_t which, const char* where) {
+        const SceneState state = StateOf(world);
+        EXPECT_EQ(state.objects, states[which].objects) << which << where;
+        EXPECT_EQ(BrokenRule(world), "") << which << where;
+    };
+    for (int walk = 0; walk < 2; ++walk) {
+        for (size_t i = states.size() - 1; i-- > 0;) {
+            ASSERT_TRUE(UndoOnce());
+            expect(i, " undone");
+        }
+        while (UndoOnce()) {
+        }
+        expect(0, " undone");
+        while (world.redo_buffer.GetActionCount() > 5)
+            RedoOnce();
+        for (size_t i = 1; i < states.size(); ++i) {
+            ASSERT_TRUE(RedoOnce());
+            expect(i, " redone");
+        }
+    }
+}
+
 TEST_F(Undo, AFullTableTakesNothingBack) {
     NewBrush();
     Delete();
