@@ -16,7 +16,7 @@ constexpr RECT WINDOW{0, 0, 960, 540};
 // An editor without data over a square of textured boxes.
 class Editor {
 public:
-    Editor() {
+    explicit Editor(int brushes = BRUSHES) {
         setenv("MARROWSTEAD_CONFIG", (std::filesystem::temp_directory_path() / "marrowstead-bench").c_str(), 1);
         interface = std::make_unique<CInterface>();
         interface->store_settings = false;
@@ -24,7 +24,7 @@ public:
         interface->InitEditor();
         for (int view = 0; view < VIEW_COUNT; ++view)
             interface->SetViewRect(view, WINDOW);
-        for (int i = 0; i < BRUSHES; ++i) {
+        for (int i = 0; i < brushes; ++i) {
             const D3DVECTOR min{static_cast<float>(i % ROW) * STEP, 0, static_cast<float>(i / ROW) * STEP};
             BrushShape shape;
             shape.bb = MakeBox(min, min + D3DVECTOR{SIDE, SIDE, SIDE});
@@ -58,6 +58,7 @@ void BM_MouseMoveOfADrag(benchmark::State& bench) {
     Editor editor;
     editor.SelectMany();
     const bool resize = bench.range(0) != 0;
+    editor.interface->settings.full_undo = bench.range(1) != 0;
     POINT point = editor.Pixel(resize ? -STEP : SIDE, SIDE);
     editor.interface->MouseMove(0, point);
     editor.interface->MouseLeftButtonDown(0, point);
@@ -68,7 +69,10 @@ void BM_MouseMoveOfADrag(benchmark::State& bench) {
         step = -step;
     }
 }
-BENCHMARK(BM_MouseMoveOfADrag)->ArgName("resize")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MouseMoveOfADrag)
+    ->ArgNames({"resize", "full"})
+    ->ArgsProduct({{0, 1}, {0, 1}})
+    ->Unit(benchmark::kMillisecond);
 
 void BM_ClickInTheTopView(benchmark::State& bench) {
     Editor editor;
@@ -99,5 +103,48 @@ void BM_DeleteThousandAndUndo(benchmark::State& bench) {
     }
 }
 BENCHMARK(BM_DeleteThousandAndUndo)->Unit(benchmark::kMillisecond);
+
+// A rectangle over the whole level; the undo of it, to a selection of nothing. Both times grow as the level does.
+void BM_UndoOfARectangle(benchmark::State& bench) {
+    Editor editor(static_cast<int>(bench.range(0)));
+    editor.interface->settings.full_undo = bench.range(1) != 0;
+    World& world = *editor.interface->world;
+    constexpr POINT CORNER{-4000, 4000}, OPPOSITE{4000, -4000};
+    for (auto _ : bench) {
+        bench.PauseTiming();
+        world.ClearSelection();
+        world.undo_buffer.Empty();
+        editor.interface->MouseMove(MOUSE_SHIFT, CORNER);
+        editor.interface->MouseLeftButtonDown(MOUSE_SHIFT, CORNER);
+        editor.interface->MouseMove(MOUSE_SHIFT, OPPOSITE);
+        editor.interface->MouseLeftButtonUp(MOUSE_SHIFT, OPPOSITE);
+        if (world.brush_selection.GetItemCount() != bench.range(0))
+            return bench.SkipWithError("the rectangle has not taken all brushes");
+        bench.ResumeTiming();
+        world.undo_buffer.UndoLastAction(world, world.redo_buffer);
+    }
+}
+BENCHMARK(BM_UndoOfARectangle)
+    ->ArgNames({"brushes", "full"})
+    ->ArgsProduct({{16384, 32768}, {0, 1}})
+    ->Unit(benchmark::kMillisecond);
+
+// The press, the first move and the release of a drag of a thousand brushes, which with full undo keeps them.
+void BM_ShortDrag(benchmark::State& bench) {
+    Editor editor;
+    editor.SelectMany();
+    editor.interface->settings.full_undo = bench.range(0) != 0;
+    POINT point = editor.Pixel(SIDE, SIDE);
+    editor.interface->MouseMove(0, point);
+    int step = 8;
+    for (auto _ : bench) {
+        editor.interface->MouseLeftButtonDown(0, point);
+        point.x += step;
+        editor.interface->MouseMove(0, point);
+        editor.interface->MouseLeftButtonUp(0, point);
+        step = -step;
+    }
+}
+BENCHMARK(BM_ShortDrag)->ArgName("full")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 } // namespace
