@@ -1,8 +1,9 @@
 #include "Canvas.h"
 
 #include <array>
-#include <fstream>
+#include <filesystem>
 
+#include "files/AtomicFile.h"
 #include "files/Picture.h"
 #include "foundation/Paths.h"
 #include "foundation/Vector.h"
@@ -122,9 +123,8 @@ bool Canvas::SaveDds(const std::string& path, DdsKind kind) const {
             PutColorBlock(bytes, block);
         }
     MakeFolders(std::filesystem::path(RealPath(path)).parent_path().string());
-    std::ofstream file(RealPath(path), std::ios::binary);
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    return file.good();
+    AtomicFile file(path, false);
+    return file.Write(bytes.data(), bytes.size()) && file.Commit();
 }
 
 float CellValue(int x, int y, uint32_t seed) {

@@ -1,4 +1,5 @@
 // make_sample OUT_DIR TEXT_DIR: the complete game data of the sample in OUT_DIR, from the committed texts of TEXT_DIR.
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 
@@ -14,6 +15,7 @@ static int Fail(const std::string& what) {
 int main(int argc, char** argv) {
     if (argc != 3)
         return Fail("two folders are needed: the one to make and the one with the texts");
+    std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow any more is a write that fails
     HeadlessDesktop desktop(stderr);
     SetDesktop(&desktop);
     std::error_code failure;

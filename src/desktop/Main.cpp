@@ -98,7 +98,6 @@ static int Run(int argc, char** argv) {
         std::fputs(KeyTablePage().c_str(), stdout);
         return EXIT_WRITTEN;
     }
-    std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow any more is a write that fails
     if (scripted->count() > 0) {
         if (!ReadSize(view_size, script.width, script.height))
             return EXIT_BAD_INPUT;
@@ -146,4 +145,4 @@ static int Run(int argc, char** argv) {
     return status;
 }
 
-int main(int argc, char** argv) { return FinishOutput(Run(argc, argv)); }
+int main(int argc, char** argv) { return RunProgram(Run, argc, argv); }

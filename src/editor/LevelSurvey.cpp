@@ -124,11 +124,9 @@ void CInterface::GetLevelSummary(std::string& text) const {
 
 void CInterface::LogEntities(bool scripts_only) const {
     AtomicFile file(RealPath(ENTITY_LOG).string());
-    if (!file.IsOpen())
-        return;
     std::string text;
     for (const auto& e : world->entity)
         text += EntityLog(*e, scripts_only);
-    if (file.Write(text.data(), text.size()))
-        file.Commit();
+    if (!file.Write(text.data(), text.size()) || !file.Commit())
+        GetDesktop().Notice(Format("\"%s\" cannot be written: %s", ENTITY_LOG, file.GetError().c_str()));
 }

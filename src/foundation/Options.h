@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <optional>
 #include <string>
@@ -11,7 +12,8 @@
 
 constexpr int STATUS_OUTPUT_LOST = 4; // as for any other file that cannot be written
 
-// The exit status of a program that is about to end with this one: output that did not arrive is told and is no success.
+// The exit status of a program that is about to end with this one: output that did not arrive is told and is no
+// success.
 inline int FinishOutput(int status) {
     const bool lost = std::ferror(stdout) != 0;
     errno = 0;
@@ -20,6 +22,12 @@ inline int FinishOutput(int status) {
     const std::string reason = errno != 0 ? ": " + std::generic_category().message(errno) : std::string();
     std::fprintf(stderr, "standard output cannot be written%s\n", reason.c_str());
     return status == 0 ? STATUS_OUTPUT_LOST : status;
+}
+
+// A whole program. A file that may not grow any more is a write that fails, not the end of the program.
+inline int RunProgram(int (*run)(int, char**), int argc, char** argv) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    return FinishOutput(run(argc, argv));
 }
 
 // The exit status to end with, or nothing to go on.

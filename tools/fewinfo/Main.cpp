@@ -121,4 +121,4 @@ static int Run(int argc, char** argv) {
     return findings.empty() ? 0 : EXIT_CHECK_FAILED;
 }
 
-int main(int argc, char** argv) { return FinishOutput(Run(argc, argv)); }
+int main(int argc, char** argv) { return RunProgram(Run, argc, argv); }

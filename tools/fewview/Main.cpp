@@ -49,4 +49,4 @@ static int Run(int argc, char** argv) {
     return 0;
 }
 
-int main(int argc, char** argv) { return FinishOutput(Run(argc, argv)); }
+int main(int argc, char** argv) { return RunProgram(Run, argc, argv); }

@@ -249,4 +249,4 @@ static int Run(int argc, char** argv) {
     return status;
 }
 
-int main(int argc, char** argv) { return FinishOutput(Run(argc, argv)); }
+int main(int argc, char** argv) { return RunProgram(Run, argc, argv); }
