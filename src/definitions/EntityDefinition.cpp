@@ -55,6 +55,9 @@ void EntityDefinitionReader::ReadAll() {
             return;
         }
         templates.push_back(std::move(entity));
+        const std::string_view name = templates.back()->name;
+        if (first_of_name.emplace(name, templates.size() - 1).second)
+            name_lengths.insert(name.size());
     }
 }
 
@@ -96,14 +99,19 @@ bool EntityDefinitionReader::ReadHead() {
     return scanner.FindHash() || FailUnfinished();
 }
 
+// The earliest definition whose name the text goes on with.
 bool EntityDefinitionReader::TakeBase() {
     scanner.SkipBlanks();
-    for (const auto& base : templates)
-        if (scanner.SkipText(base->name)) {
-            *entity = *base;
-            return true;
-        }
-    return false;
+    const std::string_view rest = scanner.Rest();
+    auto base = templates.size();
+    for (const size_t length : name_lengths)
+        if (length <= rest.size())
+            if (const auto found = first_of_name.find(rest.substr(0, length)); found != first_of_name.end())
+                base = std::min(base, found->second);
+    if (base == templates.size())
+        return false;
+    *entity = *templates[base];
+    return scanner.SkipText(entity->name);
 }
 
 EntityDefinitionReader::Step EntityDefinitionReader::ReadLabel() {

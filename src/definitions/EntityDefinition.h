@@ -2,7 +2,10 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "definitions/EntityScript.h"
@@ -40,6 +43,8 @@ private:
     const ExpandedScript& script;
     ScriptScanner scanner;
     std::vector<std::unique_ptr<Entity>>& templates;
+    std::unordered_map<std::string_view, size_t> first_of_name; // in templates, which own the names
+    std::set<size_t> name_lengths;
 
     // The definition that is being read
     std::unique_ptr<Entity> entity;

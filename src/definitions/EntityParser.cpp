@@ -24,6 +24,8 @@ EntityParser::EntityParser(std::string_view filename) {
     }
     EntityDefinitionReader(filename, script, entity_template).ReadAll();
     mesh_wanted.resize(entity_template.size());
+    for (int t = 0; t < GetTemplateCount(); ++t)
+        index_of_name.emplace(entity_template[static_cast<size_t>(t)]->name, t);
 }
 
 Entity* EntityParser::GetTemplate(int t, bool load) {
@@ -42,8 +44,10 @@ Entity* EntityParser::GetTemplate(int t, bool load) {
 }
 
 Entity* EntityParser::GetTemplate(std::string_view name, bool load) {
-    for (int t = 0; t < GetTemplateCount(); ++t)
-        if (entity_template[static_cast<size_t>(t)]->name == name)
-            return GetTemplate(t, load);
-    return nullptr;
+    return GetTemplate(GetTemplateIndex(name), load);
+}
+
+int EntityParser::GetTemplateIndex(std::string_view name) const {
+    const auto found = index_of_name.find(std::string(name));
+    return found == index_of_name.end() ? -1 : found->second;
 }

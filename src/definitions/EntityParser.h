@@ -2,7 +2,9 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "scene/Entity.h"
@@ -17,12 +19,14 @@ public:
     // load: the display mesh too, read once on demand. Null for an index out of range.
     Entity* GetTemplate(int t, bool load);
     Entity* GetTemplate(std::string_view name, bool load); // case counts; null if none
+    int GetTemplateIndex(std::string_view name) const;     // of the first of that name, case counts; -1 if none
 
     static constexpr int MAX_PARAMETERS = 64; // in a block; more are skipped with a notice
     static constexpr int MAX_CHOICES = 32;    // of a constant; likewise
 
 private:
     std::vector<std::unique_ptr<Entity>> entity_template; // file order
+    std::unordered_map<std::string, int> index_of_name;   // the first of each name
     std::vector<bool> mesh_wanted;                        // of each template; its mesh is there, or cannot be read
 };
 

@@ -39,6 +39,7 @@ public:
 
     size_t Position() const { return at; }
     bool AtEnd() const { return at >= text.size(); }
+    std::string_view Rest() const { return text.substr(at); }
     char Peek() const { return AtEnd() ? '\0' : text[at]; }
 
     bool FindHash();       // behind the next '#'

@@ -53,6 +53,26 @@ protected:
 
 } // namespace
 
+TEST_F(EntityParserTest, ANameIsThatOfItsFirstDefinitionAndABaseTheFirstThatTheTextGoesOnWith) {
+    EntityParser parser = Parse(
+        Definition("lamp", "INT x = 0;") + Definition("Lamp", "INT x = 1;") + Definition("lampshade", "INT x = 2;") +
+        Definition("lamp", "INT x = 3;") + Definition("shade", "INT x = 4;") + Definition("sha", "INT x = 5;") +
+        "#A extends lampshade #Stop #B extends shadeless #Stop #C extends shark #Stop #D extends Lamp #Stop\n");
+    const struct {
+        const char* name;
+        int index, x;
+    } wanted[] = {{"lamp", 0, 0}, {"Lamp", 1, 1}, {"lampshade", 2, 2}, {"shade", 4, 4}, {"sha", 5, 5},
+                  {"A", 6, 0},    {"B", 7, 4},    {"C", 8, 5},         {"D", 9, 1},     {"LAMP", -1, 0}};
+    ASSERT_EQ(parser.GetTemplateCount(), 10);
+    for (const auto& [name, index, x] : wanted) {
+        EXPECT_EQ(parser.GetTemplateIndex(name), index) << name;
+        const Entity* entity = parser.GetTemplate(name, false);
+        ASSERT_EQ(entity != nullptr, index >= 0) << name;
+        if (entity)
+            EXPECT_EQ(entity->GetParameterStr("x")->p_int, x) << name;
+    }
+}
+
 TEST_F(EntityParserTest, DefinitionWithAllLabels) {
     WriteBytes("Icons/lamp.tga", TargaBytes(2, 2, 24));
     EntityParser parser = Parse("/* # no { definition */ // # neither\n"
