@@ -1,6 +1,7 @@
 #include "pages/EntityDlg.h"
 
 #include <algorithm>
+#include <map>
 
 #include "editor/Interface.h"
 #include "foundation/Strings.h"
@@ -42,36 +43,28 @@ void EntityDlg::OnInitDialog() {
     if (!editor.entity_parser)
         return;
     EntityParser& parser = *editor.entity_parser;
-    StringListClass names(true, true), directories(false, true);
+    const auto before = [](const std::string& x, const std::string& y) { return CompareNoCase(x, y) < 0; };
+    std::map<std::string, std::vector<int>, decltype(before)> templates_of(before); // of each directory
     int first = -1;
     for (int t = 0; t < parser.GetTemplateCount(); ++t) {
         const Entity& e = *parser.GetTemplate(t, false);
-        names.AddString(e.name);
-        directories.AddString(e.directory);
+        entity_template.push_back(e.name);
+        templates_of.try_emplace(e.directory);
         if (first == -1 && e.IsType(FIRST_TEMPLATE))
             first = t;
     }
-    AddAll(entity_template, names);
-    for (int d = 0; d < directories.GetStringCount(); ++d)
-        entity_directory.push_back({directories.GetString(d), false, {}});
-    for (size_t i = 0; i < entity_template.size(); ++i) {
-        const int index = TemplateIndex(entity_template[i]);
+    std::stable_sort(entity_template.begin(), entity_template.end(), before);
+    for (const std::string& name : entity_template) {
+        const int index = parser.GetTemplateIndex(name);
+        templates_of.at(parser.GetTemplate(index, false)->directory)
+            .push_back(static_cast<int>(real_entity_template_index.size()));
         real_entity_template_index.push_back(index);
-        const int directory = directories.FindString(parser.GetTemplate(index, false)->directory);
-        if (directory >= 0)
-            entity_directory[static_cast<size_t>(directory)].templates.push_back(static_cast<int>(i));
     }
+    for (auto& [name, templates] : templates_of)
+        entity_directory.push_back({name, false, std::move(templates)});
     editor.selected_entity = first;
     selected_parameter = -1;
     UpdateControls();
-}
-
-int EntityDlg::TemplateIndex(std::string_view name) const {
-    EntityParser& parser = *editor.entity_parser;
-    for (int t = 0; t < parser.GetTemplateCount(); ++t)
-        if (parser.GetTemplate(t, false)->name == name)
-            return t;
-    return -1;
 }
 
 Entity* EntityDlg::SelectedTemplate() const {
@@ -97,7 +90,7 @@ void EntityDlg::SelectDirectory() {
 }
 
 bool EntityDlg::SelectTemplate(std::string_view name) {
-    int chosen = editor.entity_parser ? TemplateIndex(name) : -1;
+    int chosen = editor.entity_parser ? editor.entity_parser->GetTemplateIndex(name) : -1;
     const int row = chosen == -1 ? IndexNoCase(entity_template, name) : -1;
     if (row >= 0)
         chosen = real_entity_template_index[static_cast<size_t>(row)];
@@ -135,7 +128,7 @@ void EntityDlg::ConvertSelection(int new_template) {
 }
 
 void EntityDlg::SetTemplate(const Entity& entity) {
-    const int index = editor.entity_parser ? TemplateIndex(entity.name) : -1;
+    const int index = editor.entity_parser ? editor.entity_parser->GetTemplateIndex(entity.name) : -1;
     if (index == -1)
         return;
     selected_parameter = -1;

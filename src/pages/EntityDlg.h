@@ -91,7 +91,6 @@ public:
 
 private:
     EntityParameter* SelectedParameter() const;
-    int TemplateIndex(std::string_view name) const; // in the parser, -1 if absent
     Entity* FirstSelectedEntity() const;
     void ConvertSelection(int new_template);
     void ChooseDefaults(Entity& chosen);

@@ -1,4 +1,5 @@
 // The entity page: the tree, the parameter list, typing values, and passing them on to the selected entities.
+#include "foundation/Random.h"
 #include "pages/MyFileDialog.h"
 #include "pages/PagesData.h"
 #include "pages/ParameterText.h"
@@ -32,6 +33,48 @@ TEST_F(EntityPageTest, TheTreeIsSortedAndALightIsChosenFirst) {
     EXPECT_EQ(editor->selected_entity, -1);
     EXPECT_TRUE(Page().parameter_lines.empty());
     EXPECT_FALSE(Page().SetParameter("range", "1"));
+}
+
+// Names and directories come up again, in other cases too; the sorted lists of the foundation are the second way.
+TEST_F(EntityPageTest, TheTreeOfThousandsOfKindsIsThatOfTheSortedLists) {
+    RandomMT random;
+    random.seedMT(7);
+    std::string script;
+    for (int i = 0; i < 3000; ++i) {
+        std::string name = "a" + std::to_string(random.randomMT() % 2000),
+                    directory = "d" + std::to_string(random.randomMT() % 50);
+        name[0] = random.randomMT() % 2 ? 'A' : 'a';
+        directory[0] = random.randomMT() % 2 ? 'D' : 'd';
+        script += "#" + directory + "\\" + name +
+                  " #Type <T> #TraceType <T> #EntityLocation <T> #EditorImage { } #Parameters { }\n";
+    }
+    WriteBytes("Marrowstead/entities.def", script);
+    editor->entity_parser = std::make_unique<EntityParser>("Marrowstead\\entities.def");
+    Page().OnInitDialog();
+
+    EntityParser& parser = *editor->entity_parser;
+    ASSERT_EQ(parser.GetTemplateCount(), 3000);
+    StringListClass names(true, true), directories(false, true);
+    for (int t = 0; t < parser.GetTemplateCount(); ++t) {
+        names.AddString(parser.GetTemplate(t, false)->name);
+        directories.AddString(parser.GetTemplate(t, false)->directory);
+    }
+    ASSERT_EQ(Page().entity_template.size(), 3000u);
+    ASSERT_EQ(Page().entity_directory.size(), static_cast<size_t>(directories.GetStringCount()));
+    std::vector<std::vector<int>> templates(Page().entity_directory.size());
+    for (int i = 0; i < names.GetStringCount(); ++i) {
+        int first = 0;
+        while (parser.GetTemplate(first, false)->name != names.GetString(i))
+            ++first;
+        ASSERT_EQ(Page().entity_template[static_cast<size_t>(i)], names.GetString(i));
+        ASSERT_EQ(Page().real_entity_template_index[static_cast<size_t>(i)], first);
+        templates[static_cast<size_t>(directories.FindString(parser.GetTemplate(first, false)->directory))].push_back(
+            i);
+    }
+    for (size_t d = 0; d < templates.size(); ++d) {
+        EXPECT_EQ(Page().entity_directory[d].name, directories.GetString(static_cast<int>(d)));
+        EXPECT_EQ(Page().entity_directory[d].templates, templates[d]);
+    }
 }
 
 TEST_F(EntityPageTest, TypedValuesAreParsedByType) {
