@@ -52,6 +52,8 @@ public:
         error = Format("The movie has more points than the level can hold: its limit is %d entities", MAX_ENTITIES);
         return false;
     }
+    // Null for no object of the level as it was: what this load has made may have got an id that the file means.
+    BaseObject* Owner(uint32_t id) const { return made.contains(id) ? nullptr : FindOwner(world, id); }
     void Take(BaseObject& owner, const MoviePathRecord& path) {
         world.DeletePaths(owner);
         AddPoints(owner, &BaseObject::path, path.path, *object_point);
@@ -61,6 +63,7 @@ public:
         Entity* const stand_in = world.NewEntityCreated(std::make_unique<Entity>(*dummy), 1);
         if (!stand_in)
             return;
+        made.insert(stand_in->GetObjectID());
         Take(*stand_in, path);
         stand_in->SetPosition(path.path.empty() ? D3DVECTOR{} : path.path[0].position + DUMMY_OFFSET);
     }
@@ -81,12 +84,15 @@ private:
             for (size_t i = 0; i < std::size(MOVIE_POINT_PARAMETERS); ++i)
                 SetPointParameter(*point, MOVIE_POINT_PARAMETERS[i], record.value[i]);
             point->path_parent_id = owner.GetObjectID();
-            if (const Entity* const created = world.NewEntityCreated(std::move(point), 0))
+            if (const Entity* const created = world.NewEntityCreated(std::move(point), 0)) {
+                made.insert(created->GetObjectID());
                 (owner.*list).Add(created->GetObjectID());
+            }
         }
     }
     void SetTrigger(Entity& point, uint32_t id) const {
-        const Entity* const triggered = id == NO_OBJECT_ID ? nullptr : world.GetEntityFromID(id);
+        BaseObject* const object = Owner(id);
+        const Entity* const triggered = object ? object->GetEntity() : nullptr;
         EntityParameter trigger;
         trigger.name = "trigger";
         trigger.type = EPT_STRING;
@@ -101,6 +107,7 @@ private:
     EntityParser& parser;
     std::string& error;
     const Entity *object_point = nullptr, *target_point = nullptr, *dummy = nullptr;
+    std::unordered_set<uint32_t> made; // ids of what this load has made
 };
 
 int ResultOf(MovieReading reading) {
@@ -187,7 +194,7 @@ int CInterface::LoadMovie(std::string_view name, std::string& error, bool replac
             ClearAnimation(NO_OBJECT_ID);
         world->ClearSelection();
         for (const MoviePathRecord& path : paths) {
-            BaseObject* const owner = FindOwner(*world, path.owner_id);
+            BaseObject* const owner = loader.Owner(path.owner_id);
             if (!owner) {
                 loader.TakeByDummy(path);
                 continue;

@@ -129,6 +129,25 @@ TEST_F(MovieTest, ADummyStandsInForAMissingOwner) {
     EXPECT_EQ(Places(dummies[1]->target_path), Floats{7});
 }
 
+// New objects get ids that the file may mean for objects which are gone.
+TEST_F(MovieTest, AnIdThatANewPointGotIsStillThatOfAMissingObject) {
+    Entity& camera = AddEntity("camera", {});
+    const uint32_t next = BaseObject::FindFreeObjectID() + 1;
+    Write({Path(camera.GetObjectID(), {Point(1), Point(2, 0, next)}), Path(next + 1, {Point(3)}),
+           Path(next + 2, {Point(4)})});
+    ASSERT_EQ(Ed().LoadMovie("a.mvi", error), MOVIE_OK) << error;
+    EXPECT_EQ(Level().GetEntityCount(), 7);
+    std::vector<Floats> led; // by dummies
+    for (const auto& e : Level().entity) {
+        EXPECT_FALSE(e->IsPathPoint() && e->path.GetCount() > 0) << "no point is an owner";
+        if (e->name == "dummy")
+            led.push_back(Places(e->path));
+    }
+    EXPECT_EQ(led, (std::vector<Floats>{{3}, {4}}));
+    EXPECT_EQ(Places(camera.path), (Floats{1, 2}));
+    EXPECT_EQ(Level().GetEntityFromID(camera.path.Get(1))->GetParameterStr("trigger")->p_text, "");
+}
+
 TEST_F(MovieTest, ABadFileChangesNothing) {
     Entity& camera = AddEntity("camera", {});
     AddPoint(Level(), camera, false, {1, 0, 0});
