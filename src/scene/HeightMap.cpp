@@ -35,7 +35,9 @@ bool LoadHeightMap(const std::string& path, HeightMap& map, std::string& error) 
     if (info.width > MOST_MAP_SIDE || info.height > MOST_MAP_SIDE)
         return refuse(Format("has more than %d by %d pixels", MOST_MAP_SIDE, MOST_MAP_SIDE));
     TGAClass picture;
-    if (picture.LoadImage(path) != PICTURE_OK)
+    // What was loaded counts: another program may have written the file since.
+    if (picture.LoadImage(path) != PICTURE_OK || picture.GetImageInfo(info) != PICTURE_OK ||
+        info.pixel_size != GREY_BITS)
         return refuse("is damaged");
     map.width = info.width;
     map.height = info.height;
