@@ -33,22 +33,25 @@ private:
     bool found = false, quoted = false;
 };
 
-// True if the whole text is one decimal number; the same in every locale. Values beyond an int give its end.
+// True if the whole text is one decimal number; the same in every locale. Values beyond an int or a float
+// give its end.
 template <class T>
 bool ParseWhole(std::string_view text, T& value) {
     text.remove_prefix(std::min(text.find_first_not_of(" \t\v\f"), text.size()));
     if (text.size() > 1 && text[0] == '+' && text[1] != '-')
         text.remove_prefix(1);
-    T parsed{};
+    std::conditional_t<std::is_floating_point_v<T>, double, T> parsed{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), parsed);
     if (text.empty() || end != text.data() + text.size() || error == std::errc::invalid_argument)
         return false;
     if constexpr (std::is_floating_point_v<T>) {
         if (error == std::errc::result_out_of_range || !std::isfinite(parsed))
             return false;
+        constexpr double LARGEST = std::numeric_limits<T>::max();
+        parsed = std::clamp(parsed, -LARGEST, LARGEST);
     } else if (error == std::errc::result_out_of_range)
         parsed = text[0] == '-' ? std::numeric_limits<T>::min() : std::numeric_limits<T>::max();
-    value = parsed;
+    value = static_cast<T>(parsed);
     return true;
 }
 

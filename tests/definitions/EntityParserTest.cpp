@@ -68,8 +68,7 @@ TEST_F(EntityParserTest, ANameIsThatOfItsFirstDefinitionAndABaseTheFirstThatTheT
         EXPECT_EQ(parser.GetTemplateIndex(name), index) << name;
         const Entity* entity = parser.GetTemplate(name, false);
         ASSERT_EQ(entity != nullptr, index >= 0) << name;
-        if (entity)
-            EXPECT_EQ(entity->GetParameterStr("x")->p_int, x) << name;
+        EXPECT_EQ(entity ? entity->GetParameterStr("x")->p_int : 0, x) << name;
     }
 }
 

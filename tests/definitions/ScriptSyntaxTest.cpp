@@ -141,6 +141,8 @@ TEST_F(ScriptSyntax, ValuesOfTheForms) {
                                      {"+7", true, true, true, 2},
                                      {"2.5", false, true, true, 3},
                                      {"5x", false, false, true, 0},
+                                     {"1e-50", false, true, true, 5}, // less than a float can tell
+                                     {"-1e50", false, true, true, 5},
                                      {"nan", false, false, true, 0},
                                      {"inf", false, false, true, 0},
                                      {"", false, false, false, 0},
