@@ -1,5 +1,4 @@
-// A material script, and the cache of materials.
-#include "definitions/MaterialCache.h"
+// A material script.
 #include "definitions/MaterialLibrary.h"
 #include "fuzz/FuzzTarget.h"
 
@@ -9,9 +8,4 @@ FUZZ_TARGET(materials, bytes) {
     folder.NextInput("Scripts/Materials/wall/brick.mtl", bytes);
     MaterialProperties properties;
     ParseMaterialScript("wall", "brick", properties);
-    folder.NextInput("in.cache", bytes);
-    MaterialCache cache("in.cache");
-    cache.GetFileData("wall", "brick.mtl", properties);
-    cache.AddFileData("wall", "brick.mtl", properties);
-    Require(cache.Save("out.cache"), "a cache can be written");
 }

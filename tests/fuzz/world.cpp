@@ -24,5 +24,9 @@ FUZZ_TARGET(world, bytes) {
     ProblemSolver problems;
     CompileOptions options;
     options.threads = 1;
-    CompileEntities(level, options, "Maps\\in.few", bytes.size() % 2 == 0, progress, problems);
+    if (CompileEntities(level, options, "Maps\\in.few", bytes.size() % 2 == 0, progress, problems) ==
+        EntityUpdateResult::Written)
+        Require(ReadWorldFile("Maps\\in.few", file, error), "what was updated can be read");
+    else
+        Require(ReadBytes("Maps/in.few") == bytes, "an update that is refused leaves the file");
 }
