@@ -131,6 +131,7 @@ void CommandActions::FillMenuBar(QMenuBar& bar) {
         menus[menu.name] = bar.addMenu(menu.text);
         menus[menu.name]->setToolTipsVisible(true);
         connect(menus[menu.name], &QMenu::aboutToShow, this, &CommandActions::Refresh);
+        connect(menus[menu.name], &QMenu::aboutToHide, this, &CommandActions::MenuClosed);
     }
     for (const Command& command : CommandTable())
         if (QMenu* menu = Menu(command.menu))

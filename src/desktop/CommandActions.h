@@ -33,6 +33,7 @@ public:
 
 signals:
     void Ran();
+    void MenuClosed();
 
 private:
     void AddToMenu(QMenu& menu, const Command& command);

@@ -16,6 +16,7 @@
 #include "desktop/FinishTyping.h"
 #include "desktop/KeysDialog.h"
 #include "desktop/LightPreviewWidget.h"
+#include "desktop/ManualWindow.h"
 #include "desktop/NoticeBar.h"
 #include "desktop/ProgressDialog.h"
 #include "desktop/ProjectWatch.h"
@@ -109,6 +110,7 @@ void MainWindow::MakeMiddle() {
 
 void MainWindow::MakeMenus() {
     actions.FillMenuBar(*menuBar());
+    connect(&actions, &CommandActions::MenuClosed, this, &MainWindow::LeaveMenuBar, Qt::QueuedConnection);
     QMenu& file = *actions.Menu("File");
     recent_menu = file.addMenu("Recent &projects");
     connect(recent_menu, &QMenu::aboutToShow, this, &MainWindow::FillRecent);
@@ -124,6 +126,7 @@ void MainWindow::MakeHelpMenu() {
     QMenu& help = *menuBar()->addMenu("He&lp");
     help.addAction(QString("&All commands...\t") + PALETTE_KEYS, this, &MainWindow::ShowPalette);
     help.addAction("&Keys...", this, &MainWindow::ShowKeys);
+    help.addAction("&Manual", this, [this] { ShowManual(this); });
     help.addAction("&First steps", this, [this] {
         welcome_dismissed = false;
         welcome->ShowRecent(frame.document.RecentFiles());
@@ -136,6 +139,15 @@ void MainWindow::MakeHelpMenu() {
     });
 }
 
+// Escape in a menu that the mouse has opened leaves the bar waiting for letters, which then open menus.
+void MainWindow::LeaveMenuBar() {
+    if (!menu_by_mouse || QApplication::activePopupWidget())
+        return;
+    menuBar()->setActiveAction(nullptr);
+    if (qobject_cast<QMenuBar*>(focusWidget()))
+        views.setFocus();
+}
+
 void MainWindow::StartTimers() {
     connect(&timer, &QTimer::timeout, this, [this] {
         frame.OnTimer();
@@ -145,6 +157,8 @@ void MainWindow::StartTimers() {
     connect(&movie_timer, &QTimer::timeout, this, [this] { frame.OnIdle(); });
     movie_timer.setInterval(MOVIE_TICK);
     connect(&recovery_timer, &QTimer::timeout, this, [this] {
+        if (QGuiApplication::mouseButtons() == Qt::NoButton) // while a border is dragged there is more to come
+            StoreChangedLayout();
         if (recovery && !frame.interface.compilation_active)
             recovery->Tick(GetDesktop().GetTickCount());
     });
@@ -164,7 +178,8 @@ void MainWindow::Tick() {
 }
 
 void MainWindow::ShowHints() {
-    const std::string mode = ModeName(frame.interface), hint = HintText(HintFor(frame.interface, HeldNow()));
+    const std::string mode = ModeName(frame.interface), drag = DragText(frame.interface, views.BoxAtPress());
+    const std::string hint = drag.empty() ? HintText(HintFor(frame.interface, HeldNow())) : drag;
     if (mode == shown_mode && hint == shown_hint)
         return;
     if (mode != shown_mode)
@@ -327,6 +342,15 @@ void MainWindow::StoreLayout() {
         return;
     ::StoreLayout(GEOMETRY, saveGeometry());
     ::StoreLayout(STATE, saveState(LAYOUT_VERSION));
+}
+
+void MainWindow::StoreChangedLayout() {
+    QByteArray now = saveGeometry() + saveState(LAYOUT_VERSION);
+    if (now == known_layout)
+        return;
+    if (!known_layout.isEmpty()) // else it is as it was restored
+        StoreLayout();
+    known_layout = std::move(now);
 }
 
 void MainWindow::RestoreLayout() {

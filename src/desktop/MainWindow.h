@@ -36,6 +36,7 @@ public:
     void ShowPalette();
     void ShowKeys();
     void RestoreLayout();
+    void StoreChangedLayout(); // so that a kill loses little
 
     CMainFrame& frame;
     KeyBindings bindings;
@@ -72,12 +73,15 @@ private:
     void ToggleUndoWindow();
     void OfferReload();
     void StoreLayout();
+    void LeaveMenuBar();
     CompileOutcome RunCompile(const CMainFrame::CompileStep& compile);
     // The command of the pressed keys; found is false when they are no keys of the window.
     struct KeyMeaning {
         bool found = false, palette = false;
         const Command* command = nullptr;
     };
+    bool EndsTyping(const QWidget& field, const QKeyEvent& event) const;
+    void GiveKeysToViews();
     KeyMeaning MeaningOf(QWidget& focus, const QKeyEvent& event);
     bool WidgetWants(QWidget& focus, const QKeyEvent& event);
 
@@ -93,7 +97,9 @@ private:
     QMenu* recent_menu = nullptr;
     QTimer timer, movie_timer, recovery_timer;
     RecoveryFile* recovery = nullptr;
-    bool probing = false; // a widget is asked whether it wants a key
+    QByteArray known_layout;
+    bool menu_by_mouse = false; // the menu bar was last used so
+    bool probing = false;       // a widget is asked whether it wants a key
     bool welcome_dismissed = false, asking_reload = false;
     std::string shown_hint, shown_mode;
 };

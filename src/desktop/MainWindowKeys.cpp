@@ -26,6 +26,12 @@ bool IsTextField(const QWidget& widget) {
            qobject_cast<const QPlainTextEdit*>(&widget) || qobject_cast<const QAbstractSpinBox*>(&widget);
 }
 
+// Return ends the typing there.
+bool IsOneLineField(const QWidget& widget) {
+    return IsTextField(widget) && !qobject_cast<const QTextEdit*>(&widget) &&
+           !qobject_cast<const QPlainTextEdit*>(&widget);
+}
+
 bool IsFunctionKey(int key) { return key >= Qt::Key_F1 && key <= Qt::Key_F35; }
 
 // Keys by which one walks in a list, pushes a button and goes from field to field.
@@ -62,6 +68,17 @@ bool MainWindow::WidgetWants(QWidget& focus, const QKeyEvent& event) {
     return question.isAccepted() || IsWalkingKey(event.key());
 }
 
+// Return in a field of a page: the letters that follow are commands.
+bool MainWindow::EndsTyping(const QWidget& field, const QKeyEvent& event) const {
+    return (event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter) && IsOneLineField(field) &&
+           (field.window() == this || library->isAncestorOf(&field));
+}
+
+void MainWindow::GiveKeysToViews() {
+    activateWindow(); // the library may float
+    views.setFocus();
+}
+
 MainWindow::KeyMeaning MainWindow::MeaningOf(QWidget& focus, const QKeyEvent& event) {
     if (WidgetWants(focus, event))
         return {};
@@ -92,6 +109,12 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::Wheel && static_cast<QWheelEvent*>(event)->modifiers() & Qt::AltModifier)
         TellAltIsUsed();
     const bool pressed = event->type() == QEvent::KeyPress;
+    if (event->type() == QEvent::KeyRelease && !static_cast<QKeyEvent*>(event)->isAutoRepeat())
+        views.FlyKey(static_cast<QKeyEvent*>(event)->key(), false);
+    if (event->type() == QEvent::MouseButtonPress && watched == menuBar())
+        menu_by_mouse = true;
+    else if (pressed && watched->isWidgetType() && !QApplication::activePopupWidget())
+        menu_by_mouse = false;
     if ((!pressed && event->type() != QEvent::ShortcutOverride) || probing || !watched->isWidgetType() ||
         QApplication::activeModalWidget() || QApplication::activePopupWidget())
         return QMainWindow::eventFilter(watched, event);
@@ -103,6 +126,18 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     const auto& key = *static_cast<QKeyEvent*>(event);
     if (key.key() == Qt::Key_Escape && widget->window() == this && IsTextField(*widget) && pressed) {
         views.setFocus(); // out of the field, before anything else
+        return true;
+    }
+    if (EndsTyping(*widget, key) && pressed) {
+        probing = true; // the field sees it first
+        QApplication::sendEvent(widget, event);
+        probing = false;
+        if (!QApplication::activeModalWidget() && !QApplication::activePopupWidget())
+            GiveKeysToViews();
+        return true;
+    }
+    if (key.modifiers() == Qt::NoModifier && views.FlyKey(key.key(), true)) {
+        event->accept();
         return true;
     }
     const KeyMeaning meaning = MeaningOf(*widget, key);

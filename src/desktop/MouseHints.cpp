@@ -4,6 +4,8 @@
 #include <initializer_list>
 #include <optional>
 
+#include "foundation/Strings.h"
+
 namespace {
 
 enum ViewKind { FLAT = 1, SPACE = 2, ANY_VIEW = FLAT | SPACE }; // the orthographic views; the perspective one
@@ -69,7 +71,7 @@ constexpr Rule RULES[] = {
     {MIDDLE, FLAT, ANY_MODE, CONTROL | BOTH, "flip from left to right"},
     {MIDDLE, FLAT, SELECTED | SHEAR | ROTATE, SHIFT, "drag to move the selected brushes"},
     {MIDDLE, FLAT, ANY_MODE, SHIFT, ""},
-    {MIDDLE, FLAT, ANY_MODE, PLAIN | ALT, "drag to scroll"},
+    {MIDDLE, FLAT, ANY_MODE, PLAIN | ALT, "drag to scroll; twice: put the camera here"},
     {RIGHT, FLAT, NONE | SELECTED | SHEAR, SHIFT, "select an entity, or drag a box over entities"},
     {RIGHT, FLAT, NONE | SELECTED | SHEAR, BOTH, "select entities besides the others"},
     {RIGHT, FLAT, ANY_MODE, CONTROL, "place the chosen entity"},
@@ -91,7 +93,7 @@ constexpr Rule RULES[] = {
     {LEFT, SPACE, ANY_MODE, SHIFT, "select a brush"},
     {LEFT, SPACE, ANY_MODE, BOTH, "select a brush besides the others"},
     {LEFT, SPACE, ANY_MODE, CONTROL, "select a surface; twice: map its texture anew"},
-    {RIGHT, SPACE, ANY_MODE, PLAIN | ALT, "drag to move the camera"},
+    {RIGHT, SPACE, ANY_MODE, PLAIN | ALT, "drag to move the camera, or hold and fly by W S A D E Q"},
     {RIGHT, SPACE, ANY_MODE, SHIFT, "select an entity"},
     {RIGHT, SPACE, ANY_MODE, BOTH, "select an entity besides the others"},
     {RIGHT, SPACE, ANY_MODE, CONTROL, "copy the selected surface's texture here"},
@@ -192,6 +194,23 @@ MouseHint HintFor(const CInterface& interface, const HeldModifiers& held) {
         hint.right = "place a point that is looked at";
     }
     return hint;
+}
+
+std::string DragText(const CInterface& interface, const Box& before) {
+    constexpr double DEGREES = 180 / 3.14159265358979323846;
+    if (interface.editor_state == ES_ROTATE)
+        return Format("Turned by %.5g\302\260", (0 - static_cast<double>(interface.tmp_rotate)) * DEGREES);
+    const bool edits = interface.editor_state == ES_EDIT;
+    if (!edits && interface.editor_state != ES_VERTEX_MOVE)
+        return {};
+    const auto tell = [](const char* what, const D3DVECTOR& way) {
+        return Format("%s by X: %g,  Y: %g,  Z: %g", what, static_cast<double>(way.x), static_cast<double>(way.y),
+                      static_cast<double>(way.z));
+    };
+    if (!edits || interface.edit_state == 0)
+        return tell("Moved", D3DVECTOR{} - interface.tmp_move);
+    const auto size = [](const Box& box) { return BoxMax(box) - BoxMin(box); };
+    return tell("Size changed", size(interface.selection_box) - size(before));
 }
 
 std::string HintText(const MouseHint& hint) {

@@ -18,4 +18,6 @@ struct MouseHint {
 
 const char* ModeName(const CInterface& interface);
 MouseHint HintFor(const CInterface& interface, const HeldModifiers& held);
+// How far a drag has gone; empty: none goes on. before: the selection's box when it began.
+std::string DragText(const CInterface& interface, const Box& before);
 std::string HintText(const MouseHint& hint); // "Left: ...   Right: ..."

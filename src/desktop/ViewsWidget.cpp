@@ -1,5 +1,6 @@
 #include "desktop/ViewsWidget.h"
 
+#include <QElapsedTimer>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -7,6 +8,7 @@
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "drawing/DrawingScope.h"
 #include "render/DisplayScale.h"
@@ -16,6 +18,8 @@ namespace {
 
 constexpr int LINE_WIDTH = 4;                  // pixels of the screen's scale
 constexpr int LEAST_PANE = 5, LEAST_SIDE = 16; // device pixels
+constexpr int FLY_TICK = 16, FOLLOW_TICK = 20; // milliseconds
+constexpr int FOLLOW_PAUSE = 4;                // times what the drawing of a follower took
 constexpr unsigned ALL_VIEWS = (1u << VIEW_COUNT) - 1;
 constexpr uint32_t DEEP = 32, FLAT = 16; // bits of a pixel
 
@@ -80,6 +84,12 @@ ViewsWidget::ViewsWidget(ViewsPainter& views_painter, QWidget* parent) : QWidget
     lines = {new SplitLine(*this, true, false), new SplitLine(*this, false, true), new SplitLine(*this, true, true)};
     for (SplitLine* line : lines)
         line->hide();
+    connect(&fly_timer, &QTimer::timeout, this, [this] {
+        if (!frozen)
+            fly.Step(*frame, GetDesktop().GetTickCount());
+    });
+    follow_timer.setSingleShot(true);
+    connect(&follow_timer, &QTimer::timeout, this, &ViewsWidget::Follow);
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
@@ -113,8 +123,49 @@ void ViewsWidget::ViewChanged(int view) {
             this, [this, view] { ViewChanged(view); }, Qt::QueuedConnection);
         return;
     }
-    pending |= 1u << view;
-    painter.Surface().update(Rect(view));
+    const unsigned bit = 1u << view;
+    if (!IsFollowed())
+        DrawNow(bit);
+    else if (view == held_view) { // the hand comes first
+        DrawNow(bit);
+        FollowLater(ALL_VIEWS & ~bit);
+    } else
+        FollowLater(bit);
+}
+
+void ViewsWidget::DrawNow(unsigned changed_views) {
+    pending |= changed_views;
+    for (int view = 0; view < VIEW_COUNT; ++view)
+        if (changed_views & 1u << view)
+            painter.Surface().update(Rect(view));
+}
+
+bool ViewsWidget::IsFollowed() const {
+    const CInterface& interface = frame->interface;
+    const EditorState state = interface.editor_state;
+    return held_view >= 0 &&
+           (state == ES_EDIT || state == ES_ROTATE || state == ES_VERTEX_MOVE || state == ES_CREATE_BRUSH ||
+            interface.editing_cordon_box || interface.editing_clip_box || fly.IsLooking());
+}
+
+void ViewsWidget::FollowLater(unsigned follower_views) {
+    following |= follower_views;
+    if (!follow_timer.isActive())
+        follow_timer.start(std::max(FOLLOW_TICK, FOLLOW_PAUSE * follow_cost));
+}
+
+void ViewsWidget::Follow() {
+    if (following == 0)
+        return;
+    unsigned bit = last_followed;
+    do
+        bit = bit << 1 & ALL_VIEWS ? bit << 1 : 1u;
+    while (!(following & bit));
+    last_followed = bit;
+    following &= ~bit;
+    DrawNow(bit);
+    if (following != 0)
+        FollowLater(0);
 }
 
 void ViewsWidget::SetFrozen(bool freeze) {
@@ -132,9 +183,15 @@ void ViewsWidget::DrawPending() {
     if (!FitBackBuffer())
         return;
     const DrawingScope one_level;
-    for (int view = 0; view < VIEW_COUNT; ++view)
-        if (pending & 1u << view)
-            frame->interface.DrawView(view);
+    for (int view = 0; view < VIEW_COUNT; ++view) {
+        if (!(pending & 1u << view))
+            continue;
+        QElapsedTimer time;
+        time.start();
+        frame->interface.DrawView(view);
+        if (held_view >= 0 && view != held_view)
+            follow_cost = static_cast<int>(time.elapsed());
+    }
     pending = 0;
 }
 
@@ -295,6 +352,8 @@ void ViewsWidget::Press(Qt::MouseButton button, Qt::KeyboardModifiers modifiers,
     if (held_view < 0)
         return;
     held_buttons |= button;
+    if (button == Qt::LeftButton)
+        box_at_press = frame->interface.selection_box;
     CEditorView& view = frame->View(held_view);
     const uint32_t flags = MouseFlags(modifiers);
     const POINT point = ClientPoint(held_view, position);
@@ -317,8 +376,12 @@ void ViewsWidget::Release(Qt::MouseButton button, Qt::KeyboardModifiers modifier
         view.OnLButtonUp(flags, point);
     else if (button == Qt::MiddleButton)
         view.OnMButtonUp(flags, point);
-    else if (button == Qt::RightButton)
+    else if (button == Qt::RightButton) {
         view.OnRButtonUp(flags, point);
+        fly.Stop(*frame);
+        fly_timer.stop();
+    }
+    DrawNow(std::exchange(following, 0));
     // An outline keeps the mouse between its clicks.
     if (held_buttons == Qt::NoButton && frame->interface.MouseRelease())
         held_view = -1;
@@ -333,18 +396,52 @@ void ViewsWidget::ReleaseLost(Qt::MouseButtons still_down, Qt::KeyboardModifiers
         held_view = -1;
 }
 
-void ViewsWidget::mousePressEvent(QMouseEvent* event) { Press(event->button(), event->modifiers(), event->position()); }
+void ViewsWidget::mousePressEvent(QMouseEvent* event) {
+    setFocus(Qt::MouseFocusReason);
+    Press(event->button(), event->modifiers(), event->position());
+}
 
 void ViewsWidget::mouseReleaseEvent(QMouseEvent* event) {
     Release(event->button(), event->modifiers(), event->position());
 }
 
-// Only the perspective view knows a double click, and only with Ctrl. Elsewhere it is the press that it is.
+bool ViewsWidget::FlyKey(int key, bool pressed) {
+    if (!frame || frozen || held_view != VIEW_PERSPECTIVE || !(held_buttons & Qt::RightButton))
+        return false;
+    if (!pressed) {
+        fly.Release(*frame, key);
+        return true;
+    }
+    if (!fly.Press(*frame, key))
+        return false;
+    if (!fly_timer.isActive())
+        fly_timer.start(FLY_TICK);
+    return true;
+}
+
+// As Alt and a click do, which many desktops keep for themselves.
+void ViewsWidget::PutCamera(int view, POINT point) {
+    CInterface& interface = frame->interface;
+    const D3DVECTOR mouse = interface.GetWorldPositionAtPoint(view, point.x, point.y);
+    D3DVECTOR& camera = interface.View(VIEW_PERSPECTIVE).camera_position;
+    for (int axis = 0; axis < 3; ++axis)
+        if (axis != CInterface::MissingAxis(view))
+            Component(camera, axis) = Component(mouse, axis);
+    interface.RedrawAllViews();
+}
+
+// Only the perspective view knows a double click of the left button, and only with Ctrl. Elsewhere it is the press that
+// it is.
 void ViewsWidget::mouseDoubleClickEvent(QMouseEvent* event) {
     const int view = frame && !frozen ? ViewAt(event->position()) : -1;
     const uint32_t flags = MouseFlags(event->modifiers());
     const bool maps_surface = view == VIEW_PERSPECTIVE && event->button() == Qt::LeftButton && flags == MOUSE_CONTROL &&
                               frame->interface.editor_state != ES_VERTEX && frame->interface.editor_state != ES_DECAL;
+    if (view >= 0 && view != VIEW_PERSPECTIVE && event->button() == Qt::MiddleButton &&
+        event->modifiers() == Qt::NoModifier) {
+        PutCamera(view, ClientPoint(view, event->position()));
+        return;
+    }
     if (!maps_surface) {
         mousePressEvent(event);
         return;
@@ -370,7 +467,9 @@ void ViewsWidget::wheelEvent(QWheelEvent* event) {
     wheel_rest += event->modifiers() & Qt::AltModifier && delta.y() == 0 ? delta.x() : delta.y();
     const int view = held_view >= 0 ? held_view : ViewAt(event->position());
     for (; std::abs(wheel_rest) >= NOTCH; wheel_rest -= wheel_rest < 0 ? -NOTCH : NOTCH)
-        if (view >= 0 && frame && !frozen)
+        if (fly.IsLooking())
+            FlyKeys::ChangeSpeed(frame->interface, wheel_rest > 0);
+        else if (view >= 0 && frame && !frozen)
             frame->View(view).OnMouseWheel(MouseFlags(event->modifiers()), wheel_rest < 0 ? -NOTCH : NOTCH);
     event->accept();
 }

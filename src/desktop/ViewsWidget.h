@@ -2,10 +2,12 @@
 // them that can be dragged. It hands the mouse to the views and draws only those that have changed.
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 #include <array>
 
 #include "commands/MainFrame.h"
+#include "desktop/FlyKeys.h"
 #include "editor/EditorListener.h"
 
 // Shows the picture of the renderer. It asks for the drawing when it paints.
@@ -48,6 +50,12 @@ public:
     // Device pixels of the left column and the upper row; -1 leaves one as it is.
     void MoveSplit(int left, int upper);
 
+    // While the right button flies the camera. False: the key is not for that.
+    bool FlyKey(int key, bool pressed);
+    const Box& BoxAtPress() const { return box_at_press; } // of the selection, before the drag
+    // Draws the next of the views that follow a drag in another one.
+    void Follow();
+
     // EditorListener
     void ViewChanged(int view) override;
     void LayoutChanged() override;
@@ -63,6 +71,9 @@ protected:
 
 private:
     void DrawPending();
+    bool IsFollowed() const;
+    void FollowLater(unsigned follower_views);
+    void DrawNow(unsigned changed_views);
     bool FitBackBuffer();
     void ApplyLayout();
     void PlaceView(int view, const RECT& rect);
@@ -71,6 +82,7 @@ private:
     void Press(Qt::MouseButton button, Qt::KeyboardModifiers modifiers, QPointF position);
     void Release(Qt::MouseButton button, Qt::KeyboardModifiers modifiers, QPointF position);
     void ReleaseLost(Qt::MouseButtons still_down, Qt::KeyboardModifiers modifiers, QPointF position);
+    void PutCamera(int view, POINT point);
     int LineWidth() const;
 
     ViewsPainter& painter;
@@ -83,5 +95,13 @@ private:
     bool frozen = false;
     int held_view = -1; // has the mouse until all buttons are up
     Qt::MouseButtons held_buttons;
-    int wheel_rest = 0; // of a notch
+    FlyKeys fly;
+    QTimer fly_timer;
+    Box box_at_press;
+    // The views beside the one that is dragged in follow it, one at a time and with pauses, so that they take but a
+    // fifth of the time from the hand.
+    QTimer follow_timer;
+    unsigned following = 0, last_followed = 0; // bits of views
+    int follow_cost = 0;                       // milliseconds of the last of them
+    int wheel_rest = 0;                        // of a notch
 };

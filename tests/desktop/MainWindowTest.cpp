@@ -7,7 +7,9 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QThread>
 #include <QToolBar>
 #include <QTreeWidget>
@@ -148,6 +150,60 @@ TEST_F(DesktopTest, KeysRunCommandsButNotFromATextField) {
     EXPECT_TRUE(interface->settings.show_sel_wire) << "no field knows Alt+W";
     Key(*field, Qt::Key_F8);
     EXPECT_TRUE(interface->console_onscreen);
+}
+
+TEST_F(DesktopTest, ReturnInAFieldAndAPressInAViewGiveTheKeysToTheViews) {
+    Open();
+    auto* const library = window->findChild<QDockWidget*>("Library");
+    library->show();
+    auto* const field = new QLineEdit(library);
+    auto* const number = new QSpinBox(library);
+    number->clear();
+    auto* const text = new QPlainTextEdit(library);
+    int finished = 0;
+    QObject::connect(field, &QLineEdit::editingFinished, field, [&] { ++finished; });
+    for (QWidget* in : {static_cast<QWidget*>(field), static_cast<QWidget*>(number)}) {
+        in->show();
+        in->setFocus();
+        Key(*in, Qt::Key_3, Qt::NoModifier, "3");
+        Key(*in, Qt::Key_Return, Qt::NoModifier, "\r");
+        EXPECT_TRUE(views->hasFocus());
+    }
+    EXPECT_EQ(field->text().toStdString(), "3");
+    EXPECT_EQ(finished, 1) << "what was typed counts, once";
+    EXPECT_EQ(number->value(), 3);
+    text->show();
+    text->setFocus();
+    Key(*text, Qt::Key_Return, Qt::NoModifier, "\r");
+    EXPECT_TRUE(text->hasFocus()) << "Return starts a line there";
+    EXPECT_EQ(text->toPlainText().toStdString(), "\n");
+    for (const Qt::MouseButton button : {Qt::LeftButton, Qt::MiddleButton, Qt::RightButton}) {
+        field->setFocus();
+        Mouse(QEvent::MouseButtonPress, Middle(VIEW_TOP), button);
+        Mouse(QEvent::MouseButtonRelease, Middle(VIEW_TOP), button);
+        EXPECT_TRUE(views->hasFocus());
+    }
+}
+
+TEST_F(DesktopTest, EscapeInAMenuOpenedByTheMouseLeavesTheMenuBar) {
+    Open();
+    QMenuBar& bar = *window->menuBar();
+    const QPointF at = QRectF(bar.actionGeometry(bar.actions().front())).center();
+    for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+        QMouseEvent event(type, at, bar.mapToGlobal(at), Qt::LeftButton,
+                          type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(&bar, &event);
+    }
+    ASSERT_NE(QApplication::activePopupWidget(), nullptr);
+    Key(*QApplication::activePopupWidget(), Qt::Key_Escape);
+    QApplication::processEvents();
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    EXPECT_EQ(bar.activeAction(), nullptr);
+    window->activateWindow();
+    QApplication::processEvents();
+    ASSERT_TRUE(views->hasFocus());
+    Key(*views, Qt::Key_L, Qt::NoModifier, "l");
+    EXPECT_FALSE(interface->texture_lock) << "the letter is a command again";
 }
 
 TEST_F(DesktopTest, AKeyThatDoesNothingInTheViewsLeadsToItsPageInTheLibrary) {
