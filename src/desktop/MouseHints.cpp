@@ -1,6 +1,7 @@
 #include "desktop/MouseHints.h"
 
 #include <algorithm>
+#include <cmath>
 #include <initializer_list>
 #include <optional>
 
@@ -204,8 +205,8 @@ std::string DragText(const CInterface& interface, const Box& before) {
     if (!edits && interface.editor_state != ES_VERTEX_MOVE)
         return {};
     const auto tell = [](const char* what, const D3DVECTOR& way) {
-        return Format("%s by X: %g,  Y: %g,  Z: %g", what, static_cast<double>(way.x), static_cast<double>(way.y),
-                      static_cast<double>(way.z));
+        const auto hundredths = [](float length) { return std::round(static_cast<double>(length) * 100) / 100; };
+        return Format("%s by X: %g,  Y: %g,  Z: %g", what, hundredths(way.x), hundredths(way.y), hundredths(way.z));
     };
     if (!edits || interface.edit_state == 0)
         return tell("Moved", D3DVECTOR{} - interface.tmp_move);
