@@ -160,7 +160,6 @@ void CUndoActionReindex::Undo(World& world) {
 
 // What is deleted gets a fresh id too, so that no step can reach an object that has taken over its old one.
 void World::RenameIDsOfUndo(const UHashTable<1023, uint32_t>& new_ids) {
-    constexpr uint32_t NO_OBJECT = 0x80000000; // as are all from here on
     std::unordered_map<uint32_t, uint32_t> fresh;
     const IdRenaming renamed = [&](uint32_t old) {
         uint32_t id = old;
