@@ -1,5 +1,7 @@
 #include "desktop/AIPage.h"
 
+#include <algorithm>
+
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
@@ -40,8 +42,9 @@ AIPage::AIPage(CMainFrame& main_frame, QWidget* parent)
     column->addLayout(chosen);
     column->addLayout(names);
     column->addWidget(scroll, 1);
-    connect(groups, &QComboBox::textActivated, this, [this](const QString& name) {
-        page.SelectGroup(name.toStdString());
+    // By its bytes, whatever is shown for them.
+    connect(groups, &QComboBox::activated, this, [this](int row) {
+        page.SelectGroup(page.groups[static_cast<size_t>(row)]);
         Refresh();
     });
     const auto named = [this](bool done) {
@@ -72,7 +75,9 @@ void AIPage::Refresh() {
     groups->clear();
     for (const std::string& name : page.groups)
         groups->addItem(QString::fromStdString(name));
-    groups->setCurrentIndex(page.m_name.empty() ? -1 : groups->findText(QString::fromStdString(page.m_name)));
+    const auto chosen = std::find(page.groups.begin(), page.groups.end(), page.m_name);
+    groups->setCurrentIndex(
+        page.m_name.empty() || chosen == page.groups.end() ? -1 : static_cast<int>(chosen - page.groups.begin()));
     for (QPushButton* button : {rename, erase})
         button->setEnabled(!page.m_name.empty());
     MakeLines();

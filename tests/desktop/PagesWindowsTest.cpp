@@ -400,6 +400,15 @@ TEST_F(PagesWindowsTest, StancesOfAGroupAreSetByTheirButtons) {
     EXPECT_EQ(Level().actor_groups[2]->GetType(1), AGT_Enemy);
     EXPECT_TRUE(Level().actor_groups[2]->GetTurnToEnemy(2));
     EXPECT_TRUE(radios[0]->isChecked()); // each line on its own
+
+    // A name in another encoding than ours.
+    Level().actor_groups[2]->name = "Str\xE1\xBEi";
+    editor->RefreshAIDlg();
+    ProcessNews();
+    EXPECT_EQ(page->findChild<QComboBox*>()->currentIndex(), -1);
+    emit page->findChild<QComboBox*>()->activated(2);
+    EXPECT_EQ(pages->ai.m_name, Level().actor_groups[2]->name);
+    EXPECT_EQ(page->findChild<QComboBox*>()->currentIndex(), 2);
 }
 
 // --- Tool windows
