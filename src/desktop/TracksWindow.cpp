@@ -55,6 +55,15 @@ float TimelineWidget::TimeStep(int least_pixels) const {
     return step * 10;
 }
 
+// Counted, as a step may be too small to change a time far on.
+std::vector<float> TimelineWidget::Marks(float step) const {
+    const float first = std::floor(track.m_pos / step) * step;
+    std::vector<float> times;
+    for (int i = 0; i <= static_cast<int>(track.m_visible / step) + 1; ++i)
+        times.push_back(first + static_cast<float>(i) * step);
+    return times;
+}
+
 void TimelineWidget::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -62,8 +71,7 @@ void TimelineWidget::paintEvent(QPaintEvent*) {
     const QRect keys(track.m_fix_area_width, 0, width() - track.m_fix_area_width, height() - CTrack::SCALE_HEIGHT);
     if (dialog.ShowsGrid()) {
         painter.setPen(palette().alternateBase().color().darker(110));
-        const float step = TimeStep(LEAST_MARK_PIXELS);
-        for (float t = std::floor(track.m_pos / step) * step; t <= track.m_pos + track.m_visible; t += step)
+        for (const float t : Marks(TimeStep(LEAST_MARK_PIXELS)))
             if (const int x = track.XAt(t); x >= keys.left())
                 painter.drawLine(x, 0, x, keys.bottom());
     }
@@ -118,7 +126,7 @@ void TimelineWidget::PaintScale(QPainter& painter) {
     const int top = height() - CTrack::SCALE_HEIGHT;
     painter.setPen(palette().windowText().color());
     const int digits = step < 0.1f ? 2 : step < 1 ? 1 : 0;
-    for (float t = std::floor(track.m_pos / step) * step; t <= track.m_pos + track.m_visible; t += step) {
+    for (const float t : Marks(step)) {
         const int x = track.XAt(t);
         if (x < track.m_fix_area_width)
             continue;
@@ -183,10 +191,12 @@ bool TimelineWidget::event(QEvent* event) {
 
 KeyDialog::KeyDialog(CInterface& editor, const SKeyPoint& key, QWidget* parent)
     : QDialog(parent), shown(key), color(new CColorButton),
-      comment(new QLineEdit(QString::fromStdString(key.m_comment))),
-      script(new QPlainTextEdit(QString::fromStdString(key.m_script))) {
+      comment(new QLineEdit(QString::fromStdString(key.m_comment))), script(new CEditKeys) {
     setWindowTitle(tr("Key at %1 s").arg(static_cast<double>(key.m_time), 0, 'f', 2));
     color->SetColor(key.m_color);
+    shown_comment = comment->text();
+    script->completes = false;
+    script->ShowScript(key.m_script);
     connect(color, &CColorButton::Chosen, color, [this](uint32_t rgb) { color->SetColor(rgb); });
     auto* edit_script = new QPushButton(tr("&Script..."));
     edit_script->setToolTip(tr("The script window, with help and completion"));
@@ -204,9 +214,9 @@ KeyDialog::KeyDialog(CInterface& editor, const SKeyPoint& key, QWidget* parent)
     column->addLayout(form);
     column->addWidget(buttons);
     connect(edit_script, &QPushButton::clicked, this, [this, &editor] {
-        std::string text = script->toPlainText().toStdString();
+        std::string text = script->Script();
         if (RunScriptWindow(this, editor, editor.command_syntax.get(), text))
-            script->setPlainText(QString::fromStdString(text));
+            script->ShowScript(text);
     });
     connect(sync_button, &QPushButton::clicked, this, [this] {
         sync = true;
@@ -219,8 +229,9 @@ KeyDialog::KeyDialog(CInterface& editor, const SKeyPoint& key, QWidget* parent)
 CKeyPointProperties KeyDialog::Answer() const {
     CKeyPointProperties answer{shown, sync};
     answer.key.m_color = color->m_color;
-    answer.key.m_comment = comment->text().toStdString();
-    answer.key.m_script = script->toPlainText().toStdString();
+    if (comment->text() != shown_comment) // a field of one line shows less than a comment may hold
+        answer.key.m_comment = comment->text().toStdString();
+    answer.key.m_script = script->Script();
     return answer;
 }
 
@@ -273,6 +284,8 @@ TracksWindow::TracksWindow(CTrackDlg& logic, CInterface& controller, QWidget* pa
     column->addLayout(settings);
     connect(close_button, &QPushButton::clicked, this, [this] { reject(); });
     connect(total_time, &QDoubleSpinBox::editingFinished, this, [this] {
+        if (total_time->value() == shown_total_time)
+            return; // left as it was: the field shows fewer digits than a file may hold
         dialog.m_total_time = static_cast<float>(total_time->value());
         dialog.m_zoom = zoom->value();
         dialog.OnOK();
@@ -317,13 +330,16 @@ void TracksWindow::Follow() {
                                        QSignalBlocker(zoom),   QSignalBlocker(snap), QSignalBlocker(grid)};
     setWindowTitle(QString::fromStdString(dialog.title));
     total_time->setValue(static_cast<double>(dialog.m_total_time));
+    shown_total_time = total_time->value();
     zoom->setValue(dialog.m_zoom);
     snap->setChecked(dialog.track.snap);
     grid->setChecked(dialog.ShowsGrid());
     across->setPageStep(dialog.HScrollPage());
     across->setRange(0, dialog.HScrollRange());
+    across->setValue(dialog.HScrollPosition());
     down->setPageStep(dialog.VScrollPage());
     down->setRange(0, std::max(0, dialog.track.GetTrackLinesCount() - dialog.VScrollPage()));
+    down->setValue(dialog.track.m_line_pos);
     timeline->update();
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <vector>
 
 #include <QDialog>
 
@@ -11,9 +12,9 @@
 class QCheckBox;
 class QDoubleSpinBox;
 class QLineEdit;
-class QPlainTextEdit;
 class QScrollBar;
 class QSpinBox;
+class CEditKeys;
 class CInterface;
 
 // The timeline itself: names at the left, rows of keys, the scale below.
@@ -40,7 +41,8 @@ protected:
 private:
     void PaintRow(QPainter& painter, int row);
     void PaintScale(QPainter& painter);
-    float TimeStep(int least_pixels) const; // of marks: 1, 2 or 5 times a power of ten, seconds
+    float TimeStep(int least_pixels) const;     // of marks: 1, 2 or 5 times a power of ten, seconds
+    std::vector<float> Marks(float step) const; // the times of those that may be seen
 
     CTrackDlg& dialog;
     CTrack& track;
@@ -56,7 +58,8 @@ private:
     SKeyPoint shown;
     CColorButton* color;
     QLineEdit* comment;
-    QPlainTextEdit* script;
+    QString shown_comment;
+    CEditKeys* script;
     bool sync = false;
 };
 
@@ -79,6 +82,7 @@ private:
     TimelineWidget* timeline;
     QScrollBar *across, *down;
     QDoubleSpinBox* total_time;
+    double shown_total_time = 0;
     QSpinBox* zoom;
     QCheckBox *snap, *grid;
 };

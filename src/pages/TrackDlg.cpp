@@ -252,3 +252,8 @@ int CTrackDlg::VScrollPage() const { return std::max((track.height - CTrack::SCA
 void CTrackDlg::OnHScroll(int position) {
     track.SetXPosition(static_cast<float>(position) / static_cast<float>(HScrollRange()) * m_total_time);
 }
+
+int CTrackDlg::HScrollPosition() const {
+    const float part = m_total_time > 0 ? std::clamp(track.m_pos / m_total_time, 0.0f, 1.0f) : 0.0f;
+    return static_cast<int>(std::lround(static_cast<double>(part) * HScrollRange()));
+}

@@ -104,6 +104,7 @@ public:
     void OnEngineUpdate();
     void OnHScroll(int position); // in steps of m_resolution
     int HScrollRange() const;
+    int HScrollPosition() const; // of what is shown
     int HScrollPage() const;
     int VScrollPage() const; // rows
     void SetTrackParams(float total_time, float resolution);

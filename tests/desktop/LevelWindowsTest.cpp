@@ -3,6 +3,7 @@
 #include <QDoubleSpinBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QScrollBar>
 #include <QSpinBox>
 
 #include "desktop/TerrainWindows.h"
@@ -60,6 +61,54 @@ TEST_F(LevelWindowsTest, TheToolsWindowWritesAndFollowsAndLeavesTheTool) {
     EXPECT_EQ(numbers[0]->value(), 48.0);
     window.close();
     EXPECT_NE(editor->editor_state, ES_TERRAIN);
+}
+
+// The fields show less than a file may hold.
+TEST_F(LevelWindowsTest, AFileOfTracksKeepsWhatNobodyTouched) {
+    TrackList list;
+    list.m_max = 12.3456f;
+    list.m_track_lines.push_back({{{2, 0x112233, "two\nlines", "OpenDoor a\r\nOpenDoor b"}}, "Camera", 0});
+    std::string error;
+    ASSERT_TRUE(SaveTrackList("kept.trk", list, error)) << error;
+    CTrackDlg logic(*editor);
+    logic.SetTrackName("kept.trk");
+    logic.OnInitDialog();
+    TracksWindow window(logic, *editor, nullptr);
+    window.resize(900, 400);
+    window.show();
+    emit window.findChild<QDoubleSpinBox*>()->editingFinished();
+    EXPECT_EQ(logic.m_total_time, 12.3456f);
+    WhenOpen([](QWidget& key) { Press(key, "OK"); });
+    QTest::mouseDClick(window.findChild<TimelineWidget*>(), Qt::LeftButton, {},
+                       {logic.track.XAt(2), CTrack::ROW_HEIGHT / 2});
+    const SKeyPoint& key = logic.track.list.m_track_lines[0].m_keyPoints[0];
+    EXPECT_EQ(key.m_comment, "two\nlines");
+    EXPECT_EQ(key.m_script, "OpenDoor a\r\nOpenDoor b");
+
+    QScrollBar* across = nullptr;
+    for (QScrollBar* bar : window.findChildren<QScrollBar*>())
+        if (bar->orientation() == Qt::Horizontal)
+            across = bar;
+    ASSERT_NE(across, nullptr);
+    across->setValue(across->maximum());
+    EXPECT_EQ(logic.track.m_pos, 12.3456f);
+    Press(window, "New");
+    EXPECT_EQ(logic.track.m_pos, 0);
+    EXPECT_EQ(across->value(), 0);
+}
+
+TEST_F(LevelWindowsTest, TheTimelineIsDrawnWhereTimesAreFarApart) {
+    TrackList list;
+    list.m_max = 1e9f;
+    std::string error;
+    ASSERT_TRUE(SaveTrackList("far.trk", list, error)) << error;
+    CTrackDlg logic(*editor);
+    logic.SetTrackName("far.trk");
+    logic.OnInitDialog();
+    TracksWindow window(logic, *editor, nullptr);
+    window.resize(900, 400);
+    logic.OnHScroll(logic.HScrollRange());
+    EXPECT_FALSE(window.grab().isNull());
 }
 
 TEST_F(LevelWindowsTest, ATracklistIsMadeEditedAndSavedByTheMouse) {

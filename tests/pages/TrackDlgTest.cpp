@@ -391,6 +391,10 @@ TEST_F(TrackDlgTest, ZoomAndScrolling) {
     EXPECT_EQ(dlg->VScrollPage(), 13);
     dlg->OnHScroll(50);
     EXPECT_NEAR(dlg->track.m_pos, 5, 1e-4f);
+    EXPECT_EQ(dlg->HScrollPosition(), 50);
+    dlg->OnDeltaposZoomSpin(200);
+    EXPECT_EQ(dlg->HScrollPosition(), 100) << "the same time";
+    dlg->OnDeltaposZoomSpin(100);
     dlg->OnHScroll(5000);
     EXPECT_NEAR(dlg->track.m_pos, 20, 1e-4f);
     dlg->OnHScroll(-5);
