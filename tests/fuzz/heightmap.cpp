@@ -17,7 +17,6 @@ FUZZ_TARGET(heightmap, bytes) {
     World level;
     Require(level.GenerateTerrain(shape, error), "a terrain can be made from what was read");
     for (const auto& segment : level.brush)
-        for (const D3DVECTOR& corner : segment->bbox)
-            Require(corner.y >= 0 && corner.y <= static_cast<float>(shape.size_y) + 0.01f,
-                    "no segment leaves the heights of the whole");
+        for (const D3DVECTOR& v : segment->surfaces.at(0).vertices)
+            Require(v.y >= 0 && v.y <= static_cast<float>(shape.size_y) + 0.01f, "no height is beyond the whole");
 }
