@@ -251,7 +251,10 @@ void CMainFrame::OnShowSelwire() {
 }
 
 void CMainFrame::ChangeCurveDetail(bool higher) {
-    const ChangeRecord record(*interface.world, "Change the detail of curves.", ChangeScope::Added);
+    ChangeRecord record(*interface.world, "Change the detail of curves.", ChangeScope::Added);
+    for (const auto& b : interface.world->brush) // moves keep normals that a new tessellation would compute anew
+        if (!b->curved_surfaces.empty())
+            record.AddObject(*b);
     interface.world->ChangeCurveDetail(higher);
     interface.RedrawAllViews();
 }

@@ -413,10 +413,11 @@ private:
     bool PlaceClones(const D3DVECTOR& step);
     std::unique_ptr<Entity> NewEntityFromTemplate(const char* name);
     void TakeEntityPosition();
-    void AddCreationToUndo(Entity* created);
+    void AddCreationToUndo(Entity& created);
     void CancelBeforePlacing();
     void PlaceEntity();                                                           // of the chosen template
-    Entity* PlacePathPoint(std::unique_ptr<Entity> point, bool from_movie_click); // null if none was placed
+    // Null if none was placed. With full undo it has a step, which brings back the owner's path.
+    Entity* PlacePathPoint(std::unique_ptr<Entity> point, bool from_movie_click);
     void SelectWholePath(const Entity& point);
     void EndOperation();    // of the mouse or a mode; the state is ES_IDLE
     void ShowLoadedPaths(); // a refresh of all that shows the selection

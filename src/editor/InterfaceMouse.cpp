@@ -72,11 +72,8 @@ void CInterface::LeftButtonDown(uint32_t held_keys, POINT point) {
         else
             Select(point, true);
     } else if (movie_editing && control && !shift) {
-        Entity* const placed = PlacePathPoint(NewEntityFromTemplate("object_point"), true);
-        if (placed)
+        if (PlacePathPoint(NewEntityFromTemplate("object_point"), true))
             MarkDirty();
-        if (settings.full_undo)
-            AddCreationToUndo(placed);
     } else if (!control && perspective && editor_state == ES_VERTEX) {
         if (selected_cross_vertex == -1)
             return;
@@ -245,7 +242,9 @@ void CInterface::RightButtonDown(uint32_t held_keys, POINT point) {
         return;
     if (movie_editing && control && !shift) {
         MarkDirty();
-        AddCreationToUndo(PlacePathPoint(NewEntityFromTemplate("target_point"), true));
+        Entity* const placed = PlacePathPoint(NewEntityFromTemplate("target_point"), true);
+        if (placed && !settings.full_undo)
+            AddCreationToUndo(*placed);
     } else if (editor_state == ES_EXTRUDABLE) {
         left_button_pressed = false;
         mouse_release = true;

@@ -127,11 +127,9 @@ void CInterface::TakeEntityPosition() {
             Component(last_entity_position, axis) = Component(world_position, axis);
 }
 
-void CInterface::AddCreationToUndo(Entity* created) {
-    if (!created)
-        return;
+void CInterface::AddCreationToUndo(Entity& created) {
     auto creation = std::make_unique<CUndoActionCreate>();
-    creation->AddObject(*created, *world);
+    creation->AddObject(created, *world);
     world->AddUndoAction(std::move(creation));
 }
 
@@ -162,7 +160,8 @@ void CInterface::PlaceEntity() {
         placed->SetPosition(position);
         created = world->NewEntityCreated(std::move(placed), 1);
     }
-    AddCreationToUndo(created);
+    if (created && !(settings.full_undo && created->IsPathPoint())) // which has a step with its owner
+        AddCreationToUndo(*created);
     UpdateSelectionBox();
     SetCountText();
     RedrawAllViews();
@@ -190,9 +189,11 @@ Entity* CInterface::PlacePathPoint(std::unique_ptr<Entity> point, bool from_movi
     BaseObject* owner = FindPathOwner();
     if (active_view == VIEW_PERSPECTIVE || !point || !owner)
         return nullptr;
+    EndDragRecord();
     const uint32_t owner_id = owner->GetObjectID();
     const bool target = point->name == "target_point";
     if (from_movie_click && owner->path.GetCount() == 0) {
+        const ChangeRecord record(*world, "Clear the other paths.", ChangeScope::AllObjects);
         ClearAnimation(owner_id);
         owner = BaseObject::GetObjectFromID(owner_id);
         if (!owner) // it stood in another object's path
@@ -205,6 +206,8 @@ Entity* CInterface::PlacePathPoint(std::unique_ptr<Entity> point, bool from_movi
     const D3DVECTOR position = last_entity_position;
     CancelBeforePlacing();
     point->SetPosition(position);
+    ChangeRecord record(*world, "Create a path point.", ChangeScope::Added);
+    record.AddObject(*owner);
     Entity* created = world->NewEntityCreated(std::move(point), 1);
     if (!created)
         return nullptr;

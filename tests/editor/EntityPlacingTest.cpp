@@ -102,7 +102,8 @@ TEST_F(EntityPlacingTest, MovieClicksPlacePointsOfBothKinds) {
     Ed().settings.full_undo = true;
     Click(VIEW_FRONT, At(24, 40), MOUSE_CONTROL);
     EXPECT_TRUE(Ed().project_file_need_save);
-    EXPECT_EQ(UndoTexts().back(), "Create 1 object(s).");
+    EXPECT_EQ(UndoTexts(), (std::vector<std::string>{"Clear the other paths.", "Deselect 1 object(s).",
+                                                     "Create a path point."}));
     ASSERT_EQ(Level().GetEntityCount(), 1) << "the path of the other object is gone";
     EXPECT_EQ(other.path.GetCount(), 0);
     EXPECT_EQ(EntityAt(0).name, "object_point");
@@ -113,4 +114,8 @@ TEST_F(EntityPlacingTest, MovieClicksPlacePointsOfBothKinds) {
     EXPECT_EQ(EntityAt(1).name, "target_point");
     RightClick(VIEW_FRONT, At(0, 0));
     EXPECT_EQ(Ed().editor_state, ES_IDLE) << "without Ctrl it cancels";
+    while (Undo()) {
+    }
+    EXPECT_EQ(owner.path.GetCount() + owner.target_path.GetCount(), 0);
+    EXPECT_EQ(Ids(other.path), ints{Id(0)}) << "the path of the other object is back";
 }

@@ -157,3 +157,29 @@ inline std::string BrokenRule(const World& world) {
         return "the object selected first is not selected";
     return {};
 }
+
+// Where two states differ, in short: a whole state is far too long to read. Empty: they are equal.
+inline std::string Difference(const SceneState& expected, const SceneState& found) {
+    constexpr size_t AROUND = 60;
+    std::string text;
+    for (const auto& [id, was] : expected.objects) {
+        const auto now = found.objects.find(id);
+        if (now == found.objects.end()) {
+            text += Format("no object %u (%s); ", id, was.substr(0, AROUND).c_str());
+        } else if (now->second != was) {
+            const auto place = std::mismatch(was.begin(), was.end(), now->second.begin(), now->second.end()).first;
+            const auto at = static_cast<size_t>(place - was.begin());
+            const size_t from = at - std::min(at, AROUND);
+            text += Format("object %u at %zu of %zu: \"%s\" is \"%s\"; ", id, at, was.size(),
+                           was.substr(from, 2 * AROUND).c_str(), now->second.substr(from, 2 * AROUND).c_str());
+        }
+    }
+    for (const auto& [id, now] : found.objects)
+        if (!expected.objects.count(id))
+            text += Format("object %u too many (%s); ", id, now.substr(0, AROUND).c_str());
+    if (expected.groups != found.groups)
+        text += "other groups; ";
+    if (expected.selection != found.selection)
+        text += "another selection";
+    return text;
+}
