@@ -8,6 +8,8 @@ namespace {
 // Steps that only select, one behind the other, as one.
 class SelectingSteps : public CUndoAction {
 public:
+    static constexpr size_t MOST = 100; // a day's selecting of whole levels is no step to keep
+
     explicit SelectingSteps(ESelecting of) : CUndoAction(UA_SELECT), kind(of) {}
     bool IsEmpty() const override { return steps.empty(); }
     std::string GetActionDescription() const override { return "Change the selection."; }
@@ -35,6 +37,11 @@ private:
     ESelecting kind;
     SelectingSteps* inverse = nullptr;
 };
+
+bool IsFull(const CUndoAction& action) {
+    const auto* steps = dynamic_cast<const SelectingSteps*>(&action);
+    return steps && steps->steps.size() >= SelectingSteps::MOST;
+}
 
 std::unique_ptr<CUndoAction> Folded(std::unique_ptr<CUndoAction> last, std::unique_ptr<CUndoAction> next) {
     if (auto* steps = dynamic_cast<SelectingSteps*>(last.get())) {
@@ -101,7 +108,7 @@ std::string CUndoBuffer::DescribeUndoing(int i) const {
 
 bool CUndoBuffer::Fold(std::unique_ptr<CUndoAction>& next) {
     if (buffer.empty() || next->Selects() == CUndoAction::SELECTS_NOTHING ||
-        next->Selects() != buffer.back()->Selects())
+        next->Selects() != buffer.back()->Selects() || IsFull(*buffer.back()))
         return false;
     buffer.back() = Folded(std::move(buffer.back()), std::move(next));
     return true;

@@ -194,6 +194,7 @@ void World::Collapse() {
 
     Brush& added = *AddBrush(std::move(merged));
     SetBrushSelection(added.index, true);
+    RefreshFirstSelected(); // it may have been an entity, which is not selected any more
     RecutDecals(*this, added);
     decals.RestoreMissing(*this);
     FlushDecalTemplates();

@@ -256,6 +256,12 @@ TEST_F(FullUndoTest, ADragIsUndoneWhateverTheModeIsBy) {
          [] {}},
         {"moved with the texture lock, undone without", [this] { Drag(VIEW_TOP, At(32, 32), At(72, 40)); },
          [this] { Ed().texture_lock = false; }},
+        {"moved without the texture lock, undone with it",
+         [this] {
+             Ed().texture_lock = false;
+             Drag(VIEW_TOP, At(32, 32), At(72, 40));
+         },
+         [this] { Ed().texture_lock = true; }},
         {"vertices, undone out of their mode",
          [this] {
              ToggleVertexMode();

@@ -172,9 +172,11 @@ TEST_F(Collapse, MeltsSurfacesWithAMaterialIntoOneBrush) {
     const std::vector<D3DVECTOR> flat = box.surfaces[1].vertices, net = cone.curved_surfaces[3].cp;
     const uint32_t box_id = box.GetObjectID();
     world.selected_surface_brush = 3;
+    world.first_selected_id = world.entity[0]->GetObjectID();
 
     world.Collapse();
     ASSERT_EQ(world.GetBrushCount(), 3); // the portal took no part
+    EXPECT_EQ(world.first_selected_id, world.brush[2]->GetObjectID()) << "what links start from";
     EXPECT_EQ(world.brush[0]->type, BT_PORTAL);
     EXPECT_FALSE(world.brush[0]->is_selected);
     const Brush& merged = *world.brush[2];

@@ -48,6 +48,11 @@ public:
             Add(f);
         Add(b.bbox[1]), Add(b.bbox[7]), Add(b.pivot);
         b.ForEachSurface([this](const Surface& s, int, bool) { Write(s); });
+        std::multiset<uint32_t> decals; // each cut anew, from the end
+        for (const auto& decal : b.decal_list)
+            decals.insert(decal->id);
+        for (const uint32_t id : decals)
+            text += Format(" d%u", id);
         return text;
     }
     std::string Text(const Entity& e) {

@@ -191,6 +191,27 @@ TEST_F(Undo, StepsOfSelectingFoldOnlyWithFullUndo) {
     }
 }
 
+TEST_F(Undo, AFoldedStepGrowsOnlySoFar) {
+    constexpr int SELECTED = 120; // and deselected
+    front_end.full_undo = true;
+    const uint32_t id = NewBrush().GetObjectID();
+    Cancel();
+    world.undo_buffer.Empty();
+    for (int i = 0; i < SELECTED; ++i) {
+        SelectIDs({id});
+        world.SetBrushSelection(0, true);
+        Cancel();
+    }
+    EXPECT_EQ(world.undo_buffer.GetActionCount(), 3) << "of 100, 100 and 40";
+    for (const bool again : {false, true}) {
+        int steps = 0;
+        while (again ? RedoOnce() : UndoOnce())
+            ++steps;
+        EXPECT_EQ(steps, 3);
+        EXPECT_FALSE(world.IsSomethingSelected());
+    }
+}
+
 TEST_F(Undo, RotationIsReversed) {
     NewBrush(); // a corner stands on the pivot
     const auto turned = [this] { return BoxMin(world.brush[0]->bbox).x + BoxMin(world.brush[0]->bbox).z < -1; };
