@@ -12,6 +12,7 @@
 #include "pages/BrushProperties.h"
 #include "pages/SmallDialogs.h"
 #include "persistence/MeshFile.h"
+#include "scene/TerrainStroke.h"
 
 namespace {
 
@@ -141,7 +142,10 @@ std::vector<Command> ToolCommands() {
          [](F& f) { f.OnToolsTerraingenerator(); }},
         {FRAME, "OnToolsSmoothterrainedges", "Tools", "Sm&ooth Terrain Edges", "Alt+S",
          [](F& f) {
-             f.interface.world->SmoothTerrainEdgeNormals();
+             World& world = *f.interface.world;
+             ChangeRecord record(world, "Smooth terrain edges.", ChangeScope::Added);
+             AddTerrains(record, world);
+             world.SmoothTerrainEdgeNormals();
              f.interface.RedrawAllViews();
          }},
         {FRAME, "OnToolsTerrainmodifier", "Tools", "Terrain Modifier...", "Shift+T",

@@ -22,3 +22,9 @@ void World::EndTerrainStroke() {
     if (const std::unique_ptr<TerrainStroke> stroke = std::move(terrain_stroke))
         stroke->Commit();
 }
+
+void AddTerrains(ChangeRecord& record, const World& world) {
+    for (const auto& b : world.brush)
+        if (b->type == BT_TERRAIN)
+            record.AddObject(*b);
+}

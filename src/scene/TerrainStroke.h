@@ -20,3 +20,5 @@ private:
     ChangeRecord record;
     std::unordered_set<uint32_t> touched; // ids
 };
+
+void AddTerrains(ChangeRecord& record, const World& world); // before the normals of their borders change

@@ -4,7 +4,7 @@
 
 #include "scene/FrontEnd.h"
 #include "scene/TerrainParts.h"
-#include "scene/Undo.h"
+#include "scene/TerrainStroke.h"
 
 namespace {
 
@@ -112,7 +112,8 @@ bool World::GenerateTerrain(const TerrainShape& shape, std::string& error) {
         return false;
     const bool had_selection = IsSomethingSelected();
     {
-        const ChangeRecord record(*this, "Generate terrain.");
+        ChangeRecord record(*this, "Generate terrain.", ChangeScope::Added);
+        AddTerrains(record, *this);
         const auto size_x = static_cast<float>(shape.size_x), size_z = static_cast<float>(shape.size_z);
         TerrainSegment segment;
         segment.map_unit_x = size_x / static_cast<float>(map.width);

@@ -1,6 +1,7 @@
 // Commands that come while a button drags, an outline is entered or a tool is in the hand.
 #include "commands/CommandTable.h"
 #include "commands/ScriptData.h"
+#include "render/TestPictures.h"
 #include "scene/SceneState.h"
 
 namespace {
@@ -187,6 +188,25 @@ TEST_F(DragCommands, CommandsThatOnlySelectOrShapeHaveSteps) {
         frame->OnEditRedo();
         EXPECT_TRUE(StateOf(Level()) == after) << c.command;
         EXPECT_EQ(Level().curve_detail, detail_after) << c.command;
+    }
+}
+
+TEST_F(DragCommands, NormalsOfTerrainBordersComeBack) {
+    constexpr size_t ON_THE_BORDER = 35; // the last of nine columns, in the fourth row
+    WriteBytes("heights.tga", TargaBytes(4, 4, 8));
+    const std::string terrain = "terrain heights.tga 512 64 512 2 2 32\n";
+    for (const std::string& edit : {std::string("key Alt+S\n"), terrain}) {
+        Fresh(true);
+        ASSERT_EQ(Run(terrain), "");
+        Brush& segment = LevelBrush(2);
+        segment.surfaces[0].vertices[ON_THE_BORDER].y += 20;
+        segment.ComputeNormals();
+        Level().undo_buffer.Empty();
+        const SceneState first = StateOf(Level());
+        ASSERT_EQ(Run(edit), "");
+        ASSERT_NE(StateOf(Level()).objects.at(segment.GetObjectID()), first.objects.at(segment.GetObjectID()));
+        ASSERT_EQ(Run("key Ctrl+Z\n"), "");
+        EXPECT_EQ(Difference(first, StateOf(Level())), "") << edit;
     }
 }
 
