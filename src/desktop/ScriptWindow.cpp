@@ -1,5 +1,7 @@
 #include "desktop/ScriptWindow.h"
 
+#include <algorithm>
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -10,6 +12,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QSplitter>
+#include <QStringDecoder>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -26,7 +29,10 @@ CEditKeys::CEditKeys() {
 
 void CEditKeys::ShowScript(const std::string& text) {
     shown = text;
-    setPlainText(QString::fromStdString(text));
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString decoded = decoder(QByteArray::fromStdString(text));
+    is_utf8 = !decoder.hasError();
+    setPlainText(is_utf8 ? decoded : QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size())));
     shown_text = toPlainText();
 }
 
@@ -34,7 +40,9 @@ std::string CEditKeys::Script() const {
     QString text = toPlainText();
     if (text == shown_text)
         return shown;
-    return text.replace(QLatin1Char('\n'), QLatin1String("\r\n")).toStdString();
+    text.replace(QLatin1Char('\n'), QLatin1String("\r\n"));
+    const bool has_bytes = std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= 0xFF; });
+    return is_utf8 || !has_bytes ? text.toStdString() : text.toLatin1().toStdString();
 }
 
 void CEditKeys::keyPressEvent(QKeyEvent* event) {
@@ -84,7 +92,7 @@ ScriptWindow::ScriptWindow(CInterface& controller, const CScriptSyntax* syntax_t
     column->addWidget(buttons);
     resize(820, 520);
     connect(check, &QPushButton::clicked, this, [this] {
-        TakeText();
+        dialog.SetScript(script->Script());
         dialog.OnParse();
     });
     connect(file, &QPushButton::clicked, this, [this] { InsertFile(); });

@@ -21,7 +21,8 @@ public:
     bool completes = true; // else Ctrl+Tab leaves the field
 
     void ShowScript(const std::string& text);
-    // Its lines end as in the game's scripts, by carriage return and line feed. Untouched, it is as it was shown.
+    // Its lines end as in the game's scripts, by carriage return and line feed. Untouched, it is as it was shown; one
+    // that is no UTF-8 is edited byte by byte.
     std::string Script() const;
 
 protected:
@@ -30,6 +31,7 @@ protected:
 private:
     std::string shown;
     QString shown_text; // the same as the field has it
+    bool is_utf8 = true;
 };
 
 class ScriptWindow : public QDialog {

@@ -213,6 +213,18 @@ TEST_F(DialogsWindowsTest, AScriptIsCompletedExplainedAndTaken) {
     EXPECT_EQ(window.GetText(), "Wait 1\r\nopen gate_light ");
 }
 
+TEST_F(DialogsWindowsTest, AScriptInAnotherEncodingKeepsItsBytesWhenItIsEdited) {
+    for (const char* text : {"Say \xE8\xE1st\r\n", "Say \xC4\x8D\xC3\xA1st\r\n"}) {
+        ScriptWindow window(*editor, editor->command_syntax.get(), text, nullptr);
+        window.show();
+        EXPECT_EQ(window.GetText(), text);
+        auto* script = window.findChild<CEditKeys*>();
+        script->moveCursor(QTextCursor::End);
+        QTest::keyClicks(script, "Wait 1");
+        EXPECT_EQ(window.GetText(), std::string(text) + "Wait 1");
+    }
+}
+
 TEST_F(DialogsWindowsTest, ListsOfTheScriptWindowFilterAndInsert) {
     AddEntity("light", "alpha");
     AddEntity("glow", "beta");
