@@ -143,18 +143,23 @@ void CMainFrame::OnAlignvertices() {
     interface.MarkDirty();
 }
 
+// Curves at their coarsest, as a copy: what is only looked at stays as it is.
+static bool IsWrong(Brush& brush) {
+    constexpr int COARSEST = 3;
+    if (brush.curved_surfaces.empty())
+        return !brush.CheckPhysics();
+    Brush coarse(brush);
+    coarse.ChangeCurveDetail(COARSEST);
+    return !coarse.CheckPhysics();
+}
+
 void CMainFrame::OnSelwrongobj() {
     World& world = *interface.world;
-    constexpr int COARSEST = 3;
     const ChangeRecord record(world, "Select wrong objects.");
     world.ClearSelection();
-    for (int b = 0; b < world.GetBrushCount(); ++b) {
-        Brush& brush = *world.brush[static_cast<size_t>(b)];
-        brush.ChangeCurveDetail(COARSEST);
-        if (!brush.CheckPhysics())
+    for (int b = 0; b < world.GetBrushCount(); ++b)
+        if (IsWrong(*world.brush[static_cast<size_t>(b)]))
             world.SetBrushSelection(b, true);
-        brush.ChangeCurveDetail(world.curve_detail);
-    }
     interface.SelectionChanged();
     interface.UpdateSelectionBox();
     interface.RedrawAllViews();

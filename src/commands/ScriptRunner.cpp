@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <set>
 
 #include "commands/Accelerator.h"
 #include "commands/CommandTable.h"
@@ -43,6 +44,13 @@ bool SplitScriptLine(const std::string& line, std::vector<std::string>& words) {
         i = end;
     }
     return true;
+}
+
+// A step of such a word cannot wait for the release of a button. Commands see to it themselves.
+static bool EndsADrag(const std::string& word) {
+    static const std::set<std::string> words = {"parameter", "apply", "shift", "scale",   "rotate",
+                                                "fit",       "flip",  "lock",  "terrain", "movie"};
+    return words.count(word) > 0;
 }
 
 ScriptRunner::ScriptRunner(CMainFrame& main_frame, ScriptDesktop& script_desktop, std::filesystem::path start_folder)
@@ -126,6 +134,8 @@ bool ScriptRunner::RunLine(const std::string& line, std::string& error) {
     }
     failure.clear();
     const int failed_saves = frame.document.FailedSaves();
+    if (EndsADrag(words[0]))
+        interface.FinishDrag();
     const bool done = (this->*word.run)(words) && (frame.document.FailedSaves() == failed_saves ||
                                                    Fail("the project was not saved")); // whatever saves it
     desktop.held.clear();

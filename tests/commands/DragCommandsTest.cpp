@@ -191,6 +191,27 @@ TEST_F(DragCommands, CommandsThatOnlySelectOrShapeHaveSteps) {
     }
 }
 
+TEST_F(DragCommands, AnEditByAWordOfAScriptEndsTheDrag) {
+    Fresh(true);
+    const SceneState first = StateOf(Level());
+    ASSERT_EQ(Run("mouse top left_down 288 224\nmouse top move 304 224\nlock 1\nmouse top move 340 224\n"
+                  "mouse top left_up 340 224\n"),
+              "");
+    EXPECT_EQ(LevelBrush(1).bbox[7].x, 16);
+    while (Level().undo_buffer.GetActionCount() > 0)
+        ASSERT_EQ(Run("key Ctrl+Z\n"), "");
+    EXPECT_EQ(Difference(first, StateOf(Level())), "");
+}
+
+TEST_F(DragCommands, CommandsThatLookForFaultsLeaveTheLevelAsItIs) {
+    Fresh(true);
+    ASSERT_EQ(Run("key Esc\ncommand OnBrushCylinder\ndrag top 100 100 164 164\nkey Esc\n"), "");
+    LevelBrush(2).curved_surfaces[0].normal[0].x += 0.0001f; // as a move leaves it, in its last bits
+    const SceneState first = StateOf(Level());
+    ASSERT_EQ(Run("command OnSelwrongobj\ncommand OnToolsValidate\nkey Esc\n"), "");
+    EXPECT_EQ(Difference(first, StateOf(Level())), "");
+}
+
 TEST_F(DragCommands, NormalsOfTerrainBordersComeBack) {
     constexpr size_t ON_THE_BORDER = 35; // the last of nine columns, in the fourth row
     WriteBytes("heights.tga", TargaBytes(4, 4, 8));
