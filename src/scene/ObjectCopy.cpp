@@ -1,9 +1,24 @@
 #include "scene/ObjectCopy.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
+#include <type_traits>
 
 namespace {
+
+// The sign of a zero, too: it goes into files. For types without gaps.
+template <class T>
+bool SameBits(const T& a, const T& b) {
+    static_assert(std::is_trivially_copyable_v<T>);
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+template <class T>
+bool SameBits(const std::vector<T>& a, const std::vector<T>& b) {
+    static_assert(std::is_trivially_copyable_v<T>);
+    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0);
+}
 
 void RenameList(std::vector<uint32_t>& list, const IdRenaming& renamed) {
     for (uint32_t& id : list)
@@ -18,8 +33,9 @@ bool SameColor(const D3DCOLORVALUE& a, const D3DCOLORVALUE& b) {
     return a.r == b.r && a.g == b.g && a.b == b.b && a.a == b.a;
 }
 
-bool SameSpace(const TEXTURE_SPACE& a, const TEXTURE_SPACE& b) {
-    return a.ts_s == b.ts_s && a.ts_x == b.ts_x && a.ts_y == b.ts_y && a.ts_z == b.ts_z;
+bool SameMapping(const TEX_INFO& a, const TEX_INFO& b) {
+    return a == b && SameBits(a.shift, b.shift) && SameBits(a.scale, b.scale) && SameBits(a.size, b.size) &&
+           SameBits(a.rotation, b.rotation);
 }
 
 bool SameRow(const MaterialRow& a, const MaterialRow& b) {
@@ -60,7 +76,7 @@ bool SameFields(const Brush& a, const Brush& b) {
            a.time_scale == b.time_scale && a.rotation_factor == b.rotation_factor && a.mass == b.mass &&
            a.coll_dmg == b.coll_dmg && a.touch_dmg == b.touch_dmg && a.link_action == b.link_action &&
            a.is_hidden == b.is_hidden && a.is_frozen == b.is_frozen && a.color == b.color &&
-           SameColor(a.color_vector, b.color_vector) && a.bbox == b.bbox && a.pivot == b.pivot &&
+           SameColor(a.color_vector, b.color_vector) && SameBits(a.bbox, b.bbox) && SameBits(a.pivot, b.pivot) &&
            a.terrain_vertex_size == b.terrain_vertex_size && a.surfaces.size() == b.surfaces.size() &&
            a.curved_surfaces.size() == b.curved_surfaces.size();
 }
@@ -68,7 +84,7 @@ bool SameFields(const Brush& a, const Brush& b) {
 bool SameParameter(const EntityParameter& a, const EntityParameter& b) {
     const COLOR &ca = a.p_color, &cb = b.p_color;
     return a.name == b.name && a.type == b.type && a.p_bool == b.p_bool && a.p_int == b.p_int &&
-           a.p_float == b.p_float && a.p_vector2 == b.p_vector2 && a.p_vector3 == b.p_vector3 &&
+           SameBits(a.p_float, b.p_float) && SameBits(a.p_vector2, b.p_vector2) && SameBits(a.p_vector3, b.p_vector3) &&
            ca.dw_color == cb.dw_color && ca.r == cb.r && ca.g == cb.g && ca.b == cb.b && ca.a == cb.a &&
            a.p_text == b.p_text && a.constant == b.constant && a.comment == b.comment;
 }
@@ -77,7 +93,7 @@ bool SameParameter(const EntityParameter& a, const EntityParameter& b) {
 bool SameEntity(const Entity& a, const Entity& b) {
     return a.name == b.name && a.directory == b.directory && a.actor_file == b.actor_file &&
            a.mesh_file == b.mesh_file && a.trace_entity == b.trace_entity && a.one_cell_only == b.one_cell_only &&
-           a.variable_name == b.variable_name && a.position == b.position && a.offset == b.offset &&
+           a.variable_name == b.variable_name && SameBits(a.position, b.position) && SameBits(a.offset, b.offset) &&
            a.str_type == b.str_type && a.enum_type == b.enum_type && a.sort_index == b.sort_index &&
            a.is_hidden == b.is_hidden && a.is_hidden_by_clipbox == b.is_hidden_by_clipbox &&
            a.is_hidden_special == b.is_hidden_special && a.model == b.model && a.color == b.color &&
@@ -175,17 +191,18 @@ void ObjectCopy::RestoreDecals(Brush& restored, World& world) const {
 bool ObjectCopy::SameSurface(const Surface& copy, const Surface& live, const World& world) const {
     TEX_INFO mapping = copy.texture;
     mapping.index = live.texture.index;
-    if (mapping != live.texture)
+    if (!SameMapping(mapping, live.texture))
         return false;
     const MaterialRow* row = MaterialOf(copy.texture.index);
     const int32_t index = live.texture.index;
     const bool same_material =
         row ? index > 0 && index < world.GetMaterialCount() && SameRow(*row, world.material[static_cast<size_t>(index)])
             : copy.texture.index == index;
-    return same_material && copy.vertices == live.vertices && copy.normal == live.normal && copy.uv == live.uv &&
-           copy.diffuse == live.diffuse && copy.extra_diffuse == live.extra_diffuse &&
-           copy.tri_indices == live.tri_indices && copy.edge_indices == live.edge_indices && copy.cp == live.cp &&
-           copy.cp_count == live.cp_count && SameSpace(copy.texture_space, live.texture_space);
+    return same_material && SameBits(copy.vertices, live.vertices) && SameBits(copy.normal, live.normal) &&
+           SameBits(copy.uv, live.uv) && SameBits(copy.diffuse, live.diffuse) &&
+           SameBits(copy.extra_diffuse, live.extra_diffuse) && SameBits(copy.tri_indices, live.tri_indices) &&
+           SameBits(copy.edge_indices, live.edge_indices) && SameBits(copy.cp, live.cp) &&
+           copy.cp_count == live.cp_count && SameBits(copy.texture_space, live.texture_space);
 }
 
 bool ObjectCopy::Equals(const BaseObject& live, const World& world) const {

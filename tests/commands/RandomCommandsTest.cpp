@@ -165,3 +165,31 @@ TEST_F(RandomCommands, AreUndoneToTheByte) {
         }
     }
 }
+
+TEST_F(RandomCommands, LeaveNoModeThatNeedsAButton) {
+    constexpr uint32_t SEEDS = 4;
+    constexpr int STEPS = 120;
+    WriteBytes("heights.tga", TargaBytes(4, 4, 8));
+    for (uint32_t seed = 1; seed <= SEEDS; ++seed) {
+        Fresh(seed);
+        interface->settings.full_undo = seed % 2 == 0;
+        std::string before;
+        for (int step = 0; step < STEPS && Level().GetBrushCount() < 60; ++step) {
+            const std::string lines = Below(12) == 0 ? "key Ctrl+Z\n" : Below(20) == 0 ? "key Ctrl+Y\n" : Step();
+            Run(lines);
+            const EditorState state = interface->editor_state;
+            const std::string where = Format("seed %u step %d state %u after\n", seed, step, state) + before + lines;
+            ASSERT_FALSE(state == ES_PAN || state == ES_CREATE_BRUSH || state == ES_EDIT || state == ES_ROTATE ||
+                         state == ES_DRAG_SELECT || state == ES_VERTEX_MOVE)
+                << where;
+            ASSERT_FALSE(interface->drag_box_active) << where;
+            ASSERT_TRUE(state == ES_VERTEX || Level().so_vertex.empty() || interface->settings.show_sel_wire) << where;
+            ASSERT_TRUE(state == ES_EXTRUDABLE || interface->MouseRelease()) << where;
+            ASSERT_EQ(BrokenRule(Level()), "") << where;
+            const SceneState rested = StateOf(Level());
+            Run("mouse top move " + Pixel() + "\nmouse perspective move " + Pixel() + "\n");
+            ASSERT_EQ(Difference(rested, StateOf(Level())), "") << where;
+            before = lines;
+        }
+    }
+}

@@ -97,6 +97,7 @@ const std::vector<Edit> EDITS = {
          w.brush[0]->surfaces[1].vertices[2].y += 3.7f;
          w.brush[0]->RecalcBBox();
      }},
+    {"the sign of a zero", [](World& w) { w.brush[0]->surfaces[1].vertices[0].z = -0.0f; }},
     {"a control point",
      [](World& w) {
          w.brush[3]->curved_surfaces[0].cp[4].y += 31.3f;
