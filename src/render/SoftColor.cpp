@@ -1,6 +1,7 @@
 // The colours of runs of pixels of the software device. Textures as the views use them are read in whole words; the
 // sums are of whole numbers, so that their order does not show.
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "render/SoftFill.h"
@@ -10,6 +11,8 @@ namespace {
 
 constexpr double SUBPIXELS = 256; // of a pixel
 constexpr uint32_t WHOLE = 255;
+constexpr int BLOCK = 8; // pixels of a row that share a level of a texture
+constexpr double BLOCK_SUBPIXELS = BLOCK * SUBPIXELS;
 
 int ToByte(double value) { return static_cast<int>(std::clamp(value, 0.0, 255.0) + 0.5); }
 
@@ -88,24 +91,55 @@ bool SoftPixel::RepeatsOneTexture() const {
     return stage_count == 1 && stages[0].address[0] == TA_WRAP && stages[0].address[1] == TA_WRAP;
 }
 
+// The level whose texels come nearest to the size of a pixel: one for a block of pixels of a row.
+uint32_t SoftPixel::LevelAt(const SoftFill& fill, const Stage& stage, double across, double down) {
+    if (stage.last_level == 0)
+        return 0;
+    const SoftFill::Plane &rhw = fill.planes[SoftFill::V_RHW], *const uv =
+                                                                   fill.planes + SoftFill::V_UV + stage.coordinates;
+    const auto origin = static_cast<double>(fill.x);
+    const double middle = (std::floor((across + origin) / BLOCK_SUBPIXELS) + 0.5) * BLOCK_SUBPIXELS - origin;
+    const double place =
+        rhw.At(middle, down) > 0 ? middle : across; // outside of the primitive it may be behind the eye
+    const double w = 1.0 / rhw.At(place, down), u = uv[0].At(place, down) * w, v = uv[1].At(place, down) * w;
+    const double to_x = w * SUBPIXELS * stage.texture->Width(), to_y = w * SUBPIXELS * stage.texture->Height();
+    const auto square = [&](double du, double dv, double dw) { // of the texels that a step of a pixel passes
+        const double x = (du - u * dw) * to_x, y = (dv - v * dw) * to_y;
+        return x * x + y * y;
+    };
+    const double texels =
+        std::max(square(uv[0].right, uv[1].right, rhw.right), square(uv[0].down, uv[1].down, rhw.down));
+    constexpr double LEAST = 2, MOST = 0x1p60; // a level n has squares from 2^(2n - 1) to 2^(2n + 1)
+    if (!(texels >= LEAST))
+        return 0;
+    return std::min(stage.last_level, static_cast<uint32_t>(std::ilogb(std::min(texels, MOST)) + 1) / 2);
+}
+
+// The pixels of a run from one on that have the same levels.
+int SoftPixel::EndOfBlock(const SoftFill& fill, double across, int from, int count) const {
+    if (!has_levels)
+        return count;
+    const int64_t pixel = (static_cast<int64_t>(across) + fill.x) / static_cast<int64_t>(SUBPIXELS) + from;
+    return std::min(count, from + BLOCK - static_cast<int>(pixel % BLOCK));
+}
+
 // As Sample, of red, green and blue.
-void SoftPixel::SampleWords(const Stage& stage, float u, float v, uint32_t (&rgb)[3]) {
+void SoftPixel::SampleWords(const Stage& stage, const SoftSurface::Level& level, float u, float v, uint32_t (&rgb)[3]) {
     constexpr int64_t TEXEL = 256;
-    const SoftSurface& texture = *stage.texture;
-    const uint32_t width = texture.Width(), height = texture.Height();
+    const uint32_t width = level.width, height = level.height;
     const bool repeats_u = stage.address[0] == TA_WRAP, repeats_v = stage.address[1] == TA_WRAP;
     int64_t x = ToSubtexels(u, width), y = ToSubtexels(v, height);
     if (!stage.smooth) {
         const uint32_t word =
-            WordAt(texture.Row(PlaceOf(y >> 8, height, repeats_v)), PlaceOf(x >> 8, width, repeats_u));
+            WordAt(level.WordRow(PlaceOf(y >> 8, height, repeats_v)), PlaceOf(x >> 8, width, repeats_u));
         rgb[0] = word >> 16 & 255, rgb[1] = word >> 8 & 255, rgb[2] = word & 255;
         return;
     }
     x -= TEXEL / 2, y -= TEXEL / 2; // from the centres of the texels
     const auto right = static_cast<uint32_t>(x & 255), down = static_cast<uint32_t>(y & 255);
     x >>= 8, y >>= 8;
-    const uint8_t* const upper = texture.Row(PlaceOf(y, height, repeats_v));
-    const uint8_t* const lower = texture.Row(PlaceOf(y + 1, height, repeats_v));
+    const uint8_t* const upper = level.WordRow(PlaceOf(y, height, repeats_v));
+    const uint8_t* const lower = level.WordRow(PlaceOf(y + 1, height, repeats_v));
     const uint32_t x0 = PlaceOf(x, width, repeats_u), x1 = PlaceOf(x + 1, width, repeats_u);
     const uint32_t word = MixOf(upper, lower, x0, x1, right, down);
     rgb[0] = word >> 16, rgb[1] = word >> 8 & 255, rgb[2] = word & 255;
@@ -116,36 +150,40 @@ template <bool SMOOTH>
 void SoftPixel::ColorTexture(const SoftFill& fill, double across, double down, uint32_t* pixels, int count) const {
     constexpr int64_t TEXEL = 256;
     const Stage& stage = stages[0];
-    const uint32_t width = stage.texture->Width(), height = stage.texture->Height();
-    const int64_t last_x = int64_t{width} - 1, last_y = int64_t{height} - 1;
-    const uint8_t* const texels = stage.texture->Row(0);
-    const auto row_at = [&](int64_t y) { return texels + static_cast<size_t>(y & last_y) * width * sizeof(uint32_t); };
-    const auto column_at = [&](int64_t x) { return static_cast<uint32_t>(x & last_x); };
-    const auto texel_at = [&](int64_t x, int64_t y) {
-        if constexpr (!SMOOTH)
-            return WordAt(row_at(y >> 8), column_at(x >> 8));
-        x -= TEXEL / 2, y -= TEXEL / 2; // from the centres of the texels
-        const auto right = static_cast<uint32_t>(x & 255), below = static_cast<uint32_t>(y & 255);
-        x >>= 8, y >>= 8;
-        const uint8_t *const upper = row_at(y), *const lower = row_at(y + 1);
-        return MixOf(upper, lower, column_at(x), column_at(x + 1), right, below);
-    };
     const auto red = static_cast<uint32_t>(fill.color[0]), green = static_cast<uint32_t>(fill.color[1]),
                blue = static_cast<uint32_t>(fill.color[2]);
     const bool as_is = stage.color_op == OP_SELECTARG1 || (red & green & blue) == WHOLE;
-
     const SoftFill::Plane* const uv = fill.planes + SoftFill::V_UV + stage.coordinates;
-    SoftFill::Doubles place = {across, across + SUBPIXELS};
-    for (int i = 0; i < count; i += 2, place += 2 * SUBPIXELS) {
-        const SoftFill::Doubles w = 1.0 / fill.planes[SoftFill::V_RHW].At(place, down);
-        const SoftFill::Doubles u = uv[0].At(place, down) * w, v = uv[1].At(place, down) * w;
-        for (int k = 0; k < std::min(2, count - i); ++k) {
-            const uint32_t word =
-                texel_at(ToSubtexels(static_cast<float>(u[k]), width), ToSubtexels(static_cast<float>(v[k]), height));
-            pixels[i + k] = as_is ? word & 0xFFFFFF
-                                  : Times(word >> 16 & 255, red) << 16 | Times(word >> 8 & 255, green) << 8 |
-                                        Times(word & 255, blue);
+    for (int first = 0; first < count;) {
+        const double start = across + first * SUBPIXELS;
+        const SoftSurface::Level level = stage.texture->LevelAt(LevelAt(fill, stage, start, down));
+        const uint32_t width = level.width, height = level.height;
+        const int64_t last_x = int64_t{width} - 1, last_y = int64_t{height} - 1;
+        const auto row_at = [&](int64_t y) { return level.WordRow(static_cast<uint32_t>(y & last_y)); };
+        const auto column_at = [&](int64_t x) { return static_cast<uint32_t>(x & last_x); };
+        const auto texel_at = [&](int64_t x, int64_t y) {
+            if constexpr (!SMOOTH)
+                return WordAt(row_at(y >> 8), column_at(x >> 8));
+            x -= TEXEL / 2, y -= TEXEL / 2; // from the centres of the texels
+            const auto right = static_cast<uint32_t>(x & 255), below = static_cast<uint32_t>(y & 255);
+            x >>= 8, y >>= 8;
+            const uint8_t *const upper = row_at(y), *const lower = row_at(y + 1);
+            return MixOf(upper, lower, column_at(x), column_at(x + 1), right, below);
+        };
+        SoftFill::Doubles place = {start, start + SUBPIXELS};
+        const int end = EndOfBlock(fill, across, first, count);
+        for (int i = first; i < end; i += 2, place += 2 * SUBPIXELS) {
+            const SoftFill::Doubles w = 1.0 / fill.planes[SoftFill::V_RHW].At(place, down);
+            const SoftFill::Doubles u = uv[0].At(place, down) * w, v = uv[1].At(place, down) * w;
+            for (int k = 0; k < std::min(2, end - i); ++k) {
+                const uint32_t word = texel_at(ToSubtexels(static_cast<float>(u[k]), width),
+                                               ToSubtexels(static_cast<float>(v[k]), height));
+                pixels[i + k] = as_is ? word & 0xFFFFFF
+                                      : Times(word >> 16 & 255, red) << 16 | Times(word >> 8 & 255, green) << 8 |
+                                            Times(word & 255, blue);
+            }
         }
+        first = end;
     }
 }
 
@@ -153,7 +191,13 @@ void SoftPixel::ColorWords(const SoftFill& fill, double across, double down, uin
     uint32_t diffuse[3] = {};
     for (int c = 0; c < 3; ++c)
         diffuse[c] = static_cast<uint32_t>(fill.color[c]);
-    for (int i = 0; i < count; ++i, across += SUBPIXELS) {
+    SoftSurface::Level levels[TEXTURE_STAGES];
+    for (int i = 0, end = 0; i < count; ++i, across += SUBPIXELS) {
+        if (i == end) {
+            for (uint32_t s = 0; s < stage_count; ++s)
+                levels[s] = stages[s].texture->LevelAt(LevelAt(fill, stages[s], across, down));
+            end = EndOfBlock(fill, across - i * SUBPIXELS, i, count);
+        }
         const double w = 1.0 / fill.planes[SoftFill::V_RHW].At(across, down);
         for (int c = 0; !fill.one_color && c < 3; ++c)
             diffuse[c] = static_cast<uint32_t>(ToByte(fill.planes[SoftFill::V_COLOR + c].At(across, down) * w));
@@ -162,7 +206,7 @@ void SoftPixel::ColorWords(const SoftFill& fill, double across, double down, uin
             const Stage& stage = stages[s];
             const SoftFill::Plane* const planes = fill.planes + SoftFill::V_UV + stage.coordinates;
             uint32_t texel[3];
-            SampleWords(stage, static_cast<float>(planes[0].At(across, down) * w),
+            SampleWords(stage, levels[s], static_cast<float>(planes[0].At(across, down) * w),
                         static_cast<float>(planes[1].At(across, down) * w), texel);
             const bool selects = stage.color_op == OP_SELECTARG1;
             const uint32_t* const other = stage.color_arg[1] == ARG_DIFFUSE ? diffuse : current;
@@ -193,10 +237,12 @@ void SoftPixel::Color(const SoftFill& fill, double across, double down, uint32_t
     }
 }
 
-void SoftPixel::Take(const SoftFill& fill, double across, double down, Input& input) {
+void SoftPixel::Take(const SoftFill& fill, double across, double down, Input& input) const {
     const double w = 1.0 / fill.planes[SoftFill::V_RHW].At(across, down);
     for (int c = 0; !fill.one_color && c < 4; ++c)
         input.color[c] = ToByte(fill.planes[SoftFill::V_COLOR + c].At(across, down) * w);
     for (int k = SoftFill::V_UV; k < fill.value_count; ++k)
         input.uv[k - SoftFill::V_UV] = static_cast<float>(fill.planes[k].At(across, down) * w);
+    for (uint32_t s = 0; has_levels && s < stage_count; ++s)
+        input.level[s] = static_cast<uint8_t>(LevelAt(fill, stages[s], across, down));
 }

@@ -112,6 +112,9 @@ SoftPixel::SoftPixel(const SoftState& device_state, const SoftTarget& picture)
         stage.address[0] = values[TSS_ADDRESSU];
         stage.address[1] = values[TSS_ADDRESSV];
         stage.smooth = values[TSS_MAGFILTER] >= TF_LINEAR;
+        if (stage.texture && values[TSS_MIPFILTER] != MF_NONE)
+            stage.last_level = stage.texture->Levels() - 1;
+        has_levels = has_levels || stage.last_level > 0;
         stage.color_op = values[TSS_COLOROP];
         stage.color_arg[0] = values[TSS_COLORARG1], stage.color_arg[1] = values[TSS_COLORARG2];
         stage.alpha_op = values[TSS_ALPHAOP];
@@ -127,16 +130,18 @@ SoftPixel::SoftPixel(const SoftState& device_state, const SoftTarget& picture)
 }
 
 // Without a texture: white.
-void SoftPixel::Sample(const Stage& stage, const float* uv, int (&rgba)[4]) {
+void SoftPixel::Sample(const Stage& stage, uint32_t number, const float* uv, int (&rgba)[4]) {
     if (!stage.texture) {
         std::fill_n(rgba, 4, WHOLE);
         return;
     }
     constexpr int64_t TEXEL = 256;
-    const uint32_t width = stage.texture->Width(), height = stage.texture->Height();
+    const SoftSurface::Level level = stage.texture->LevelAt(number);
+    const uint32_t width = level.width, height = level.height;
     int64_t u = ToSubtexels(uv[stage.coordinates], width), v = ToSubtexels(uv[stage.coordinates + 1], height);
     const auto read = [&](int64_t x, int64_t y, int(&texel)[4]) {
-        stage.texture->ReadTexel(Addressed(x, width, stage.address[0]), Addressed(y, height, stage.address[1]), texel);
+        stage.texture->ReadTexel(level, Addressed(x, width, stage.address[0]), Addressed(y, height, stage.address[1]),
+                                 texel);
     };
     if (!stage.smooth) {
         read(u >> 8, v >> 8, rgba);
@@ -159,7 +164,7 @@ void SoftPixel::RunStages(const Input& input, int (&rgba)[4]) const {
     for (uint32_t i = 0; i < stage_count; ++i) {
         const Stage& stage = stages[i];
         int texel[4];
-        Sample(stage, input.uv, texel);
+        Sample(stage, input.level[i], input.uv, texel);
         const int current[4] = {rgba[0], rgba[1], rgba[2], rgba[3]};
         const auto argument = [&](uint32_t arg, int channel) {
             const int from = (arg & ARG_ALPHAREPLICATE) != 0 ? ALPHA : channel;

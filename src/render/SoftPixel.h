@@ -19,8 +19,9 @@ struct SoftFill;
 class SoftPixel {
 public:
     struct Input {
-        int color[4];     // red, green, blue, alpha, 0 to 255
-        float uv[6] = {}; // the coordinate sets
+        int color[4];                       // red, green, blue, alpha, 0 to 255
+        float uv[6] = {};                   // the coordinate sets
+        uint8_t level[TEXTURE_STAGES] = {}; // of the texture of each stage
     };
     struct FlatColor {      // what the stages make of one colour
         bool drawn = false; // the alpha test lets it through
@@ -41,7 +42,7 @@ public:
     // what is opaque.
     void Color(const SoftFill& fill, double across, double down, uint32_t* pixels, int count) const;
     // The values of one pixel; its colour is left as it is when the fill has but one.
-    static void Take(const SoftFill& fill, double across, double down, Input& input);
+    void Take(const SoftFill& fill, double across, double down, Input& input) const;
 
     // Only pixels no farther than what is there are drawn.
     bool HidesBehind() const {
@@ -66,12 +67,15 @@ private:
         uint32_t coordinates = 0; // of uv
         uint32_t address[2] = {};
         bool smooth = false;
-        bool modulates = false; // colour: the texture times the vertex colour
+        uint32_t last_level = 0; // the smallest that may be drawn
+        bool modulates = false;  // colour: the texture times the vertex colour
         uint32_t color_op = 0, color_arg[2] = {}, alpha_op = 0, alpha_arg[2] = {};
     };
 
-    static void Sample(const Stage& stage, const float* uv, int (&rgba)[4]);
-    static void SampleWords(const Stage& stage, float u, float v, uint32_t (&rgb)[3]);
+    static void Sample(const Stage& stage, uint32_t level, const float* uv, int (&rgba)[4]);
+    static void SampleWords(const Stage& stage, const SoftSurface::Level& level, float u, float v, uint32_t (&rgb)[3]);
+    static uint32_t LevelAt(const SoftFill& fill, const Stage& stage, double across, double down);
+    int EndOfBlock(const SoftFill& fill, double across, int from, int count) const;
     bool HasWordStages() const;
     bool RepeatsOneTexture() const; // of those with word stages
     template <bool SMOOTH>
@@ -84,6 +88,7 @@ private:
     SoftTarget target;
     Stage stages[TEXTURE_STAGES];
     uint32_t stage_count = 0, coordinate_sets = 0;
+    bool has_levels = false;      // of any stage
     bool word_stages = false;     // all of them are simple enough for ColorWords
     bool repeats_texture = false; // and there is but one, simple enough for ColorTexture
     bool depth_test, depth_write, alpha_test, blend;

@@ -210,7 +210,7 @@ void SoftRaster::ColorSpan(size_t at, size_t end, double across, double down, co
         const float depth = ToDepth(fill.planes[V_DEPTH].At(across, down));
         if (!pixel.DepthPasses(at, depth))
             continue;
-        SoftPixel::Take(fill, across, down, input);
+        pixel.Take(fill, across, down, input);
         Settle(at);
         pixel.Put(at, depth, input);
     }

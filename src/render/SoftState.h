@@ -25,18 +25,25 @@ public:
     bool IsWholeBytes() const { return whole_bytes; }       // 0xAARRGGBB, with or without alpha
     void Widen(const uint8_t* pixel, int (&rgba)[4]) const; // as ReadTexel, of a pixel of any format and level
 
-    const uint8_t* Row(uint32_t y) const { return pixels.data() + static_cast<size_t>(y) * Pitch(0); } // of level 0
+    struct Level { // of the first face
+        const uint8_t* texels;
+        uint32_t width, height;
 
-    // A pixel of level 0 with every channel widened to 0 to 255: red, green, blue, alpha. A channel that the format
-    // lacks is 255.
-    void ReadTexel(uint32_t x, uint32_t y, int (&rgba)[4]) const {
+        const uint8_t* WordRow(uint32_t y) const { return texels + static_cast<size_t>(y) * width * sizeof(uint32_t); }
+    };
+    Level LevelAt(uint32_t level) const {
+        return {pixels.data() + offsets[level], LevelSide(width, level), LevelSide(height, level)};
+    }
+
+    // A pixel with every channel widened to 0 to 255: red, green, blue, alpha. A channel that the format lacks is 255.
+    void ReadTexel(const Level& level, uint32_t x, uint32_t y, int (&rgba)[4]) const {
+        const uint8_t* const texel = level.texels + (static_cast<size_t>(y) * level.width + x) * pixel_size;
         if (!whole_bytes) {
-            Widen(pixels.data() + static_cast<size_t>(y) * Pitch(0) + static_cast<size_t>(x) * pixel_size, rgba);
+            Widen(texel, rgba);
             return;
         }
-        const uint8_t* const bgra = pixels.data() + (static_cast<size_t>(y) * width + x) * 4;
-        rgba[0] = bgra[2], rgba[1] = bgra[1], rgba[2] = bgra[0];
-        rgba[3] = largest[3] != 0 ? bgra[3] : 255;
+        rgba[0] = texel[2], rgba[1] = texel[1], rgba[2] = texel[0];
+        rgba[3] = largest[3] != 0 ? texel[3] : 255;
     }
 
 private:

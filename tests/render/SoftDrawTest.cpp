@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -327,6 +328,81 @@ TEST_F(SoftDrawTest, LinesAndPoints) {
     crEnd();
     EXPECT_EQ(CountOf(0x050505), 2);
     EXPECT_EQ(At(40, 41), 0x050505u);
+}
+
+TEST_F(SoftDrawTest, SmallerLevelsAreDrawnWhereAPixelPassesManyTexels) {
+    constexpr uint32_t TEXELS = 64;
+    const std::vector<uint32_t> colors = {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFF00, 0xFF00FF, 0x00FFFF};
+    const uint32_t handle = MakeTexture(TEXELS, TEXELS, std::vector<uint32_t>(TEXELS * TEXELS, 0xFF000000 | colors[0]));
+    ASSERT_EQ(crTRecord(handle)->surface->Levels(), colors.size());
+    for (uint32_t level = 1; level < colors.size(); ++level)
+        ASSERT_EQ(
+            crTFillTexture(handle, std::vector<uint32_t>(TEXELS * TEXELS, 0xFF000000 | colors[level]).data(), level, 0),
+            0);
+    crTexture(handle, 0);
+    struct Case {
+        float texels; // a pixel
+        size_t level; // between its neighbours by the square root of two
+    };
+    const Case cases[] = {{0.5f, 0}, {1, 0},     {1.41f, 0}, {1.42f, 1}, {2, 1},
+                          {2.8f, 1}, {2.84f, 2}, {4, 2},     {32, 5},    {1000, 5}};
+    const auto draw = [](float texels, uint32_t last_color) {
+        crBegin(PT_TRI_FAN, VT_XYZRHW | VT_DIFFUSE | VT_TEX1);
+        for (const auto& [x, y] :
+             {std::pair{0.0f, 0.0f}, std::pair{64.0f, 0.0f}, std::pair{64.0f, 64.0f}, std::pair{0.0f, 64.0f}}) {
+            crRHW(1);
+            crUV(x * texels / TEXELS, y * texels / TEXELS);
+            Vertex(x, y, 0, x == 0 && y > 0 ? last_color : WHITE);
+        }
+        crEnd();
+    };
+    for (const MFType filter : {MF_NONE, MF_POINT, MF_LINEAR})
+        for (const TFType smooth : {TF_POINT, TF_LINEAR})
+            for (const bool tested : {false, true})
+                for (const uint32_t last_color : {WHITE, 0xFEFFFFFFu}) // one colour for all, or one for each pixel
+                    for (const Case& c : cases) {
+                        criSetStageValue(0, TSS_MIPFILTER, filter);
+                        criSetStageValue(0, TSS_MAGFILTER, smooth);
+                        crAlphaTest(tested ? CMP_GREATER : CMP_OFF);
+                        draw(c.texels, last_color);
+                        EXPECT_EQ(CountOf(colors[filter == MF_NONE ? 0 : c.level]), 64 * 64)
+                            << c.texels << " " << filter << " " << tested;
+                    }
+}
+
+// A floor that runs away: the size of a step is measured between neighbouring pixels.
+TEST_F(SoftDrawTest, LevelsFollowThePerspective) {
+    constexpr uint32_t TEXELS = 64;
+    const std::vector<uint32_t> colors = {0xFF0000, 0x00FF00, 0x0000FF, 0xFFFF00, 0xFF00FF, 0x00FFFF};
+    const uint32_t handle = MakeTexture(TEXELS, TEXELS, std::vector<uint32_t>(TEXELS * TEXELS, 0xFF000000 | colors[0]));
+    for (uint32_t level = 1; level < colors.size(); ++level)
+        crTFillTexture(handle, std::vector<uint32_t>(TEXELS * TEXELS, 0xFF000000 | colors[level]).data(), level, 0);
+    crTexture(handle, 0);
+    criSetStageValue(0, TSS_MIPFILTER, MF_POINT);
+    constexpr double NEAR = 1, FAR = 16;
+    ScreenQuad({{0, 0, 1 / 16.0f, -16, 16}, {64, 0, 1 / 16.0f, 16, 16}, {64, 64, 1, 1, 1}, {0, 64, 1, -1, 1}});
+    const std::vector<uint32_t> picture = Picture();
+    const auto place = [](double x, double y) { // in texels
+        const double distance = 1 / (1 / FAR + (1 / NEAR - 1 / FAR) * y / 64);
+        return std::pair{(x - 32) / 32 * distance * TEXELS, distance * TEXELS};
+    };
+    std::vector<int> seen(colors.size());
+    for (uint32_t y = 0; y < SIDE; ++y)
+        for (uint32_t x = 0; x < SIDE; ++x) {
+            const double cx = x / 8 * 8 + 4, cy = y + 0.5; // eight pixels share a level
+            constexpr double H = 0.01;
+            const auto [u1, v1] = place(cx - H, cy);
+            const auto [u2, v2] = place(cx + H, cy);
+            const auto [u3, v3] = place(cx, cy - H);
+            const auto [u4, v4] = place(cx, cy + H);
+            const double step = std::max(std::hypot(u2 - u1, v2 - v1), std::hypot(u4 - u3, v4 - v3)) / (2 * H);
+            const double level = std::log2(step), whole = std::clamp(std::round(level), 0.0, 5.0);
+            if (std::fabs(std::fabs(level - std::floor(level)) - 0.5) < 0.01)
+                continue; // either
+            ASSERT_EQ(picture[y * SIDE + x], colors[static_cast<size_t>(whole)]) << x << "," << y;
+            ++seen[static_cast<size_t>(whole)];
+        }
+    EXPECT_GE(std::count_if(seen.begin(), seen.end(), [](int n) { return n > 0; }), 4);
 }
 
 TEST_F(SoftDrawTest, WildInputIsLeftOutOrCut) {
