@@ -3,10 +3,13 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QtMath>
+#include <algorithm>
 
 namespace {
 
-constexpr int MOST_PICTURES = 2048; // kept, of 16 KiB each
+constexpr int MOST_PICTURES = 2048; // kept, of 16 KiB each at scale 1
+constexpr int MOST_SCALE = 4;
 constexpr int MARGIN = 6;
 constexpr int TILE_WIDTH = THUMBNAIL_SIDE + 4 * MARGIN;
 
@@ -26,7 +29,8 @@ public:
             painter->fillRect(option.rect, option.palette.highlight());
         const QRect field(option.rect.left() + (option.rect.width() - THUMBNAIL_SIDE) / 2, option.rect.top() + MARGIN,
                           THUMBNAIL_SIDE, THUMBNAIL_SIDE);
-        const QPixmap picture = model->Picture(index.row());
+        const QPixmap picture = model->Picture(index.row(), painter->device()->devicePixelRatioF());
+        painter->setRenderHint(QPainter::SmoothPixmapTransform); // where the scale is no whole number
         if (picture.isNull())
             painter->fillRect(field, option.palette.mid());
         else
@@ -101,11 +105,14 @@ QVariant ThumbnailModel::data(const QModelIndex& index, int role) const {
     }
 }
 
-QPixmap ThumbnailModel::Picture(int row) {
+QPixmap ThumbnailModel::Picture(int row, qreal scale) {
     const ThumbnailRow& r = rows[static_cast<size_t>(row)];
-    if (const QPixmap* picture = pictures.object(r.key))
+    const int whole = std::clamp(qCeil(scale), 1, MOST_SCALE);
+    const QString key = QString::number(whole) + r.key;
+    if (const QPixmap* picture = pictures.object(key))
         return *picture;
-    pool.Request(r.key, [make = r.make, used = r.used](Thumbnail& thumbnail) {
+    pool.Request(key, [make = r.make, used = r.used, whole](Thumbnail& thumbnail) {
+        thumbnail = Thumbnail(whole);
         const bool made = make(thumbnail);
         thumbnail.DrawFrame(used);
         return made;
@@ -114,14 +121,15 @@ QPixmap ThumbnailModel::Picture(int row) {
 }
 
 void ThumbnailModel::TakePicture(const QString& key, const Thumbnail& thumbnail, bool made) {
-    const QImage image(reinterpret_cast<const uchar*>(thumbnail.pixels.data()), THUMBNAIL_SIDE, THUMBNAIL_SIDE,
+    const QImage image(reinterpret_cast<const uchar*>(thumbnail.pixels.data()), thumbnail.Side(), thumbnail.Side(),
                        QImage::Format_RGB32);
     // A copy: the image only borrows the pixels. The empty field stands for what cannot be made.
-    pictures.insert(key, new QPixmap(QPixmap::fromImage(image.copy())));
+    pictures.insert(key, new QPixmap(QPixmap::fromImage(image.copy())), thumbnail.scale * thumbnail.scale);
+    const QString of_row = key.mid(1); // without the scale
     if (made && thumbnail.texture_size.cx > 0)
-        sizes.insert(key, tr("%1 x %2").arg(thumbnail.texture_size.cx).arg(thumbnail.texture_size.cy));
+        sizes.insert(of_row, tr("%1 x %2").arg(thumbnail.texture_size.cx).arg(thumbnail.texture_size.cy));
     for (int row = 0; row < rowCount(); ++row)
-        if (rows[static_cast<size_t>(row)].key == key)
+        if (rows[static_cast<size_t>(row)].key == of_row)
             emit dataChanged(index(row), index(row));
 }
 

@@ -28,8 +28,8 @@ public:
     void SetRows(std::vector<ThumbnailRow> new_rows);
     void SetRow(int row, ThumbnailRow changed);
     void ForgetPictures(); // all are made anew
-    // The picture of a row. A null one is on its way, or cannot be made.
-    QPixmap Picture(int row);
+    // The picture of a row, for a screen of this scale. A null one is on its way, or cannot be made.
+    QPixmap Picture(int row, qreal scale);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant data(const QModelIndex& index, int role) const override;

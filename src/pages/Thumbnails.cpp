@@ -79,15 +79,14 @@ uint32_t Mean(const std::vector<uint32_t>& pixels, int width, int x0, int y0, in
 
 // Centred on the field, shrunk where it is larger than the field.
 void DrawScaled(const std::vector<uint32_t>& pixels, int width, int height, Thumbnail& thumbnail) {
-    const int longest = std::max({width, height, THUMBNAIL_SIDE});
-    const int w = std::max(width * THUMBNAIL_SIDE / longest, 1), h = std::max(height * THUMBNAIL_SIDE / longest, 1);
-    const int left = (THUMBNAIL_SIDE - w) / 2, top = (THUMBNAIL_SIDE - h) / 2;
+    const int side = thumbnail.Side(), longest = std::max({width, height, THUMBNAIL_SIDE});
+    const int w = std::max(width * side / longest, 1), h = std::max(height * side / longest, 1);
+    const int left = (side - w) / 2, top = (side - h) / 2;
     for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x) {
             const int x0 = x * width / w, y0 = y * height / h;
             const int x1 = std::max((x + 1) * width / w, x0 + 1), y1 = std::max((y + 1) * height / h, y0 + 1);
-            thumbnail.pixels[static_cast<size_t>((top + y) * THUMBNAIL_SIDE + left + x)] =
-                Mean(pixels, width, x0, y0, x1, y1);
+            thumbnail.pixels[static_cast<size_t>((top + y) * side + left + x)] = Mean(pixels, width, x0, y0, x1, y1);
         }
 }
 
@@ -118,14 +117,16 @@ bool LoadCached(const std::string& path, uint64_t image_ticks, Thumbnail& thumbn
 
 } // namespace
 
-Thumbnail::Thumbnail() { pixels.fill(FIELD); }
+Thumbnail::Thumbnail(int screen_scale)
+    : scale(std::max(screen_scale, 1)), pixels(static_cast<size_t>(Side()) * static_cast<size_t>(Side()), FIELD) {}
 
 void Thumbnail::DrawFrame(bool used) {
     const uint32_t color = used ? USED_FRAME : FIELD;
-    for (size_t i = 0; i < THUMBNAIL_SIDE; ++i)
-        for (const size_t at : {i, i + THUMBNAIL_SIDE * (THUMBNAIL_SIDE - 1), i * THUMBNAIL_SIDE,
-                                i * THUMBNAIL_SIDE + THUMBNAIL_SIDE - 1})
-            pixels[at] = color;
+    const int side = Side();
+    for (int y = 0; y < side; ++y)
+        for (int x = 0; x < side; ++x)
+            if (std::min({x, y, side - 1 - x, side - 1 - y}) < scale)
+                pixels[static_cast<size_t>(y * side + x)] = color;
 }
 
 std::string ThumbnailPath(std::string_view texture_class, std::string_view texture_name) {
@@ -133,14 +134,15 @@ std::string ThumbnailPath(std::string_view texture_class, std::string_view textu
 }
 
 bool MakeThumbnail(std::string_view texture_class, std::string_view texture_name, Thumbnail& thumbnail) {
-    thumbnail = Thumbnail();
+    thumbnail = Thumbnail(thumbnail.scale);
     const std::string image = TexturePath(texture_class, texture_name);
     const std::string cached = ThumbnailPath(texture_class, texture_name);
     uint64_t image_ticks = 0;
     TGAInfoStruct info;
     if (!FileTicks(image, image_ticks))
         return false;
-    if (TGAClass::GetImageInfo(image, info) == PICTURE_OK && LoadCached(cached, image_ticks, thumbnail)) {
+    const bool is_kept = thumbnail.scale == 1;
+    if (is_kept && TGAClass::GetImageInfo(image, info) == PICTURE_OK && LoadCached(cached, image_ticks, thumbnail)) {
         thumbnail.texture_size = {info.width, info.height};
         return true;
     }
@@ -149,7 +151,8 @@ bool MakeThumbnail(std::string_view texture_class, std::string_view texture_name
         return false;
     thumbnail.texture_size = {info.width, info.height};
     DrawScaled(OpaquePixels(info), info.width, info.height, thumbnail);
-    Store(thumbnail, cached, image_ticks);
+    if (is_kept)
+        Store(thumbnail, cached, image_ticks);
     return true;
 }
 
@@ -158,6 +161,7 @@ bool LoadThumbnailPicture(std::string_view path, Thumbnail& thumbnail) {
     TGAInfoStruct info;
     if (!Load(std::string(path), picture, info) || info.width < THUMBNAIL_SIDE || info.height < THUMBNAIL_SIDE)
         return false;
+    thumbnail = Thumbnail();
     const std::vector<uint32_t> pixels = OpaquePixels(info);
     for (size_t y = 0; y < THUMBNAIL_SIDE; ++y)
         std::copy_n(pixels.begin() + static_cast<std::ptrdiff_t>(y * info.width), THUMBNAIL_SIDE,

@@ -10,7 +10,7 @@
 namespace {
 
 uint32_t At(const Thumbnail& thumbnail, int x, int y) {
-    return thumbnail.pixels[static_cast<size_t>(y * THUMBNAIL_SIDE + x)];
+    return thumbnail.pixels[static_cast<size_t>(y * thumbnail.Side() + x)];
 }
 
 void SetTime(const char* path, int64_t seconds) {
@@ -61,6 +61,32 @@ TEST_F(ThumbnailTest, LargeImagesShrinkByTheirLongerSide) {
     EXPECT_EQ(At(thumbnail, 0, 16), 0xFF0000FFu);
     EXPECT_EQ(At(thumbnail, 63, 47), 0xFFFF0000u);
     EXPECT_EQ(At(thumbnail, 63, 48), FIELD);
+}
+
+TEST_F(ThumbnailTest, FineScreensHaveEveryTexelAndTheCacheStays) {
+    std::vector<uint32_t> stripes(128 * 128, 0x000000);
+    for (size_t i = 0; i < stripes.size(); ++i)
+        if (i % 2 == 1)
+            stripes[i] = 0xFFFFFF;
+    WriteBytes("Textures/c/fine.tga", TargaBytes(128, 128, 24, stripes));
+    WriteBytes("Textures/c/small.tga", TargaBytes(8, 4, 24, 0x102030));
+    Thumbnail coarse, fine(2), small(2);
+    ASSERT_TRUE(MakeThumbnail("c", "fine", coarse));
+    EXPECT_EQ(At(coarse, 20, 20), 0xFF7F7F7Fu) << "a mean of both stripes";
+    const std::string cached = ReadBytes("Marrowstead/Cache/c/fine.tga");
+    ASSERT_TRUE(MakeThumbnail("c", "fine", fine));
+    ASSERT_EQ(fine.Side(), 128);
+    for (const int x : {20, 21, 127})
+        EXPECT_EQ(At(fine, x, 40), x % 2 == 1 ? 0xFFFFFFFFu : 0xFF000000u);
+    EXPECT_EQ(ReadBytes("Marrowstead/Cache/c/fine.tga"), cached);
+    fine.DrawFrame(true);
+    EXPECT_EQ(At(fine, 1, 60), 0xFFFF0000u);
+    EXPECT_NE(At(fine, 2, 60), 0xFFFF0000u);
+    ASSERT_TRUE(MakeThumbnail("c", "small", small));
+    for (const auto& [x, y] : {std::pair{56, 60}, std::pair{71, 67}}) // as large as at scale 1
+        EXPECT_EQ(At(small, x, y), 0xFF102030u);
+    EXPECT_EQ(At(small, 55, 60), FIELD);
+    EXPECT_EQ(At(small, 72, 67), FIELD);
 }
 
 TEST_F(ThumbnailTest, AlphaIsABlendTowardGrey) {
