@@ -1,5 +1,6 @@
 #include "commands/Recovery.h"
 
+#include <chrono>
 #include <fcntl.h>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -54,6 +55,24 @@ bool IsLeftOver(const std::string& lock) {
     if (descriptor >= 0)
         close(descriptor);
     return descriptor >= 0;
+}
+
+// How long ago a file was written.
+std::string AgeOf(const std::string& file) {
+    using std::chrono::minutes, std::chrono::hours;
+    std::error_code error;
+    const fs::file_time_type written = fs::last_write_time(file, error);
+    if (error)
+        return "some time";
+    const auto age = std::chrono::duration_cast<minutes>(fs::file_time_type::clock::now() - written);
+    const auto tell = [](int64_t count, const char* unit) {
+        return Format("%lld %s%s", static_cast<long long>(count), unit, count == 1 ? "" : "s");
+    };
+    if (age < minutes(1))
+        return "less than a minute";
+    if (age < hours(1))
+        return tell(age.count(), "minute");
+    return age < hours(24) ? tell(age / hours(1), "hour") : tell(age / hours(24), "day");
 }
 
 void RemoveFiles(std::initializer_list<std::string> files) {
@@ -204,9 +223,11 @@ void RecoveryFile::OpenMovie(const RecoveredLevel& level) {
 void RecoveryFile::Offer(CMarrowstead2Doc& document) {
     for (const RecoveredLevel& level : FindLeftOver()) {
         const std::string name = level.has_name ? "\"" + level.project_name + "\"" : "a level without a name";
-        const MessageAnswer answer = GetDesktop().MessageBox("The last run did not end in order. A copy of " + name +
-                                                                 " was kept. Do you want to open it?",
-                                                             "Marrowstead 2000", MessageButtons::YesNoCancel);
+        const MessageAnswer answer = GetDesktop().MessageBox(
+            "The last run did not end in order. A copy of " + name + " was kept " + AgeOf(level.copy) +
+                " ago. Do you want to open it?\n\n\"No\" deletes the copy for good. \"Cancel\" "
+                "keeps it, and the next start asks again.",
+            "Marrowstead 2000", MessageButtons::YesNoCancel);
         if (answer == MessageAnswer::Cancel)
             continue; // offered again at the next start
         if (answer == MessageAnswer::No) {

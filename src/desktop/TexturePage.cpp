@@ -89,7 +89,7 @@ QWidget* TexturePage::MakeLibrary() {
     search = new QLineEdit;
     search->setPlaceholderText(tr("Search all materials"));
     search->setClearButtonEnabled(true);
-    search->setToolTip(tr("Shows the materials whose name holds this text"));
+    search->setToolTip(tr("Shows the materials whose name or class holds this text"));
     tree = new QTreeWidget;
     tree->setHeaderHidden(true);
     tree->setUniformRowHeights(true);

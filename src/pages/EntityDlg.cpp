@@ -165,8 +165,11 @@ void EntityDlg::FillParameterList() {
     if (!chosen)
         return;
     const Entity* first = FirstSelectedEntity();
-    m_entity_type = first ? Format("Parameters of %s    (id = %u):", chosen->name.c_str(), first->GetObjectID())
-                          : Format("Parameters of %s:", chosen->name.c_str());
+    const int selected = first ? editor.world->entity_selection.GetItemCount() : 0;
+    m_entity_type = selected > 1 ? Format("Parameters of %s    (id = %u, the first of %d):", chosen->name.c_str(),
+                                          first->GetObjectID(), selected)
+                    : first      ? Format("Parameters of %s    (id = %u):", chosen->name.c_str(), first->GetObjectID())
+                                 : Format("Parameters of %s:", chosen->name.c_str());
     ChooseDefaults(*chosen);
     for (const EntityParameter& p : chosen->parameter)
         parameter_lines.push_back(p.name + " = " + ParameterText(p, LIST_DECIMALS));

@@ -121,18 +121,20 @@ SIZE TextureDlg::TextureSize(const std::string& texture_class, const std::string
     return texture_size[key] = size;
 }
 
-// Those materials that takes(class, material) picks and whose name holds the filter.
+// Those materials that takes(class, material) picks and whose name or class holds the filter.
 template <class Takes>
 std::vector<MaterialItem> TextureDlg::List(Takes takes) {
     std::vector<MaterialItem> list;
     const std::string part = ToLower(filter);
-    for (const auto& c : editor.materials.Classes())
+    for (const auto& c : editor.materials.Classes()) {
+        const bool whole_class = Holds(c.name, part);
         for (const auto& m : c.materials)
-            if (takes(c, m) && Holds(m.name, part)) {
+            if (takes(c, m) && (whole_class || Holds(m.name, part))) {
                 const MaterialProperties& p = m.properties;
                 list.push_back({c.name, m.name, p.texture_class, p.texture_name,
                                 TextureSize(p.texture_class, p.texture_name), m.used});
             }
+    }
     return list;
 }
 

@@ -1,4 +1,6 @@
 // The document commands: names, questions, recent files, decals, and work that survives failures and crashes.
+#include <chrono>
+
 #include "commands/Recovery.h"
 #include "commands/ScriptData.h"
 #include "foundation/Paths.h"
@@ -292,7 +294,21 @@ TEST_F(ScriptData, ACopyIsKeptAgainstACrashUntilTheWorkIsSaved) {
 
     ASSERT_EQ(Run("new\n"), "");
     RecoveryFile recovery(*interface);
-    recovery.Offer(frame->document); // cancelled: offered again
+    const auto told_of_age = [&](std::chrono::minutes age) {
+        for (const auto& entry : std::filesystem::directory_iterator(folder))
+            if (entry.path().extension() == ".msp")
+                std::filesystem::last_write_time(entry, std::filesystem::file_time_type::clock::now() - age);
+        recovery.Offer(frame->document); // cancelled: offered again
+        const std::string& text = desktop.messages.back().text;
+        EXPECT_NE(text.find("\"No\" deletes the copy"), std::string::npos);
+        const size_t from = text.find("was kept ");
+        return text.substr(from, text.find(" ago") - from);
+    };
+    using std::chrono::minutes;
+    for (const auto& [age, told] : {std::pair{minutes(0), "less than a minute"}, std::pair{minutes(1), "1 minute"},
+                                    std::pair{minutes(59), "59 minutes"}, std::pair{minutes(185), "3 hours"},
+                                    std::pair{minutes(49 * 60), "2 days"}})
+        EXPECT_EQ(told_of_age(age), std::string("was kept ") + told);
     EXPECT_EQ(Level().GetBrushCount(), 0);
     ASSERT_EQ(RecoveryFile::FindLeftOver().size(), 1u);
     desktop.answers.push_back("yes");

@@ -108,8 +108,8 @@ TEST_F(EntityPageTest, ValuesArePassedOnToAllSelectedEntities) {
     Entity* glow = AddEntity("glow");
     Level().entity_selection.AddItem(0);
     editor->SelectionChanged();
-    EXPECT_EQ(Page().m_entity_type, "Parameters of glow    (id = " + std::to_string(glow->GetObjectID()) + "):")
-        << "the first selected one";
+    EXPECT_EQ(Page().m_entity_type,
+              "Parameters of glow    (id = " + std::to_string(glow->GetObjectID()) + ", the first of 2):");
     ASSERT_TRUE(Page().SetParameter("range", "77.5"));
     EXPECT_EQ(light->FloatParameter("range"), 77.5f);
     EXPECT_EQ(glow->FloatParameter("range"), 77.5f);

@@ -32,6 +32,12 @@ TEST_F(TexturePageTest, ListsShowNamesSizesAndWhatIsUsed) {
     items = page.ListClass("wall");
     ASSERT_EQ(items.size(), 1u);
     EXPECT_EQ(items[0].name, "stone");
+    page.filter = "Loo"; // of a class
+    items = page.ListClass("");
+    ASSERT_FALSE(items.empty());
+    for (const MaterialItem& item : items)
+        EXPECT_EQ(item.material_class, "floor");
+    EXPECT_EQ(items.size(), page.ListClass("floor").size());
     page.filter.clear();
 
     AddBox();
