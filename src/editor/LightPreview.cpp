@@ -8,6 +8,7 @@
 namespace {
 
 constexpr float VIEW_ANGLE = PI / 2; // of the perspective view's width
+constexpr uint32_t DARK = 0x303030;  // what has no light yet
 
 std::vector<Texels> TexturesOf(const World& world) {
     std::vector<Texels> textures;
@@ -32,7 +33,15 @@ PictureCamera CameraOf(const CInterface& interface) {
 } // namespace
 
 LightPreview::LightPreview(const CInterface& interface, int width, int height)
-    : textures(TexturesOf(*interface.world)), picture(width, height, CameraOf(interface)) {}
+    : textures(TexturesOf(*interface.world)), picture(width, height, CameraOf(interface)) {
+    for (const auto& brush : interface.world->brush)
+        for (LitMesh& mesh : MeshesOf(*brush)) {
+            mesh.lightmap.clear();
+            mesh.mesh.colors.assign(mesh.mesh.vertices.size(), DARK);
+            mesh.blend = PictureBlend::Opaque;
+            taken.push_back(std::move(mesh));
+        }
+}
 
 LightPreview::LitMesh LightPreview::MeshOf(const Surface& surface) {
     LitMesh lit;
@@ -51,14 +60,19 @@ LightPreview::LitMesh LightPreview::MeshOf(const Surface& surface) {
     return lit;
 }
 
-void LightPreview::Take(const Brush& lit) {
-    if (lit.IsPortalOrOccluder() || lit.is_hidden)
-        return;
+std::vector<LightPreview::LitMesh> LightPreview::MeshesOf(const Brush& brush) {
     std::vector<LitMesh> meshes;
-    lit.ForEachSurface([&](const Surface& surface, int, bool) {
+    if (brush.IsPortalOrOccluder() || brush.is_hidden)
+        return meshes;
+    brush.ForEachSurface([&](const Surface& surface, int, bool) {
         if (surface.HasMaterial())
             meshes.push_back(MeshOf(surface));
     });
+    return meshes;
+}
+
+void LightPreview::Take(const Brush& lit) {
+    std::vector<LitMesh> meshes = MeshesOf(lit);
     const std::lock_guard lock(mutex);
     taken.insert(taken.end(), std::make_move_iterator(meshes.begin()), std::make_move_iterator(meshes.end()));
 }
@@ -72,7 +86,6 @@ bool LightPreview::Draw() {
     for (const LitMesh& lit : meshes)
         if (lit.material > 0 && static_cast<size_t>(lit.material) < textures.size())
             picture.DrawMesh(lit.mesh, textures[static_cast<size_t>(lit.material)],
-                             {lit.width, lit.height, lit.lightmap.empty() ? nullptr : lit.lightmap.data()},
-                             PictureBlend::Opaque);
+                             {lit.width, lit.height, lit.lightmap.empty() ? nullptr : lit.lightmap.data()}, lit.blend);
     return !meshes.empty();
 }

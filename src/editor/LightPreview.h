@@ -1,5 +1,5 @@
-// The level as it is being lit: while a compile works on it in another thread, each brush that has its light is drawn
-// into a picture of the perspective view as it was at the start.
+// The level as it is being lit, in a picture of the perspective view as it was at the start: first all of it in the
+// dark, then, while a compile works on it in another thread, each brush that has its light.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@ public:
     LightPreview(const CInterface& interface, int width, int height);
 
     void Take(const Brush& lit); // from any thread
-    // Draws what was taken since. False when there was nothing.
+    // Draws what was taken since, the level in the dark at first. False when there was nothing.
     bool Draw();
     std::vector<uint8_t> Rgb() const { return picture.Rgb(); } // three bytes a pixel
 
@@ -25,10 +25,12 @@ private:
     struct LitMesh {
         PictureMesh mesh;
         int material = 0;
+        PictureBlend blend = PictureBlend::Relit;
         int width = 0, height = 0;     // of the lightmap, texels
         std::vector<uint8_t> lightmap; // blue, green, red
     };
     static LitMesh MeshOf(const Surface& surface);
+    static std::vector<LitMesh> MeshesOf(const Brush& brush);
 
     std::vector<Texels> textures; // by row of the world's table
     WorldPicture picture;

@@ -244,6 +244,8 @@ void WorldPicture::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, 
     if (!(std::fabs(area) > 1.0e-6f))
         return;
     const bool is_decal = paint.blend == PictureBlend::Multiply || paint.blend == PictureBlend::Alpha;
+    constexpr float OTHER_DETAIL = 1.01f; // nearer: a curve has other facets while it is lit
+    const float forward = paint.blend == PictureBlend::Relit ? OTHER_DETAIL : 1;
     const auto bound = [](float value, int most) { return std::clamp(WholeNumber(value), 0, most); };
     const int x_first = bound(std::min({x[0], x[1], x[2]}), width),
               x_last = bound(std::max({x[0], x[1], x[2]}) + 1, width);
@@ -259,7 +261,7 @@ void WorldPicture::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, 
                 continue;
             const float inverse = l0 * w[0] + l1 * w[1] + l2 * w[2];
             const size_t pixel = static_cast<size_t>(py) * static_cast<size_t>(width) + static_cast<size_t>(px);
-            if ((is_decal ? NearerThan(inverse) : inverse) <= depth[pixel])
+            if ((is_decal ? NearerThan(inverse) : forward * inverse) <= depth[pixel])
                 continue;
             const float p0 = l0 * w[0] / inverse, p1 = l1 * w[1] / inverse, p2 = l2 * w[2] / inverse;
             const UVVector uv{a.uv.u * p0 + b.uv.u * p1 + c.uv.u * p2, a.uv.v * p0 + b.uv.v * p1 + c.uv.v * p2};
@@ -275,6 +277,7 @@ void WorldPicture::Rasterise(const Vertex& a, const Vertex& b, const Vertex& c, 
             D3DVECTOR& under = color[pixel];
             switch (paint.blend) {
             case PictureBlend::Opaque:
+            case PictureBlend::Relit:
                 under = lit;
                 depth[pixel] = inverse;
                 break;

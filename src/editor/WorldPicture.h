@@ -43,6 +43,7 @@ struct PictureMesh {
 
 enum class PictureBlend {
     Opaque,
+    Relit,    // in place of what was drawn of the same surface before
     Glass,    // glows in its own colour and lets what was drawn before through
     Multiply, // a decal without alpha darkens what lies under it
     Alpha,    // a decal with alpha covers it, without light
