@@ -13,7 +13,6 @@ namespace {
 
 constexpr const char* METHOD_TEXT[3] = {"Clearing Lightmaps...  ", "Illuminating Lightmaps...",
                                         "Raytracing Lightmaps... "};
-constexpr int SOLID_WITH_LIGHTMAPS = 2; // render mode
 
 void FindAmbientColor(World& world) {
     world.ambient_color = {};

@@ -179,20 +179,6 @@ void DropLeftBlocks(World& world) {
         });
 }
 
-void MakePageTextures(World& world) {
-    const int32_t force_mipmap = crvTForceMipmap;
-    crvTForceMipmap = 1; // none but the page itself
-    world.lightmap_index.clear();
-    for (const LightmapPage& page : world.lightmaps) {
-        const uint32_t handle =
-            crTCreate(LIGHTMAP_PAGE_SIDE, LIGHTMAP_PAGE_SIDE, 32, TL_LIGHTMAP, TEX_NORMAL, LIGHTMAP_STAGE, false);
-        if (handle != CR_NO_TEXTURE)
-            crTFillTexture(handle, page.data(), 0, 0);
-        world.lightmap_index.push_back(handle);
-    }
-    crvTForceMipmap = force_mipmap;
-}
-
 uint32_t AverageTexel(const LightmapPage& page, int x, int y) {
     const auto at = [&](int column, int row) {
         return page[static_cast<size_t>(row) * LIGHTMAP_PAGE_SIDE + static_cast<size_t>(column)];
@@ -308,6 +294,20 @@ void ResetLightmaps(World& world) {
     crTDestroyAll(TL_LIGHTMAP);
     world.lightmaps.clear();
     world.lightmap_index.clear();
+}
+
+void MakePageTextures(World& world) {
+    const int32_t force_mipmap = crvTForceMipmap;
+    crvTForceMipmap = 1; // none but the page itself
+    world.lightmap_index.clear();
+    for (const LightmapPage& page : world.lightmaps) {
+        const uint32_t handle =
+            crTCreate(LIGHTMAP_PAGE_SIDE, LIGHTMAP_PAGE_SIDE, 32, TL_LIGHTMAP, TEX_NORMAL, LIGHTMAP_STAGE, false);
+        if (handle != CR_NO_TEXTURE)
+            crTFillTexture(handle, page.data(), 0, 0);
+        world.lightmap_index.push_back(handle);
+    }
+    crvTForceMipmap = force_mipmap;
 }
 
 std::vector<uint8_t> GetLightmapData(const World& world, int i) {

@@ -15,6 +15,8 @@ inline constexpr int PAGE_SECTORS = LIGHTMAP_PAGE_SIDE / LIGHTMAP_SECTOR; // a s
 inline constexpr size_t LIGHTMAP_DATA_SIZE =
     static_cast<size_t>(LIGHTMAP_PAGE_SIDE) * LIGHTMAP_PAGE_SIDE * 3; // bytes of a page in the file
 
+inline constexpr int SOLID_WITH_LIGHTMAPS = 2; // World::render_mode
+
 // Portals, custom brushes and occluders have no place on the pages.
 inline bool TakesPartInPaging(const Brush& brush) { return !brush.IsPortalOrOccluder() && !brush.IsCustom(); }
 
@@ -32,5 +34,6 @@ CompileResult BatchLightmaps(WorldSubdivide& ws, CompileProgress& progress, std:
 void RescaleLightmapPages(World& world);
 // Drops all lightmaps: blocks, infos and pages.
 void ResetLightmaps(World& world);
+void MakePageTextures(World& world); // lightmap_index, from lightmaps
 // Page i as rows of blue, green, red: LIGHTMAP_DATA_SIZE bytes.
 std::vector<uint8_t> GetLightmapData(const World& world, int i);

@@ -419,17 +419,6 @@ bool ViewsWidget::FlyKey(int key, bool pressed) {
     return true;
 }
 
-// As Alt and a click do, which many desktops keep for themselves.
-void ViewsWidget::PutCamera(int view, POINT point) {
-    CInterface& interface = frame->interface;
-    const D3DVECTOR mouse = interface.GetWorldPositionAtPoint(view, point.x, point.y);
-    D3DVECTOR& camera = interface.View(VIEW_PERSPECTIVE).camera_position;
-    for (int axis = 0; axis < 3; ++axis)
-        if (axis != CInterface::MissingAxis(view))
-            Component(camera, axis) = Component(mouse, axis);
-    interface.RedrawAllViews();
-}
-
 // Only the perspective view knows a double click of the left button, and only with Ctrl. Elsewhere it is the press that
 // it is.
 void ViewsWidget::mouseDoubleClickEvent(QMouseEvent* event) {
@@ -439,7 +428,8 @@ void ViewsWidget::mouseDoubleClickEvent(QMouseEvent* event) {
                               frame->interface.editor_state != ES_VERTEX && frame->interface.editor_state != ES_DECAL;
     if (view >= 0 && view != VIEW_PERSPECTIVE && event->button() == Qt::MiddleButton &&
         event->modifiers() == Qt::NoModifier) {
-        PutCamera(view, ClientPoint(view, event->position()));
+        frame->View(view).Activate(); // as Alt and a click do, which many desktops keep for themselves
+        frame->interface.MoveCameraToMouse(ClientPoint(view, event->position()));
         return;
     }
     if (!maps_surface) {

@@ -82,7 +82,6 @@ private:
     void Press(Qt::MouseButton button, Qt::KeyboardModifiers modifiers, QPointF position);
     void Release(Qt::MouseButton button, Qt::KeyboardModifiers modifiers, QPointF position);
     void ReleaseLost(Qt::MouseButtons still_down, Qt::KeyboardModifiers modifiers, QPointF position);
-    void PutCamera(int view, POINT point);
     int LineWidth() const;
 
     ViewsPainter& painter;

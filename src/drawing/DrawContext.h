@@ -11,6 +11,7 @@ struct DrawContext {
     int view = VIEW_TOP;
     float scale = 1;           // pixels a world unit, of an orthographic view
     D3DVECTOR camera_position; // of the perspective view
+    D3DVECTOR camera_look;     // a unit vector: the flat views show it; 0: they do not
     DisplayFilters filters;
     bool show_links = false;
     bool mask_enabled = false;                  // the selected surface shows in the mask colour

@@ -1,11 +1,16 @@
 #include "drawing/ViewDrawing.h"
 
+#include <algorithm>
+
 #include "drawing/BoxFaces.h"
 #include "drawing/DashedLines.h"
 #include "drawing/GeometryBatch.h"
+#include "render/DisplayScale.h"
 #include "render/StateCache.h"
 
 namespace {
+
+constexpr int64_t MAJOR_STEPS = 8; // of the grid, from line to brighter line
 
 constexpr float SCREEN_RHW = 0.5f;
 
@@ -52,8 +57,15 @@ private:
 
 } // namespace
 
+int64_t ThinnedGrid(int grid, float pixels_a_unit) {
+    constexpr float LEAST_APART = 4; // pixels of the screen's scale
+    int64_t step = std::max(grid, 1);
+    while (pixels_a_unit > 0 && static_cast<float>(step) * pixels_a_unit < LEAST_APART * crvDisplayScale)
+        step *= MAJOR_STEPS;
+    return step;
+}
+
 void DrawGrid(const RECT& rect, const int32_t position[2], int step, const uint32_t colors[3]) {
-    constexpr int64_t MAJOR_STEPS = 8;
     const int64_t minor = step > 1 ? step : 1;
     SetPlainState();
     GridLines lines(rect);

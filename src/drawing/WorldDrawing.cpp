@@ -28,9 +28,12 @@ void World::RenderCurveEdges(const DrawContext&) {
 void World::RenderCameraPosition(const DrawContext& context) {
     if (context.view == VIEW_PERSPECTIVE || !context.filters.show_entities)
         return;
-    constexpr float H = 32;
+    constexpr float H = 32, LOOK_LENGTH = 128;
     constexpr D3DVECTOR diagonals[] = {{-H, H, H}, {-H, -H, -H}, {-H, -H, H}}; // each to its opposite
     LineBatch lines;
     for (const D3DVECTOR& d : diagonals)
         lines.Line(context.camera_position + d, context.camera_position - d, ColorOf(LineColor::Camera));
+    if (context.camera_look != D3DVECTOR{})
+        lines.Arrow(context.camera_position, context.camera_position + context.camera_look * LOOK_LENGTH,
+                    ColorOf(LineColor::Camera));
 }

@@ -29,6 +29,10 @@ const std::vector<SettingEntry>& SettingTable() {
         {"SelectionOutline", &S::outline_selection},
         {"ShadeBareFaces", &S::shade_bare},
         {"GroundGrid", &S::ground_grid},
+        {"ThinGrid", &S::thin_grid},
+        {"CameraLook", &S::camera_look},
+        {"SmoothFar", &S::smooth_far},
+        {"OpenLight", &S::open_light},
         {"FlySpeed", &S::fly_speed, 16, 16384},
         {"ShowLinks", &S::show_links},
         {"RotationAngle", &S::rotation_angle},
@@ -66,8 +70,9 @@ EditorSettings ReadSettings() {
 }
 
 void SetWindowDefaults(EditorSettings& settings) {
-    static constexpr const char* DEFAULTS[] = {"FullUndo=1", "UndoStates=200", "SelectionOutline=1", "ShadeBareFaces=1",
-                                               "GroundGrid=1"};
+    static constexpr const char* DEFAULTS[] = {"FullUndo=1",       "UndoStates=200", "SelectionOutline=1",
+                                               "ShadeBareFaces=1", "GroundGrid=1",   "ThinGrid=1",
+                                               "CameraLook=1",     "SmoothFar=1",    "OpenLight=1"};
     RegistryClass store;
     if (!store.OpenKeyDirectory(SETTINGS_KEY))
         return;

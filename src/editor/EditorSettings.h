@@ -29,6 +29,10 @@ struct EditorSettings {
     bool outline_selection = false; // the selection as an outline and a light tint, else solid
     bool shade_bare = false;        // faces without a material are shaded, with edges
     bool ground_grid = false;       // in the perspective view
+    bool thin_grid = false;         // of the flat views, where its lines come too close
+    bool camera_look = false;       // the flat views show where the camera looks
+    bool smooth_far = false;        // far textures by their smaller levels
+    bool open_light = false;        // an opened project takes its light from the compiled world
     int fly_speed = 512;            // of the camera by keys, world units a second
     bool show_links = false;
     int rotation_angle = 90; // degrees

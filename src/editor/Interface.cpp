@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 
 #include "compiler/EntityUpdate.h"
+#include "compiler/RestoreLight.h"
 #include "editor/CompileLog.h"
 #include "editor/LineColorStore.h"
 #include "editor/StartSteps.h"
@@ -13,6 +15,7 @@
 #include "foundation/Log.h"
 #include "foundation/Paths.h"
 #include "foundation/Strings.h"
+#include "persistence/WorldFile.h"
 #include "persistence/WriteError.h"
 #include "render/Textures.h"
 
@@ -144,8 +147,24 @@ bool CInterface::LoadProject(const char* filepath, std::string_view filename, st
     project_file_need_save = false; // what reading has marked, such as smoothed terrain, is no work of the user
     saved_changes = changes;
     SetPositionText(last_position);
+    if (settings.open_light)
+        TakeCompiledLight(full_name);
     Tell(&EditorListener::TitleChanged);
     return true;
+}
+
+// Of a compiled world that is not older than the project.
+void CInterface::TakeCompiledLight(const std::string& project_path) {
+    namespace fs = std::filesystem;
+    std::error_code missing;
+    const fs::file_time_type compiled = fs::last_write_time(RealPath(TargetFile()), missing);
+    if (missing)
+        return;
+    const fs::file_time_type project = fs::last_write_time(RealPath(project_path), missing);
+    WorldFile file;
+    std::string error;
+    if (!missing && compiled >= project && ReadWorldFile(TargetFile(), file, error))
+        RestoreLight(file, *world);
 }
 
 bool CInterface::SaveProject(std::string_view filepath, std::string_view filename, bool update_project_name) {

@@ -203,6 +203,7 @@ public:
 
     // --- Mouse (editor/InterfaceMouse.cpp). flags: MouseFlag bits; point: client pixels of the active view.
     void MouseMove(uint32_t flags, POINT point);
+    void MoveCameraToMouse(POINT point); // in the two axes of the active view
     void MouseLeftButtonDown(uint32_t flags, POINT point);
     void MouseLeftButtonUp(uint32_t flags, POINT point);
     void MouseRightButtonDown(uint32_t flags, POINT point);
@@ -386,9 +387,9 @@ private:
     void LeaveMode();
     bool CanEditBounds() const; // of the cordon and the clip box
     void DropDragBox();
+    void TakeCompiledLight(const std::string& project_path);
     void MouseMoveByState(POINT point);
     void StartVertexMove();
-    void MoveCameraToMouse(POINT point);
     void CollapseBox(Box& box) const; // on the mouse, in the view's two axes
     void DragBox(Box& box) const;     // its far sides to the mouse
     bool IsClick(const Box& box) const;

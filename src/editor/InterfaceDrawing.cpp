@@ -15,12 +15,12 @@ constexpr int LEAST_SIDE = 2; // pixels of a view that is drawn
 
 // Smooth textures that repeat, and lightmaps that end at their edges. Set for each frame, as a device that was opened
 // anew has forgotten them; what is set already is not sent again.
-void SetSamplers() {
+void SetSamplers(bool levels) {
     for (const uint32_t stage : {0u, 1u}) {
         criSetStageValue(stage, TSS_MAGFILTER, TF_LINEAR);
         criSetStageValue(stage, TSS_MINFILTER, TF_LINEAR);
     }
-    criSetStageValue(0, TSS_MIPFILTER, MF_LINEAR);
+    criSetStageValue(0, TSS_MIPFILTER, levels ? MF_LINEAR : MF_NONE);
     criSetStageValue(1, TSS_MIPFILTER, MF_NONE);
     crTextureAddress(TA_WRAP, TA_WRAP, 0);
     crTextureAddress(TA_CLAMP, TA_CLAMP, 1);
@@ -52,6 +52,10 @@ DrawContext CInterface::MakeDrawContext(int view) const {
     context.camera_position = views.perspective.camera_position;
     context.filters = filters;
     context.show_links = settings.show_links;
+    if (settings.camera_look) {
+        D3DVECTOR normal, right;
+        ComputeCameraVectors(views.perspective.camera_rotation, context.camera_look, normal, right);
+    }
     context.mask_enabled = mask_enabled;
     context.outline_selection = settings.outline_selection;
     context.shade_bare = settings.shade_bare;
@@ -75,10 +79,11 @@ bool CInterface::DrawScene(int view) {
     crSetViewport(rect.left, rect.top, rect.Width(), rect.Height());
     if (crBeginFrame() != 0)
         return false;
-    SetSamplers();
+    SetSamplers(settings.smooth_far);
     if (!perspective) {
-        const int step = vi.zoom_in == 1 ? grid_size / vi.zoom_out : vi.zoom_in * grid_size;
-        DrawGrid(rect, vi.view_position, std::max(step, 1), view_grid_color);
+        const int64_t grid = settings.thin_grid ? ThinnedGrid(grid_size, vi.Scale()) : grid_size;
+        const int64_t step = vi.zoom_in == 1 ? grid / vi.zoom_out : vi.zoom_in * grid;
+        DrawGrid(rect, vi.view_position, static_cast<int>(std::max<int64_t>(step, 1)), view_grid_color);
     }
     SetMatrices(view);
     if (perspective && settings.ground_grid)

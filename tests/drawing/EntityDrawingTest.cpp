@@ -239,6 +239,11 @@ TEST_F(EntityDrawingTest, TheCameraIsMarkedInTheOtherViews) {
     EXPECT_EQ(screen.At(44, 40), 0xFF4040u); // from (36, 32) to (100, 96)
     EXPECT_EQ(screen.At(44, 87), 0xFF4040u); // from (36, 96) to (100, 32)
     EXPECT_EQ(screen.CountOf(0xFF4040), 2 * 64);
+    EXPECT_NE(screen.At(90, 64), 0xFF4040u);
+    context.camera_look = {1, 0, 0};
+    draw();
+    EXPECT_EQ(screen.At(90, 64), 0xFF4040u) << "right of its middle at (68, 64)";
+    EXPECT_NE(screen.At(50, 64), 0xFF4040u);
     context.filters.show_entities = false;
     draw();
     EXPECT_TRUE(IsEmpty());

@@ -77,6 +77,17 @@ TEST_F(OverlaysTest, GridLines) {
     EXPECT_EQ(screen.CountOf(0), SIDE * SIDE - 20 * 30);
 }
 
+TEST_F(OverlaysTest, AGridThatWouldBeASolidCarpetIsThinned) {
+    struct Case {
+        int grid;
+        float pixels_a_unit;
+        int64_t step; // units: eight times as often as four pixels need
+    };
+    for (const Case& c : {Case{8, 1, 8}, Case{8, 0.5f, 8}, Case{8, 0.25f, 64}, Case{1, 1, 8}, Case{1, 1.0f / 64, 512},
+                          Case{512, 1.0f / 64, 512}, Case{4, 1, 4}, Case{0, 8, 1}})
+        EXPECT_EQ(ThinnedGrid(c.grid, c.pixels_a_unit), c.step) << c.grid << " " << c.pixels_a_unit;
+}
+
 TEST_F(OverlaysTest, DashesKeepTheirLengthAtAnyZoom) {
     context.brush_texture = DashTexture();
     for (const int zoom : {0, 1, -1}) {

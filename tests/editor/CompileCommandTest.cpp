@@ -58,31 +58,109 @@ TEST_F(CompileCommandTest, WritesTheWorldAndTheSafetyCopy) {
     EXPECT_EQ(world.cells[0].objects, (std::vector<int32_t>{0, 1})) << "the portal is in no cell";
 }
 
-// The box stands before the camera, the cone beside it: the picture grows by what is lit, where it is.
+// The box stands before the camera, the cone beside it: dark at first, then lit, where they are.
 TEST_F(CompileCommandTest, LightIsShownAsItIsComputed) {
     constexpr int SIDE = 64;
+    WriteBytes("Textures/wall/stone.tga", TargaBytes(16, 16, 24, 0xFFFFFF));
     ASSERT_TRUE(interface.LoadProject(nullptr, "small.msp", data.error)) << data.error;
+    interface.world->entity[0]->SetPosition({32, 16, -50});
+    interface.settings.lighting_method = LIGHTING_QUICK;
     VIEWINFO& view = interface.View(VIEW_PERSPECTIVE);
     view.camera_position = {32, 16, -100};
     view.camera_rotation = {};
     LightPreview preview(interface, SIDE, SIDE);
-    EXPECT_FALSE(preview.Draw());
+    const std::vector<uint8_t> empty = preview.Rgb();
+    EXPECT_TRUE(preview.Draw());
     const std::vector<uint8_t> dark = preview.Rgb();
+    EXPECT_FALSE(preview.Draw()) << "the level in the dark, once";
     interface.light_observer = [&preview](const Brush& lit) { preview.Take(lit); };
     CProgressText progress;
     ASSERT_EQ(interface.Compile(progress), CompileOutcome::Written);
     EXPECT_TRUE(preview.Draw());
     const std::vector<uint8_t> lit = preview.Rgb();
-    const auto differs = [&](int x, int y) {
+    const auto brightness = [](const std::vector<uint8_t>& picture, int x, int y) {
         const auto at = static_cast<size_t>((y * SIDE + x) * 3);
-        return !std::equal(dark.begin() + static_cast<std::ptrdiff_t>(at),
-                           dark.begin() + static_cast<std::ptrdiff_t>(at) + 3,
-                           lit.begin() + static_cast<std::ptrdiff_t>(at));
+        return picture[at] + picture[at + 1] + picture[at + 2];
     };
-    EXPECT_TRUE(differs(SIDE / 2, SIDE / 2)) << "the box";
-    EXPECT_FALSE(differs(SIDE / 2, 2)) << "above it";
-    EXPECT_FALSE(differs(4, SIDE / 2)) << "left of it";
+    EXPECT_NE(brightness(dark, SIDE / 2, SIDE / 2), brightness(empty, SIDE / 2, SIDE / 2)) << "the box";
+    EXPECT_GT(brightness(lit, SIDE / 2, SIDE / 2), brightness(dark, SIDE / 2, SIDE / 2));
+    for (const int x : {SIDE / 2, 4}) { // above it, and left of it
+        const int y = x == 4 ? SIDE / 2 : 2;
+        EXPECT_EQ(brightness(lit, x, y), brightness(empty, x, y));
+        EXPECT_EQ(brightness(dark, x, y), brightness(empty, x, y));
+    }
     EXPECT_FALSE(preview.Draw()) << "each brush is drawn once";
+}
+
+TEST_F(CompileCommandTest, AnOpenedProjectTakesTheLightOfACompiledWorldThatIsNotOlder) {
+    namespace fs = std::filesystem;
+    struct Lit {
+        int32_t lit, page;
+        std::vector<UVVector> uv; // on the page
+    };
+    const auto light = [&] {
+        std::vector<Lit> found;
+        for (const auto& brush : interface.world->brush)
+            brush->ForEachSurface([&](const Surface& s, int, bool) {
+                Lit& lit = found.emplace_back(Lit{s.lightmap, s.lightmap_info.lightmap, {}});
+                for (const UVVector& uv : s.lightmap_uv)
+                    lit.uv.push_back({uv.u * s.lightmap_info.u_size + s.lightmap_info.u_start,
+                                      uv.v * s.lightmap_info.v_size + s.lightmap_info.v_start});
+            });
+        return found;
+    };
+    const auto open = [&] {
+        interface.InitEditor();
+        ASSERT_TRUE(interface.LoadProject(nullptr, "small.msp", data.error)) << data.error;
+    };
+    open();
+    interface.settings.lighting_method = LIGHTING_QUICK;
+    CProgressText progress;
+    ASSERT_EQ(interface.Compile(progress), CompileOutcome::Written);
+    const std::vector<Lit> compiled = light();
+    const std::vector<LightmapPage> pages = interface.world->lightmaps;
+    ASSERT_FALSE(pages.empty());
+    const fs::file_time_type saved = fs::last_write_time("small.msp");
+    struct Case {
+        bool wanted;
+        int minutes; // from the save to the compile
+        bool lit;
+    };
+    for (const Case& c : {Case{true, -1, false}, Case{true, 0, true}, Case{true, 1, true}, Case{false, 1, false}}) {
+        SCOPED_TRACE(c.minutes);
+        interface.settings.open_light = c.wanted;
+        fs::last_write_time("Maps/small.few", saved + std::chrono::minutes(c.minutes));
+        open();
+        EXPECT_EQ(interface.world->lightmaps == pages, c.lit);
+        EXPECT_EQ(interface.world->lightmap_index.size(), c.lit ? pages.size() : 0);
+        EXPECT_EQ(interface.world->render_mode, c.lit ? 2 : 1);
+        const std::vector<Lit> opened = light();
+        ASSERT_EQ(opened.size(), compiled.size());
+        for (size_t s = 0; s < opened.size(); ++s) {
+            EXPECT_EQ(opened[s].lit == 1, c.lit && compiled[s].lit == 1);
+            if (opened[s].lit != 1)
+                continue;
+            EXPECT_EQ(opened[s].page, compiled[s].page);
+            ASSERT_EQ(opened[s].uv.size(), compiled[s].uv.size());
+            for (size_t v = 0; v < opened[s].uv.size(); ++v) {
+                EXPECT_NEAR(opened[s].uv[v].u, compiled[s].uv[v].u, 1e-5);
+                EXPECT_NEAR(opened[s].uv[v].v, compiled[s].uv[v].v, 1e-5);
+            }
+        }
+    }
+    // What is no longer as it was compiled has no light.
+    interface.settings.open_light = true;
+    interface.world->brush[0]->Move({8, 0, 0}, true);
+    ASSERT_TRUE(SaveProject("small.msp", *interface.world, {}, false, data.error));
+    fs::last_write_time("Maps/small.few", fs::last_write_time("small.msp"));
+    open();
+    interface.world->brush[0]->ForEachSurface([](const Surface& s, int, bool) { EXPECT_NE(s.lightmap, 1); });
+    interface.world->brush[1]->ForEachSurface([](const Surface& s, int, bool) { EXPECT_EQ(s.lightmap, 1); });
+    interface.world->DeleteBrush(2);
+    ASSERT_TRUE(SaveProject("small.msp", *interface.world, {}, false, data.error));
+    fs::last_write_time("Maps/small.few", fs::last_write_time("small.msp"));
+    open();
+    EXPECT_TRUE(interface.world->lightmaps.empty()) << "another number of brushes";
 }
 
 TEST_F(CompileCommandTest, UnreadableProjectsOpenAFreshWorld) {

@@ -64,10 +64,10 @@ TEST_F(EditorSettingsTest, AssignmentsAreChecked) {
 
 TEST_F(EditorSettingsTest, TheWindowTurnsOnWhatWasNeverSetAndLeavesScriptsTheirs) {
     const std::vector<std::pair<const char*, bool EditorSettings::*>> flags = {
-        {"FullUndo", &EditorSettings::full_undo},
-        {"SelectionOutline", &EditorSettings::outline_selection},
-        {"ShadeBareFaces", &EditorSettings::shade_bare},
-        {"GroundGrid", &EditorSettings::ground_grid},
+        {"FullUndo", &EditorSettings::full_undo},        {"SelectionOutline", &EditorSettings::outline_selection},
+        {"ShadeBareFaces", &EditorSettings::shade_bare}, {"GroundGrid", &EditorSettings::ground_grid},
+        {"ThinGrid", &EditorSettings::thin_grid},        {"CameraLook", &EditorSettings::camera_look},
+        {"SmoothFar", &EditorSettings::smooth_far},      {"OpenLight", &EditorSettings::open_light},
     };
     const auto expect = [&](const EditorSettings& settings, bool on, const char* but) {
         for (const auto& [name, field] : flags)
