@@ -428,7 +428,8 @@ void ViewsWidget::mouseDoubleClickEvent(QMouseEvent* event) {
                               frame->interface.editor_state != ES_VERTEX && frame->interface.editor_state != ES_DECAL;
     if (view >= 0 && view != VIEW_PERSPECTIVE && event->button() == Qt::MiddleButton &&
         event->modifiers() == Qt::NoModifier) {
-        frame->View(view).Activate(); // as Alt and a click do, which many desktops keep for themselves
+        // As Alt and a click do, which many desktops keep for themselves. The first click has made the view the active
+        // one.
         frame->interface.MoveCameraToMouse(ClientPoint(view, event->position()));
         return;
     }

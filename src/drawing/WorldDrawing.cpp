@@ -34,6 +34,6 @@ void World::RenderCameraPosition(const DrawContext& context) {
     for (const D3DVECTOR& d : diagonals)
         lines.Line(context.camera_position + d, context.camera_position - d, ColorOf(LineColor::Camera));
     if (context.camera_look != D3DVECTOR{})
-        lines.Arrow(context.camera_position, context.camera_position + context.camera_look * LOOK_LENGTH,
+        lines.Arrow(context.camera_position + context.camera_look * LOOK_LENGTH, context.camera_position,
                     ColorOf(LineColor::Camera));
 }

@@ -244,6 +244,10 @@ TEST_F(EntityDrawingTest, TheCameraIsMarkedInTheOtherViews) {
     draw();
     EXPECT_EQ(screen.At(90, 64), 0xFF4040u) << "right of its middle at (68, 64)";
     EXPECT_NE(screen.At(50, 64), 0xFF4040u);
+    context.camera_look = {0.5f, 0, 0}; // to 132: the head is at 120, and opens toward the camera
+    draw();
+    EXPECT_EQ(screen.At(115, 59), 0xFF4040u);
+    EXPECT_NE(screen.At(125, 59), 0xFF4040u);
     context.filters.show_entities = false;
     draw();
     EXPECT_TRUE(IsEmpty());

@@ -63,8 +63,7 @@ TEST_F(CompileCommandTest, LightIsShownAsItIsComputed) {
     constexpr int SIDE = 64;
     WriteBytes("Textures/wall/stone.tga", TargaBytes(16, 16, 24, 0xFFFFFF));
     ASSERT_TRUE(interface.LoadProject(nullptr, "small.msp", data.error)) << data.error;
-    interface.world->entity[0]->SetPosition({32, 16, -50});
-    interface.settings.lighting_method = LIGHTING_QUICK;
+    interface.settings.lighting_method = LIGHTING_NONE; // white everywhere
     VIEWINFO& view = interface.View(VIEW_PERSPECTIVE);
     view.camera_position = {32, 16, -100};
     view.camera_rotation = {};
