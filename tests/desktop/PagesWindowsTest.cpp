@@ -149,12 +149,17 @@ TEST_F(PagesWindowsTest, PicturesOfPackedMaterialsComeInTheBackground) {
     ThumbnailModel model;
     QSignalSpy told(&model, &QAbstractItemModel::dataChanged);
     model.SetRows(std::move(rows));
-    for (int i = 0; i < PICTURES; ++i)
-        EXPECT_TRUE(model.Picture(i).isNull()) << "the window does not wait for it";
-    for (int i = 0; i < PICTURES; ++i) {
-        while (model.Picture(i).isNull())
-            ASSERT_TRUE(told.wait());
-        EXPECT_EQ(model.Picture(i).toImage().pixel(32, 32), 0xFF000000u + static_cast<uint32_t>(0x030201 * i));
+    for (const double scale : {1.0, 1.25, 2.0}) {
+        const bool known = scale == 2; // 1.25 has taken them from twice as many pixels
+        for (int i = 0; i < PICTURES; ++i)
+            EXPECT_EQ(model.Picture(i, scale).isNull(), !known) << "the window does not wait for it";
+        for (int i = 0; i < PICTURES; ++i) {
+            while (model.Picture(i, scale).isNull())
+                ASSERT_TRUE(told.wait());
+            const QImage picture = model.Picture(i, scale).toImage();
+            EXPECT_EQ(picture.width(), scale == 1 ? 64 : 128);
+            EXPECT_EQ(picture.pixel(32, 32), 0xFF000000u + static_cast<uint32_t>(0x030201 * i));
+        }
     }
     FileObject::ResetFileLibrary();
 }
@@ -227,7 +232,7 @@ TEST_F(PagesWindowsTest, OnlyPaintedRowsOfALongListMakePictures) {
     ASSERT_TRUE(told.wait());
     view.scrollToBottom();
     view.grab();
-    while (model.Picture(MATERIALS - 1).isNull())
+    while (model.Picture(MATERIALS - 1, 1).isNull())
         ASSERT_TRUE(told.wait());
     EXPECT_EQ(model.index(MATERIALS - 1).data(ThumbnailModel::CaptionRole).toString(), "8 x 4");
     EXPECT_LT(made, 100);
