@@ -10,10 +10,10 @@
 
 class World;
 
-// Lines a colour: minor, major (every eighth), axes. step: pixels, at least 1. position: the view's scroll position.
 // Grid lines at least so many pixels apart that they can be told from each other: the step, times eight as often as it
 // takes. pixels_a_unit: of the view.
 int64_t ThinnedGrid(int grid, float pixels_a_unit);
+// Lines a colour: minor, major (every eighth), axes. step: pixels, at least 1. position: the view's scroll position.
 void DrawGrid(const RECT& rect, const int32_t position[2], int step, const uint32_t colors[3]);
 // Lines on y = 0 about the eye and the axes of the world, in the perspective view.
 void DrawGroundGrid(const D3DVECTOR& eye);
