@@ -27,7 +27,6 @@ struct FieldEntry {
 const FieldEntry FIELDS[BrushProperties::FIELD_COUNT] = {
     {"Name:", &Brush::name},
     {"Energy:", &Brush::energy},
-    {"Weight:", &Brush::weight},
     {"Elasticity:", &Brush::elasticity},
     {"Static friction:", &Brush::static_friction},
     {"Dynamic friction:", &Brush::dynamic_friction},

@@ -30,7 +30,6 @@ public:
     enum FieldName {
         NAME,
         ENERGY,
-        WEIGHT,
         ELASTICITY,
         STATIC_FRICTION,
         DYNAMIC_FRICTION,

@@ -1,6 +1,7 @@
 // What comes back after a crash is the whole level: as after saving and opening it, byte by byte, and its paths.
 #include "commands/Recovery.h"
 #include "commands/ScriptData.h"
+#include "pages/BrushProperties.h"
 #include "persistence/MovieFile.h"
 #include "render/Textures.h"
 #include "scene/PathScenes.h"
@@ -162,4 +163,20 @@ TEST_F(RecoveredLevels, AreTheSavedOnesByteByByte) {
     EXPECT_TRUE(ReadBytes("recovered.msp") == ReadBytes("opened.msp"));
     EXPECT_TRUE(ReadBytes("recovered.mvi") == ReadBytes("saved.mvi"));
     EXPECT_GT(ReadBytes("saved.mvi").size(), 100u);
+}
+
+TEST_F(ScriptData, EachPropertyThatABrushCanGetIsSaved) {
+    ASSERT_EQ(Run("drag top 256 256 300 200\n"), "");
+    BrushProperties given(Level());
+    for (int f = 0; f < BrushProperties::FIELD_COUNT; ++f)
+        given.SetValue(static_cast<BrushProperties::FieldName>(f), std::to_string(3 + f));
+    for (int bit = 0; bit < BRUSH_PROPERTY_COUNT; ++bit)
+        given.SetFlag(bit, true);
+    ASSERT_TRUE(given.Apply(Level()));
+    ASSERT_EQ(Run("save level.msp\nopen level.msp\n"), "");
+    Level().SelectAll();
+    const BrushProperties opened(Level());
+    for (size_t f = 0; f < BrushProperties::FIELD_COUNT; ++f)
+        EXPECT_EQ(opened.fields[f].value, given.fields[f].value) << opened.fields[f].label;
+    EXPECT_EQ(opened.flags, given.flags);
 }
