@@ -60,23 +60,35 @@ CMarrowstead2Doc::CMarrowstead2Doc(CInterface& editor_interface, LibraryPages& l
 }
 
 void CMarrowstead2Doc::AddToRecent(const std::string& path) {
-    recent.erase(std::remove(recent.begin(), recent.end(), path), recent.end());
-    recent.insert(recent.begin(), path);
-    if (recent.size() > MOST_RECENT_FILES)
-        recent.pop_back();
-    StoreRecent();
+    ChangeRecent([&path](std::vector<std::string>& files) {
+        std::erase(files, path);
+        files.insert(files.begin(), path);
+        if (files.size() > MOST_RECENT_FILES)
+            files.pop_back();
+    });
 }
 
 void CMarrowstead2Doc::ForgetRecent(const std::string& path) {
-    if (std::erase(recent, path) > 0)
-        StoreRecent();
+    ChangeRecent([&path](std::vector<std::string>& files) { std::erase(files, path); });
 }
 
-void CMarrowstead2Doc::StoreRecent() const {
-    RegistryClass store;
-    if (interface.store_settings && store.OpenKeyDirectory(SETTINGS_KEY))
+// Of the list in the settings, which other programs may have changed; the own one where that cannot be written.
+void CMarrowstead2Doc::ChangeRecent(const std::function<void(std::vector<std::string>&)>& change) {
+    const auto change_stored = [&](std::map<std::string, std::string>& texts) {
+        std::vector<std::string> files;
         for (size_t i = 0; i < MOST_RECENT_FILES; ++i)
-            store.SetKeyValue(RecentValue(i), i < recent.size() ? recent[i].c_str() : "");
+            if (const auto text = texts.find(RecentValue(i)); text != texts.end() && !text->second.empty())
+                files.push_back(text->second);
+        change(files);
+        for (size_t i = 0; i < MOST_RECENT_FILES; ++i)
+            texts[RecentValue(i)] = i < files.size() ? files[i] : "";
+        recent = std::move(files);
+    };
+    std::vector<std::string> own = recent;
+    if (interface.store_settings && RegistryClass::ChangeTexts(SETTINGS_KEY, change_stored))
+        return;
+    change(own);
+    recent = std::move(own);
 }
 
 bool CMarrowstead2Doc::SaveModified() {
@@ -95,7 +107,7 @@ bool CMarrowstead2Doc::SaveModified() {
 
 void CMarrowstead2Doc::New() {
     left_out.clear();
-    known = {};
+    interface.known_project.Forget();
     interface.EndDragRecord();
     interface.editor_state = ES_IDLE;
     interface.selection_box_active = false;
@@ -116,7 +128,8 @@ bool CMarrowstead2Doc::Open(const std::string& path, std::string& error) {
     const BusyCursor busy(interface);
     std::error_code failure;
     New();
-    Know(CInterface::FullName(DirectoryPart(path), FilePart(path))); // a change from here on is one of another program
+    interface.known_project.Know(
+        CInterface::FullName(DirectoryPart(path), FilePart(path))); // a change from here on is one of another program
     ProjectLeftOut lacking;
     const bool loaded = interface.LoadProject(DirectoryPart(path).c_str(), FilePart(path), error, &lacking);
     interface.UpdateSelectionBox();
@@ -146,7 +159,7 @@ bool CMarrowstead2Doc::OpenCopy(const std::string& copy, bool has_name, const st
         interface.project_file_path = project_path;
         interface.project_file_name = project_name;
         if (has_name)
-            Know(interface.ProjectFullName());
+            interface.known_project.Know(interface.ProjectFullName());
         interface.title = std::string(TITLE) + " - Untitled"; // the next line writes the name, where there is one
         interface.MarkDirty();
         interface.Tell(&EditorListener::TitleChanged);
@@ -170,27 +183,17 @@ void CMarrowstead2Doc::OnFileOpen() {
 
 bool CMarrowstead2Doc::Save(const std::string& folder, const std::string& name) {
     const std::string path = CInterface::FullName(folder, name);
-    if (!MayReplace(path))
+    if (!interface.known_project.MayReplace(path))
         return false;
     const BusyCursor busy(interface);
     if (interface.SaveProject(folder, name, true)) {
-        Know(path);
+        interface.known_project.Know(path);
         left_out.clear();
         return true;
     }
     ++failed_saves;
     interface.MarkDirty(); // so that the title says it
     return false;
-}
-
-void CMarrowstead2Doc::Know(const std::string& path) { known = {path, IdentityOf(RealPath(path))}; }
-
-bool CMarrowstead2Doc::MayReplace(const std::string& path) const {
-    const FileIdentity now = IdentityOf(RealPath(path));
-    return path != known.path || !now.Exists() || now == known.identity ||
-           GetDesktop().MessageBox("Another program has changed \"" + FilePart(path) +
-                                       "\" since it was opened or saved.\n\nDo you want to write over it?",
-                                   TITLE, MessageButtons::YesNo) == MessageAnswer::Yes;
 }
 
 bool CMarrowstead2Doc::SaveTo(const std::string& path) {

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "editor/Interface.h"
-#include "foundation/WholeFile.h"
 
 struct LibraryPages;
 
@@ -38,7 +37,8 @@ public:
     // Asks whether unsaved work is to be saved, and saves it. False: the command ends, after Cancel or a failed save.
     bool SaveModified();
 
-    int FailedSaves() const { return failed_saves; } // so far, after the user was told
+    int FailedSaves() const { return failed_saves; } // so far, after the user was told; also of movies
+    void CountFailedSave() { ++failed_saves; }
 
     const std::vector<std::string>& RecentFiles() const { return recent; } // the newest first
     static constexpr size_t MOST_RECENT_FILES = 4;
@@ -52,19 +52,11 @@ private:
     bool SaveMovie(bool as);                   // while a movie is edited
     void AddToRecent(const std::string& path);
     void ForgetRecent(const std::string& path);
-    void StoreRecent() const;
+    void ChangeRecent(const std::function<void(std::vector<std::string>&)>& change);
 
     CInterface& interface;
     LibraryPages& pages;
     std::vector<std::string> recent;
-    // The project's file as it was read or written last. A save that finds another one there asks.
-    struct KnownFile {
-        std::string path;
-        FileIdentity identity;
-    };
-    void Know(const std::string& path);
-    bool MayReplace(const std::string& path) const;
-    KnownFile known;
     int failed_saves = 0;
     std::string left_out; // what opening could not take from the project, a sentence; a save over it would lose that
 };

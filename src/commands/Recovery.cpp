@@ -40,6 +40,22 @@ int TakeLock(const std::string& file, int flags) {
     return descriptor;
 }
 
+// Keeps a left-over from being offered by two programs at once.
+class LeftOverLock {
+public:
+    explicit LeftOverLock(const std::string& file) : descriptor(TakeLock(file, O_CREAT)) {}
+    LeftOverLock(const LeftOverLock&) = delete;
+    LeftOverLock& operator=(const LeftOverLock&) = delete;
+    ~LeftOverLock() {
+        if (descriptor >= 0)
+            close(descriptor);
+    }
+    bool IsHeld() const { return descriptor >= 0; }
+
+private:
+    int descriptor;
+};
+
 // A process number would not do: another machine, or a container, has the same one over the same folder.
 std::string RandomName() {
     std::random_device random;
@@ -222,6 +238,10 @@ void RecoveryFile::OpenMovie(const RecoveredLevel& level) {
 
 void RecoveryFile::Offer(CMarrowstead2Doc& document) {
     for (const RecoveredLevel& level : FindLeftOver()) {
+        const LeftOverLock lock_of_copy(level.lock);
+        std::error_code error_code;
+        if (!lock_of_copy.IsHeld() || !fs::exists(level.copy, error_code))
+            continue; // another program has it, or had it
         const std::string name = level.has_name ? "\"" + level.project_name + "\"" : "a level without a name";
         const MessageAnswer answer = GetDesktop().MessageBox(
             "The last run did not end in order. A copy of " + name + " was kept " + AgeOf(level.copy) +

@@ -43,8 +43,16 @@ CInterface::~CInterface() {
     SetFrontEnd(nullptr);
     crTDestroy(brush_texture);
     crTDestroy(border_texture);
-    if (store_settings)
-        WriteSettings(settings, stored_settings);
+    StoreSettings();
+}
+
+bool CInterface::StoreSettings() {
+    if (!store_settings)
+        return true;
+    const bool written = WriteSettings(settings, stored_settings);
+    if (written)
+        stored_settings = settings;
+    return written;
 }
 
 void CInterface::UseWindowDefaults() {
@@ -177,6 +185,8 @@ bool CInterface::SaveProject(std::string_view filepath, std::string_view filenam
         project_file_name = filename;
     }
     MarkFileAsDirty(false);
+    if (saved)
+        known_project.KnowAgain(full_name); // the safety copy may be what is edited
     if (saved && full_name == ProjectFullName())
         saved_changes = changes;
     if (!saved)

@@ -22,6 +22,7 @@
 #include "editor/EditorSettings.h"
 #include "editor/ProgressText.h"
 #include "foundation/Desktop.h"
+#include "foundation/KnownFile.h"
 #include "foundation/StringList.h"
 #include "persistence/Project.h"
 #include "scene/FrontEnd.h"
@@ -102,9 +103,13 @@ public:
     std::string TargetFile() const { return "Maps\\" + world->map_file + ".few"; }
     // Of a run in the window. They are not stored unless changed: a script with the same settings keeps its own.
     void UseWindowDefaults();
+    // Those changed in this run, and only they: another program may have changed the others. False when they could not
+    // be written.
+    bool StoreSettings();
     // Settings of this run only: the destructor writes back what is set apart from them.
     bool OverrideSetting(std::string_view assignment, std::string& error);
 
+    KnownFile known_project; // the document's
     EditorSettings settings;
     bool store_settings = true;         // the destructor writes changed ones back
     int threads = 0;                    // of a compile; 0: all cores

@@ -1,10 +1,26 @@
 // The document commands: names, questions, recent files, decals, and work that survives failures and crashes.
+#include <cerrno>
 #include <chrono>
 
 #include "commands/Recovery.h"
 #include "commands/ScriptData.h"
+#include "drawing/LineColors.h"
+#include "editor/LineColorStore.h"
+#include "foundation/AtomicFile.h"
 #include "foundation/Paths.h"
+#include "foundation/Settings.h"
 #include "pages/TrackDlg.h"
+
+// Starts while the first one asks.
+class SecondProgram : public HeadlessDesktop {
+public:
+    using HeadlessDesktop::HeadlessDesktop;
+    MessageAnswer MessageBox(const std::string&, const std::string&, MessageButtons) override {
+        found = RecoveryFile::FindLeftOver().size();
+        return MessageAnswer::Cancel;
+    }
+    std::optional<size_t> found;
+};
 
 TEST(IncrementalSave, Names) {
     const std::pair<const char*, const char*> cases[] = {{"level.msp", "level_0000.msp"},
@@ -93,12 +109,18 @@ TEST_F(ScriptData, ALineThatCouldNotSaveEndsItsScript) {
     ASSERT_EQ(Run("save level.msp\n"), "");
     std::filesystem::remove("level.msp");
     std::filesystem::create_directory("level.msp");
-    for (const char* line : {"save", "save level.msp", "command OnFileSave", "key Ctrl+S"})
-        EXPECT_EQ(Run(std::string("drag top 256 256 300 200\n") + line + "\n"), "line 2: the project was not saved")
+    const std::pair<const char*, const char*> cases[] = {{"save", "not all was saved"},
+                                                         {"save level.msp", "the project was not saved"},
+                                                         {"command OnFileSave", "not all was saved"},
+                                                         {"key Ctrl+S", "not all was saved"}};
+    for (const auto& [line, failure] : cases)
+        EXPECT_EQ(Run(std::string("drag top 256 256 300 200\n") + line + "\n"), std::string("line 2: ") + failure)
             << line;
     EXPECT_EQ(Run("command OnFileSaveAs\n"), "") << "no name was given: that is no failure";
     desktop.answers = {"yes"};
-    EXPECT_EQ(Run("command OnFileNew\n"), "line 1: the project was not saved");
+    EXPECT_EQ(Run("command OnFileNew\n"), "line 1: not all was saved");
+    Level().movie_name = "level.msp";
+    EXPECT_EQ(Run("command OnFileSavemovie\n"), "line 1: not all was saved");
 }
 
 // Every kind of file that a user names: beside another one whose name differs in the case of its letters.
@@ -198,6 +220,15 @@ TEST_F(ScriptData, ANoBeforeACancelledOpenIsNoLicenceToLoseTheWork) {
 }
 
 // As when the editor runs in another data folder: what it could not read would be gone with the first save.
+TEST_F(ScriptData, TheSafetyCopyOfACompileIsNoOtherProgram) {
+    ASSERT_EQ(Run("drag top 256 256 300 200\nsave __autosave__.msp\nopen __autosave__.msp\n"), "");
+    ASSERT_TRUE(interface->settings.bkp_before_compile);
+    ASSERT_EQ(Run("compile\nkey Esc\ndrag front 256 256 300 200\n"), "");
+    const size_t boxes = desktop.messages.size();
+    EXPECT_EQ(Run("command OnFileSave\n"), "");
+    EXPECT_EQ(desktop.messages.size(), boxes);
+}
+
 TEST_F(ScriptData, WhatOpeningLeftOutIsNotSavedAwayUnasked) {
     ASSERT_EQ(Run("drag top 256 256 300 200\nmaterial wall brick\napply\nsave level.msp\n"), "");
     const std::string before = ReadBytes("level.msp");
@@ -226,6 +257,43 @@ TEST_F(ScriptData, WhatCannotBeOpenedIsToldByTheNameThatWasGiven) {
     std::string error;
     EXPECT_TRUE(frame->document.Open("root.msp", error)) << "a project in the data root itself: " << error;
     EXPECT_EQ(interface->ProjectFullName(), "root.msp");
+}
+
+TEST_F(ScriptData, WhatAnotherProgramStoresIsNotUndone) {
+    RegistryClass other;
+    ASSERT_TRUE(other.OpenKeyDirectory(SETTINGS_KEY));
+    interface->settings.voxel_size = 64;
+    EXPECT_TRUE(interface->StoreSettings());
+    const int theirs = 128;
+    ASSERT_TRUE(other.SetKeyValue("VoxelSize", &theirs) &&
+                other.SetKeyValue("LineColors", "Camera=102030 Link=112233"));
+    interface->settings.rotation_angle = 7;
+    EXPECT_TRUE(interface->StoreSettings());
+    EXPECT_EQ(other.GetInteger("VoxelSize", 0), theirs);
+    EXPECT_EQ(other.GetInteger("RotationAngle", 0), 7);
+
+    SetLineColor(LineColor::Link, 0x445566);
+    EXPECT_TRUE(WriteLineColors());
+    EXPECT_EQ(other.GetText("LineColors", ""), "Link=445566 Camera=102030");
+    EXPECT_NE(ColorOf(LineColor::Camera), 0xFF102030u) << "shown from the next start on";
+    ResetLineColors();
+    EXPECT_TRUE(WriteLineColors());
+    EXPECT_EQ(other.GetText("LineColors", ""), "Camera=102030");
+
+    ASSERT_EQ(Run("save ours.msp\n"), "");
+    const std::string ours = frame->document.RecentFiles().at(0);
+    const std::string gone = data.folder / "theirs.msp";
+    ASSERT_TRUE(other.SetKeyValue("RecentFile1", gone.c_str()) && other.SetKeyValue("RecentFile2", ours.c_str()));
+    ASSERT_EQ(Run("save next.msp\n"), "");
+    const std::vector<std::string>& recent = frame->document.RecentFiles();
+    ASSERT_EQ(recent.size(), 3u);
+    EXPECT_EQ(recent[1] + recent[2], gone + ours);
+    EXPECT_EQ(other.GetText("RecentFile1", "") + other.GetText("RecentFile3", ""), recent[0] + ours);
+    SetDiskFaults([](DiskStep) { return ENOSPC; });
+    std::string error;
+    EXPECT_FALSE(frame->document.Open(gone, error));
+    SetDiskFaults(nullptr);
+    EXPECT_EQ(recent.size(), 2u) << "the list in the settings is another matter";
 }
 
 TEST_F(ScriptData, AFileThatHasGoneLeavesTheRecentOnes) {
@@ -311,6 +379,11 @@ TEST_F(ScriptData, ACopyIsKeptAgainstACrashUntilTheWorkIsSaved) {
         EXPECT_EQ(told_of_age(age), std::string("was kept ") + told);
     EXPECT_EQ(Level().GetBrushCount(), 0);
     ASSERT_EQ(RecoveryFile::FindLeftOver().size(), 1u);
+    SecondProgram second;
+    SetDesktop(&second);
+    recovery.Offer(frame->document);
+    SetDesktop(&desktop);
+    EXPECT_EQ(second.found, 0u) << "while the first one asks";
     desktop.answers.push_back("yes");
     recovery.Offer(frame->document);
     EXPECT_EQ(Level().GetBrushCount(), 2);
