@@ -134,9 +134,12 @@ private:
     void PasteList(BaseObject& target, const std::vector<std::unique_ptr<Entity>>& points,
                    SimpleList<uint32_t> BaseObject::*list);
     void RestoreGridColors();
+    void TakeMovie(const std::function<int(const std::string& name, std::string& error)>& load);
     void LoadMovieFile(bool replace);
+    bool SaveMovieTo(const std::string& name);
     void CompileBy(const CompileStep& compile);
 
     int client_width = 0, client_height = 0;
+    KnownFile known_movie;
     std::vector<std::unique_ptr<Entity>> m_object_path, m_target_path; // outlive the world
 };

@@ -10,10 +10,6 @@ constexpr const char* MOVIE_FILTER = "Movie files (*.mvi)|*.mvi|All files (*.*)|
 constexpr const char* MOVIE_FOLDER = "Anim\\";
 constexpr const char* MOVIE_ENDING = ".mvi";
 
-std::optional<std::string> AskMovie() {
-    return GetDesktop().AskFile({false, "Open", MOVIE_FILTER, MOVIE_FOLDER, MOVIE_ENDING, ""});
-}
-
 // The box, and which file for what reason. True if all went well.
 bool Tell(int result, const char* text, const std::string& error) {
     if (result == MOVIE_OK)
@@ -21,10 +17,6 @@ bool Tell(int result, const char* text, const std::string& error) {
     GetDesktop().Notice(error);
     GetDesktop().MessageBox(text, "Error");
     return false;
-}
-
-bool TellLoading(int result, const std::string& error) {
-    return Tell(result, "File not found or error opening file.", error);
 }
 
 } // namespace
@@ -40,11 +32,22 @@ void CMainFrame::OnFileNewmovie() {
     interface.MarkDirty();
 }
 
-void CMainFrame::LoadMovieFile(bool replace) {
-    const std::optional<std::string> name = AskMovie();
+void CMainFrame::TakeMovie(const std::function<int(const std::string& name, std::string& error)>& load) {
+    const std::optional<std::string> name =
+        GetDesktop().AskFile({false, "Open", MOVIE_FILTER, MOVIE_FOLDER, MOVIE_ENDING, ""});
+    if (!name)
+        return;
+    KnownFile file;
+    file.Know(*name);
     std::string error;
-    if (name && TellLoading(interface.LoadMovie(*name, error, replace), error))
-        interface.world->movie_name = *name;
+    if (!Tell(load(*name, error), "File not found or error opening file.", error))
+        return;
+    interface.world->movie_name = *name;
+    known_movie = file;
+}
+
+void CMainFrame::LoadMovieFile(bool replace) {
+    TakeMovie([&](const std::string& name, std::string& error) { return interface.LoadMovie(name, error, replace); });
 }
 
 void CMainFrame::OnFileLoadmovie() { LoadMovieFile(true); }
@@ -57,24 +60,30 @@ void CMainFrame::OnFileLoadmovieforselection() {
         GetDesktop().MessageBox("Exactly one object must be selected.", TITLE);
         return;
     }
-    const std::optional<std::string> name = AskMovie();
-    std::string error;
-    if (name && TellLoading(interface.LoadMovieForSelection(*name, error), error))
-        interface.world->movie_name = *name;
+    TakeMovie(
+        [&](const std::string& name, std::string& error) { return interface.LoadMovieForSelection(name, error); });
 }
 
 bool CMainFrame::SaveMovie() {
-    if (interface.world->movie_name.empty())
-        return SaveMovieAs();
+    return interface.world->movie_name.empty() ? SaveMovieAs() : SaveMovieTo(interface.world->movie_name);
+}
+
+bool CMainFrame::SaveMovieTo(const std::string& name) {
+    if (!known_movie.MayReplace(name))
+        return false;
     std::string error;
-    return Tell(interface.SaveMovie(interface.world->movie_name, error), "Error writing to a file.", error);
+    if (!Tell(interface.SaveMovie(name, error), "Error writing to a file.", error)) {
+        document.CountFailedSave();
+        return false;
+    }
+    known_movie.Know(name);
+    return true;
 }
 
 bool CMainFrame::SaveMovieAs() {
     const std::optional<std::string> name = GetDesktop().AskFile(
         {true, "Save As", MOVIE_FILTER, MOVIE_FOLDER, MOVIE_ENDING, FilePart(interface.world->movie_name)});
-    std::string error;
-    if (!name || !Tell(interface.SaveMovie(*name, error), "Error writing to a file.", error))
+    if (!name || !SaveMovieTo(*name))
         return false;
     interface.world->movie_name = *name;
     return true;

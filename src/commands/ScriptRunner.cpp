@@ -136,8 +136,8 @@ bool ScriptRunner::RunLine(const std::string& line, std::string& error) {
     const int failed_saves = frame.document.FailedSaves();
     if (EndsADrag(words[0]))
         interface.FinishDrag();
-    const bool done = (this->*word.run)(words) && (frame.document.FailedSaves() == failed_saves ||
-                                                   Fail("the project was not saved")); // whatever saves it
+    const bool done = (this->*word.run)(words) &&
+                      (frame.document.FailedSaves() == failed_saves || Fail("not all was saved")); // whatever saves it
     desktop.held.clear();
     frame.OnTimer();
     error = failure;

@@ -236,6 +236,7 @@ bool ScriptRunner::DoEcho(const Words& words) {
     for (size_t i = 1; i < words.size(); ++i)
         std::printf("%s%s", i > 1 ? " " : "", words[i].c_str());
     std::printf("\n");
+    std::fflush(stdout); // who writes the script line by line waits for it
     return true;
 }
 

@@ -55,14 +55,30 @@ void KeyBindings::Load() {
         if (!text.empty())
             Set(command, text == NO_KEYS ? std::vector<std::string>() : SplitKeys(text));
     }
+    stored = Texts();
 }
 
-bool KeyBindings::Store() const {
+std::map<std::string, std::string> KeyBindings::Texts() const {
     std::map<std::string, std::string> texts;
     for (const Command& command : CommandTable())
         if (!IsDefault(command))
             texts[SettingOf(command)] = KeysOf(command).empty() ? NO_KEYS : Joined(KeysOf(command), " ");
-    return RegistryClass::ReplaceKeyTexts(KeysSettings(), texts);
+    return texts;
+}
+
+bool KeyBindings::Store() {
+    std::map<std::string, std::string> own = Texts();
+    const bool written = RegistryClass::ChangeTexts(KeysSettings(), [&](std::map<std::string, std::string>& texts) {
+        for (const auto& [name, text] : stored)
+            if (!own.contains(name))
+                texts.erase(name);
+        for (const auto& [name, text] : own)
+            if (const auto old = stored.find(name); old == stored.end() || old->second != text)
+                texts[name] = text;
+    });
+    if (written)
+        stored = std::move(own);
+    return written;
 }
 
 const std::vector<std::string>& KeyBindings::KeysOf(const Command& command) const {

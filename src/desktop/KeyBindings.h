@@ -14,7 +14,7 @@ public:
 
     // Changed keys, kept with the settings. What cannot be understood there is passed over.
     void Load();
-    bool Store() const;
+    bool Store(); // what has changed since they were loaded or stored: another window may have stored its own
 
     const std::vector<std::string>& KeysOf(const Command& command) const;
     std::string Text(const Command& command) const; // for a menu: "Ctrl+Z, Alt+Backspace"
@@ -29,6 +29,10 @@ public:
     void ResetAll();
 
 private:
+    std::map<std::string, std::string>
+    Texts() const; // of the commands whose keys are changed, by names in the settings
+
+    std::map<std::string, std::string> stored;
     std::map<const Command*, std::vector<std::string>> keys_of;
     std::map<std::string, const Command*, std::less<>> command_of;
 };

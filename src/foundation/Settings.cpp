@@ -88,6 +88,7 @@ public:
     CachedSettings& operator=(const CachedSettings&) = delete;
     ~CachedSettings() { Forget(); }
 
+    void ReadAnew() { identity = {}; } // next time
     bool IsOf(const std::filesystem::path& path) const { return identity.Exists() && identity == IdentityOf(path); }
     void Take(const std::filesystem::path& path, json value) {
         Forget();
@@ -97,14 +98,18 @@ public:
         if (file && fstat(fileno(file), &status) == 0)
             identity = IdentityOf(status);
         root = std::move(value);
+        is_damaged = false;
     }
     void Forget() {
         if (file)
             std::fclose(file);
         file = nullptr;
         identity = {};
+        root = json::object();
+        is_damaged = false;
     }
-    json root;
+    json root = json::object();
+    bool is_damaged = false; // the file, which then counts as empty
 
 private:
     std::FILE* file = nullptr;
@@ -133,30 +138,37 @@ public:
     std::string sentence;
 };
 
-// The whole file; an empty object when there is none or it is damaged, which is then kept aside. Null when there is
-// a file that cannot be read: it must not be replaced.
-json* LoadSettings(Failure& failure) {
-    const std::filesystem::path path = RealPath(SettingsPath());
-    if (cached.IsOf(path))
-        return &cached.root;
+// False when there is a file that cannot be read.
+bool ReadSettings(const std::filesystem::path& path, Failure& failure) {
     cached.Forget();
-    cached.root = json::object();
     std::error_code error;
     if (!std::filesystem::exists(std::filesystem::symlink_status(path, error)))
-        return &cached.root;
+        return true;
     std::string text, reason;
     const FileIdentity before = IdentityOf(path);
     if (!ReadWholeFile(path, text, reason)) {
         failure.sentence = "The settings \"" + path.string() + "\" cannot be read and are left alone: " + reason;
+        return false;
+    }
+    std::optional<json> root = ParseSettings(text);
+    cached.Take(path, root ? std::move(*root) : json::object());
+    cached.is_damaged = !root;
+    if (before != IdentityOf(path))
+        cached.ReadAnew(); // it changed while it was read
+    return true;
+}
+
+// The whole file; an empty object when there is none or it is damaged. Null when there is a file that cannot be read:
+// it must not be replaced. Who is about to write has the lock, and keeps a damaged file aside.
+json* LoadSettings(Failure& failure, bool is_locked) {
+    const std::filesystem::path path = RealPath(SettingsPath());
+    if (!cached.IsOf(path) && !ReadSettings(path, failure))
         return nullptr;
+    if (cached.is_damaged && is_locked) {
+        std::error_code error;
+        std::filesystem::rename(path, path.string() + DAMAGED_SUFFIX, error);
+        cached.Forget();
     }
-    if (std::optional<json> root = ParseSettings(text)) {
-        cached.Take(path, std::move(*root));
-        if (!cached.IsOf(path) || before != IdentityOf(path)) // it changed while it was read
-            cached.Forget();
-        return &cached.root;
-    }
-    std::filesystem::rename(path, path.string() + DAMAGED_SUFFIX, error);
     return &cached.root;
 }
 
@@ -246,7 +258,7 @@ bool MayHaveKey(json& root, std::string_view key_name) {
 bool SetValue(std::string_view key_name, const std::string& name, const json& value) {
     Failure failure;
     const SettingsLock lock;
-    json* const present = LoadSettings(failure);
+    json* const present = LoadSettings(failure, true);
     if (!present)
         return false;
     json* key = FindKey(*present, key_name, false);
@@ -296,7 +308,7 @@ Value DecodeValue(const json& value) {
 Value GetValue(std::string_view key_name, const std::string& name) {
     Failure failure;
     const std::lock_guard lock(settings_mutex);
-    json* const root = LoadSettings(failure);
+    json* const root = LoadSettings(failure, false);
     json* key = root ? FindKey(*root, key_name, false) : nullptr;
     const json* member = key ? FindMember(*key, name) : nullptr;
     return member ? DecodeValue(*member) : Value{};
@@ -333,7 +345,7 @@ bool RegistryClass::OpenKeyDirectory(const std::string& key_name) {
     CloseKeyDirectory();
     Failure failure;
     const std::lock_guard lock(settings_mutex);
-    json* const root = LoadSettings(failure);
+    json* const root = LoadSettings(failure, false);
     if (root && !MayHaveKey(*root, key_name))
         return false;
     open_key = key_name;
@@ -379,7 +391,7 @@ int RegistryClass::GetKeyValue(const std::string& name, void* value, int length,
 bool RegistryClass::DeleteKeyTree(const std::string& key_name) {
     Failure failure;
     const SettingsLock lock;
-    const json* const present = LoadSettings(failure);
+    const json* const present = LoadSettings(failure, true);
     std::vector<std::string> parts = SplitKey(key_name);
     if (!present || parts.empty())
         return false;
@@ -397,20 +409,31 @@ bool RegistryClass::DeleteKeyTree(const std::string& key_name) {
     return false;
 }
 
-bool RegistryClass::ReplaceKeyTexts(const std::string& key_name, const std::map<std::string, std::string>& texts) {
+bool RegistryClass::ChangeTexts(const std::string& key_name, const TextChange& change) {
     Failure failure;
     const SettingsLock lock;
-    const json* const present = LoadSettings(failure);
+    const json* const present = LoadSettings(failure, true);
     if (!present)
         return false;
     json root = *present;
-    json* key = FindKey(root, key_name, true);
+    json* const key = FindKey(root, key_name, true);
     if (!key)
         return false;
-    *key = json::object();
+    std::map<std::string, std::string> texts;
+    for (const auto& [name, value] : key->items())
+        if (const Value decoded = DecodeValue(value); decoded.type == SettingType::Text)
+            texts[name] = decoded.bytes.c_str();
+    const std::map<std::string, std::string> before = texts;
+    change(texts);
+    for (const auto& [name, text] : before)
+        if (!texts.contains(name))
+            key->erase(name);
     for (const auto& [name, text] : texts)
-        (*key)[name] = EncodeText(text.c_str());
-    return SaveSettings(std::move(root), failure);
+        if (const auto old = before.find(name); old == before.end() || old->second != text) {
+            json* const member = FindMember(*key, name);
+            (member ? *member : (*key)[name]) = EncodeText(text.c_str());
+        }
+    return texts == before || SaveSettings(std::move(root), failure);
 }
 
 int RegistryClass::GetInteger(const std::string& name, int fallback) const {

@@ -1,8 +1,10 @@
 // Named, typed values under one key, kept in one readable file in the user's configuration folder. Several processes
-// may change it: each change is of one value, of the file as it then is. What cannot be read or written is told once.
+// may change it: each change is of single values, of the file as it then is. What cannot be read or written is told
+// once.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -33,8 +35,10 @@ public:
     bool SetKeyValue(const std::string& name, const void* data, int size);
     // Reads at most length bytes; returns the number read, 0 on failure. key_type may be null.
     int GetKeyValue(const std::string& name, void* value, int length, SettingType* key_type = nullptr) const;
-    // The key with these texts alone, in one write.
-    static bool ReplaceKeyTexts(const std::string& key_name, const std::map<std::string, std::string>& texts);
+    // All texts of a key by their names, to be changed as they then are, in one step and one write. Those that `change`
+    // takes out go. It may not touch settings.
+    using TextChange = std::function<void(std::map<std::string, std::string>& texts)>;
+    static bool ChangeTexts(const std::string& key_name, const TextChange& change);
     // The key and all below it.
     bool DeleteKeyTree(const std::string& key_name);
 

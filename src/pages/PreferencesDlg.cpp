@@ -140,10 +140,9 @@ void PreferencesDlg::InitData() {
 }
 
 bool PreferencesDlg::Set(std::string_view name, std::string_view value, std::string& error) {
-    const EditorSettings before = editor.settings;
     if (!ApplySetting(editor.settings, std::string(name).append("=").append(value), error))
         return false;
-    if (editor.store_settings && !WriteSettings(editor.settings, before)) // at once: a crash shall not lose it
+    if (!editor.StoreSettings()) // at once: a crash shall not lose it
         GetDesktop().Notice("The preferences cannot be stored with the settings.");
     if (EqualNoCase(name, "WiredSelection")) {
         if (editor.settings.show_sel_wire)

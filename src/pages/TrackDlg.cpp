@@ -72,6 +72,7 @@ void CTrackDlg::TakeLoaded(const std::string& name) {
         SetTrackParams(end, m_resolution);
     m_track_name = name;
     title = "Tracklist - " + name;
+    saved = track.list;
 }
 
 void CTrackDlg::OnInitDialog() {
@@ -83,15 +84,19 @@ void CTrackDlg::OnInitDialog() {
         GetDesktop().MessageBox("Error reading from file while loading last used tracklist.", TITLE);
         Untitled();
     }
+    saved = track.list;
 }
 
 int CTrackDlg::LoadTrack(const std::string& name) {
     TrackList loaded;
     std::string error;
+    KnownFile read;
+    read.Know(name);
     if (!LoadTrackList(name, loaded, error)) {
         GetDesktop().Notice(error);
         return -1;
     }
+    known = read;
     track.NewTrack(true);
     track.list = std::move(loaded);
     return 0;
@@ -107,6 +112,8 @@ void CTrackDlg::OnNewTrack() {
         return;
     track.NewTrack(answer != MessageAnswer::No);
     Untitled();
+    if (answer != MessageAnswer::No)
+        saved = track.list;
 }
 
 void CTrackDlg::OnLoadTrack() {
@@ -125,9 +132,14 @@ int CTrackDlg::SaveTrack() {
         GetDesktop().MessageBox("Track file is read only! Check it out from bindery.", "Warning");
         return -1;
     }
+    if (!known.MayReplace(m_track_name))
+        return -1;
     std::string error;
-    if (SaveTrackList(m_track_name, track.list, error))
+    if (SaveTrackList(m_track_name, track.list, error)) {
+        known.Know(m_track_name);
+        saved = track.list;
         return 0;
+    }
     ShowWriteError(error);
     return -1;
 }
@@ -167,6 +179,8 @@ bool CTrackDlg::SaveUnderNewName() {
 }
 
 bool CTrackDlg::OnCancel() {
+    if (track.list == saved)
+        return true;
     switch (GetDesktop().MessageBox("Do you want to save your changes?", TITLE, MessageButtons::YesNoCancel)) {
     case MessageAnswer::Cancel:
         return false;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "definitions/Track.h"
+#include "foundation/KnownFile.h"
 #include "scene/ViewInfo.h"
 
 class CInterface;
@@ -90,7 +91,7 @@ public:
     int SaveTrack();                        // 0, -1 when nothing was written
     int LoadTrack(const std::string& name); // 0, -1
     bool TrackExists(const std::string& name) const;
-    bool OnCancel(); // true: the window closes
+    bool OnCancel(); // asks when the list is not as it was read or saved; true: the window closes
     void OnOK();     // applies the fields
     void OnDeltaposZoomSpin(int position);
     void OnCreateLine(); // asks for name and colour
@@ -124,4 +125,6 @@ private:
     std::optional<float> LengthOf(const std::string& script) const; // seconds; nothing when the script starts nothing
 
     CInterface& editor;
+    TrackList saved; // as the file has it
+    KnownFile known;
 };

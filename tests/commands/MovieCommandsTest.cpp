@@ -87,6 +87,25 @@ TEST_F(MovieCommands, ACopyAgainstACrashHoldsThePathsToo) {
     EXPECT_TRUE(RecoveryFile::FindLeftOver().empty());
 }
 
+TEST_F(MovieCommands, AMovieThatAnotherProgramHasChangedIsNotReplacedUnasked) {
+    const std::string file = data.folder / "a.mvi";
+    Command("OnFileSavemovieas", file);
+    const std::string theirs = ReadBytes(file) + "more";
+    const auto expect_question = [&] {
+        WriteBytes(file, theirs);
+        Command("OnFileSavemovie", "no");
+        EXPECT_EQ(ReadBytes(file), theirs);
+        Command("OnFileSavemovie", "yes");
+        EXPECT_NE(ReadBytes(file), theirs);
+        const size_t boxes = desktop.messages.size();
+        Command("OnFileSavemovie");
+        EXPECT_EQ(desktop.messages.size(), boxes) << "its own is no other program's";
+    };
+    expect_question();
+    Command("OnFileMergemovie", file);
+    expect_question();
+}
+
 TEST_F(MovieCommands, FailuresAreToldAndLeaveTheName) {
     Level().movie_name = "kept.mvi";
     WriteBytes("broken.mvi", "MINA");
@@ -100,7 +119,8 @@ TEST_F(MovieCommands, FailuresAreToldAndLeaveTheName) {
             EXPECT_EQ(Level().movie_name, "kept.mvi");
             EXPECT_EQ(camera->path.GetCount(), 2);
         }
-    Command("OnFileSavemovieas", data.folder / "gone/a.mvi");
+    desktop.answers = {data.folder / "gone/a.mvi"};
+    EXPECT_EQ(Run("command OnFileSavemovieas"), "line 1: not all was saved");
     EXPECT_EQ(LastBox(), SAVE_FAILED);
     EXPECT_EQ(Level().movie_name, "kept.mvi");
     SelectEntity(Level(), *Level().entity[1]);

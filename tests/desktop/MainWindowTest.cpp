@@ -247,6 +247,23 @@ TEST_F(DesktopTest, ChangedKeysAreKeptAndConflictsResolved) {
         EXPECT_TRUE(fresh.IsDefault(command)) << command.name;
 }
 
+TEST_F(DesktopTest, KeysChangedInTwoWindowsAreBothKept) {
+    const Command &vertex = Named("OnVertexMode"), &rotate = Named("OnRotate"), &undo = Named("OnEditUndo");
+    KeyBindings first, second;
+    first.Set(undo, {"F3"});
+    ASSERT_TRUE(first.Store());
+    second.Load();
+    first.Set(vertex, {"Ctrl+F3"});
+    second.Set(rotate, {"Shift+F3"});
+    second.Reset(undo);
+    ASSERT_TRUE(first.Store() && second.Store() && first.Store());
+    KeyBindings loaded;
+    loaded.Load();
+    EXPECT_EQ(loaded.Text(vertex), "Ctrl+F3");
+    EXPECT_EQ(loaded.Text(rotate), "Shift+F3");
+    EXPECT_TRUE(loaded.IsDefault(undo)) << "the first window has not changed it since";
+}
+
 TEST_F(DesktopTest, TheKeysDialogTellsWhoWouldLoseAKey) {
     TestApplication();
     KeysDialog dialog(KeyBindings(), nullptr);

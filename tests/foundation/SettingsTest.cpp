@@ -83,6 +83,8 @@ TEST_F(Settings, DamagedFilesOpenEmptyAndAreKeptAside) {
         RegistryClass registry;
         ASSERT_TRUE(registry.OpenKeyDirectory(SETTINGS_KEY));
         EXPECT_EQ(registry.GetInteger("AutoLoadProject", 9), 9);
+        EXPECT_EQ(ReadBytes(File()), damaged)
+            << "a reader holds no lock: it could take away what another has just mended";
         const int one = 1;
         EXPECT_TRUE(registry.SetKeyValue("AutoLoadProject", &one));
         EXPECT_EQ(registry.GetInteger("AutoLoadProject", 9), 1);
@@ -153,19 +155,28 @@ TEST_F(Settings, TwoProcessesKeepTheValuesOfBoth) {
             EXPECT_EQ(registry.GetInteger(process + std::to_string(i), -1), i) << process;
 }
 
-TEST_F(Settings, AKeyIsReplacedInOneWrite) {
-    ASSERT_TRUE(RegistryClass::ReplaceKeyTexts("Software\\Keys", {{"a", "F1"}, {"b", "F2"}}));
+TEST_F(Settings, TextsOfAKeyChangeInOneWrite) {
+    RegistryClass registry;
+    ASSERT_TRUE(registry.OpenKeyDirectory("Software\\Keys"));
+    const int number = 5;
+    for (const char* name : {"a", "b", "other"})
+        ASSERT_TRUE(registry.SetKeyValue(name, "F1"));
+    ASSERT_TRUE(registry.SetKeyValue("number", &number));
     int writes = 0;
     SetDiskFaults([&writes](DiskStep step) {
         writes += step == DiskStep::Open;
         return 0;
     });
-    EXPECT_TRUE(RegistryClass::ReplaceKeyTexts("Software\\Keys", {{"b", "F3"}, {"c", "F4"}}));
+    for (int again = 0; again < 2; ++again)
+        EXPECT_TRUE(RegistryClass::ChangeTexts("Software\\Keys", [](std::map<std::string, std::string>& texts) {
+            texts.erase("a");
+            texts["b"] = "F3", texts["c"] = "F4";
+        }));
     SetDiskFaults(nullptr);
     EXPECT_EQ(writes, 1);
-    RegistryClass registry;
-    ASSERT_TRUE(registry.OpenKeyDirectory("Software\\Keys"));
     EXPECT_EQ(registry.GetText("a", "gone") + registry.GetText("b", "") + registry.GetText("c", ""), "goneF3F4");
+    EXPECT_EQ(registry.GetText("other", ""), "F1");
+    EXPECT_EQ(registry.GetInteger("number", 0), number);
 }
 
 TEST_F(Settings, OddValuesAreNoSurprise) {

@@ -360,6 +360,46 @@ TEST_F(TrackDlgTest, LoadingADamagedFileChangesNothing) {
     EXPECT_EQ(dlg->track.GetTrackLinesCount(), 1);
 }
 
+TEST_F(TrackDlgTest, WhatNobodyTouchedClosesUnasked) {
+    Open();
+    desktop.answers = {MessageAnswer::Cancel};
+    EXPECT_TRUE(dlg->OnCancel()) << "a new one";
+    AddRowWithKey();
+    desktop.file_answer = "a.trk";
+    dlg->OnSaveTrackAs();
+    EXPECT_TRUE(dlg->OnCancel()) << "a saved one";
+    dlg->track.NewTrack(true);
+    dlg->OnLoadTrack();
+    EXPECT_TRUE(dlg->OnCancel()) << "a loaded one";
+    Open();
+    dlg->Resize(400, 200);
+    dlg->OnDeltaposZoomSpin(200);
+    EXPECT_TRUE(dlg->OnCancel()) << "the last one, looked at";
+    EXPECT_TRUE(Texts().empty());
+    dlg->m_total_time = 20;
+    dlg->OnOK();
+    EXPECT_FALSE(dlg->OnCancel()) << "its length is in the file";
+}
+
+TEST_F(TrackDlgTest, AFileThatAnotherProgramHasChangedIsNotReplacedUnasked) {
+    Open();
+    AddRowWithKey();
+    desktop.file_answer = "a.trk";
+    dlg->OnSaveTrackAs();
+    const std::string theirs = ReadBytes("a.trk") + "more";
+    for (const bool was_loaded : {false, true}) {
+        if (was_loaded)
+            dlg->OnLoadTrack();
+        WriteBytes("a.trk", theirs + (was_loaded ? "still" : ""));
+        desktop.answers = {MessageAnswer::No, MessageAnswer::Yes};
+        EXPECT_EQ(dlg->SaveTrack(), -1);
+        EXPECT_EQ(ReadBytes("a.trk").substr(0, theirs.size()), theirs);
+        EXPECT_EQ(dlg->SaveTrack(), 0);
+        EXPECT_EQ(dlg->SaveTrack(), 0) << "its own is no other program's";
+        EXPECT_EQ(Texts().size(), 2u);
+    }
+}
+
 TEST_F(TrackDlgTest, ClosingAsks) {
     Open();
     AddRowWithKey();
