@@ -183,8 +183,10 @@ void CMarrowstead2Doc::OnFileOpen() {
 
 bool CMarrowstead2Doc::Save(const std::string& folder, const std::string& name) {
     const std::string path = CInterface::FullName(folder, name);
-    if (!interface.known_project.MayReplace(path))
+    if (!interface.known_project.MayReplace(path)) {
+        ++failed_saves;
         return false;
+    }
     const BusyCursor busy(interface);
     if (interface.SaveProject(folder, name, true)) {
         interface.known_project.Know(path);
@@ -203,9 +205,12 @@ bool CMarrowstead2Doc::SaveTo(const std::string& path) {
     return true;
 }
 
-bool CMarrowstead2Doc::MayLeaveOut() const {
-    return left_out.empty() || GetDesktop().MessageBox(left_out + "\n\nSave the project without them?", TITLE,
-                                                       MessageButtons::YesNo) == MessageAnswer::Yes;
+bool CMarrowstead2Doc::MayLeaveOut() {
+    if (left_out.empty() || GetDesktop().MessageBox(left_out + "\n\nSave the project without them?", TITLE,
+                                                    MessageButtons::YesNo) == MessageAnswer::Yes)
+        return true;
+    ++failed_saves;
+    return false;
 }
 
 // Else the second level would be compiled over the first.

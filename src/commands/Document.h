@@ -37,7 +37,7 @@ public:
     // Asks whether unsaved work is to be saved, and saves it. False: the command ends, after Cancel or a failed save.
     bool SaveModified();
 
-    int FailedSaves() const { return failed_saves; } // so far, after the user was told; also of movies
+    int FailedSaves() const { return failed_saves; } // so far, also of movies; refused ones too
     void CountFailedSave() { ++failed_saves; }
 
     const std::vector<std::string>& RecentFiles() const { return recent; } // the newest first
@@ -45,7 +45,7 @@ public:
 
 private:
     bool Save(const std::string& folder, const std::string& name);
-    bool MayLeaveOut() const;                  // asks whether to save without what opening has left out
+    bool MayLeaveOut();                        // asks whether to save without what opening has left out
     bool SaveAs();                             // false after Cancel or a failure
     void NameMapFile(const std::string& path); // of a level that has only the default
     bool SaveActive();                         // under its name, else as SaveAs

@@ -69,10 +69,8 @@ bool CMainFrame::SaveMovie() {
 }
 
 bool CMainFrame::SaveMovieTo(const std::string& name) {
-    if (!known_movie.MayReplace(name))
-        return false;
     std::string error;
-    if (!Tell(interface.SaveMovie(name, error), "Error writing to a file.", error)) {
+    if (!known_movie.MayReplace(name) || !Tell(interface.SaveMovie(name, error), "Error writing to a file.", error)) {
         document.CountFailedSave();
         return false;
     }

@@ -168,7 +168,7 @@ TEST_F(ScriptData, ASaveAsksBeforeItWritesOverTheWorkOfAnotherProgram) {
         interface->MarkDirty();
         const size_t asked = desktop.messages.size();
         desktop.answers = {"no"};
-        frame->document.OnFileSave();
+        EXPECT_EQ(Run("save\n"), "line 1: not all was saved");
         ASSERT_EQ(desktop.messages.size(), asked + 1);
         EXPECT_NE(desktop.messages.back().text.find("Another program has changed \"level.msp\""), std::string::npos);
         EXPECT_EQ(ReadBytes("level.msp"), theirs);
@@ -238,7 +238,7 @@ TEST_F(ScriptData, WhatOpeningLeftOutIsNotSavedAwayUnasked) {
     ASSERT_EQ(Run("open level.msp\n"), "");
     EXPECT_EQ(Level().brush[0]->surfaces[0].texture.index, 0);
     desktop.answers = {"no"};
-    frame->document.OnFileSave();
+    EXPECT_EQ(Run("save\n"), "line 1: not all was saved");
     EXPECT_EQ(ReadBytes("level.msp"), before);
     EXPECT_NE(desktop.messages.back().text.find("Left out: a material."), std::string::npos);
     desktop.answers = {"yes"};

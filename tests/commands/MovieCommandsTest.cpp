@@ -93,7 +93,8 @@ TEST_F(MovieCommands, AMovieThatAnotherProgramHasChangedIsNotReplacedUnasked) {
     const std::string theirs = ReadBytes(file) + "more";
     const auto expect_question = [&] {
         WriteBytes(file, theirs);
-        Command("OnFileSavemovie", "no");
+        desktop.answers = {"no"};
+        EXPECT_EQ(Run("command OnFileSavemovie"), "line 1: not all was saved");
         EXPECT_EQ(ReadBytes(file), theirs);
         Command("OnFileSavemovie", "yes");
         EXPECT_NE(ReadBytes(file), theirs);
