@@ -19,7 +19,7 @@ namespace {
 constexpr int LINE_WIDTH = 4;                  // pixels of the screen's scale
 constexpr int LEAST_PANE = 5, LEAST_SIDE = 16; // device pixels
 constexpr int FLY_TICK = 16, FOLLOW_TICK = 20; // milliseconds
-constexpr int FOLLOW_PAUSE = 4;                // times what the drawing of a follower took
+constexpr int FOLLOW_PAUSE = 9;                // times what the drawing of a follower took
 constexpr unsigned ALL_VIEWS = (1u << VIEW_COUNT) - 1;
 constexpr uint32_t DEEP = 32, FLAT = 16; // bits of a pixel
 

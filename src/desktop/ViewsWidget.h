@@ -98,7 +98,7 @@ private:
     QTimer fly_timer;
     Box box_at_press;
     // The views beside the one that is dragged in follow it, one at a time and with pauses, so that they take but a
-    // fifth of the time from the hand.
+    // tenth of the time from the hand.
     QTimer follow_timer;
     unsigned following = 0, last_followed = 0; // bits of views
     int follow_cost = 0;                       // milliseconds of the last of them
