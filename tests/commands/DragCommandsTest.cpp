@@ -203,13 +203,25 @@ TEST_F(DragCommands, AnEditByAWordOfAScriptEndsTheDrag) {
     EXPECT_EQ(Difference(first, StateOf(Level())), "");
 }
 
-TEST_F(DragCommands, CommandsThatLookForFaultsLeaveTheLevelAsItIs) {
+TEST_F(DragCommands, WhatOnlyReadsTheLevelLeavesItAsItIs) {
+    WriteBytes("heights.tga", TargaBytes(4, 4, 8));
     Fresh(true);
-    ASSERT_EQ(Run("key Esc\ncommand OnBrushCylinder\ndrag top 100 100 164 164\nkey Esc\n"), "");
-    LevelBrush(2).curved_surfaces[0].normal[0].x += 0.0001f; // as a move leaves it, in its last bits
+    ASSERT_EQ(Run("key Esc\nterrain heights.tga 512 64 512 2 2 64\nmaterial wall brick\ncommand OnBrushCylinder\n"
+                  "drag top 100 100 164 164\napply\nkey Esc\n"),
+              "");
+    Brush& cylinder = LevelBrush(6);
+    ASSERT_EQ(cylinder.type, BT_CYLINDER);
+    cylinder.curved_surfaces[0].normal[0].x += 0.0001f; // as a move leaves it, in its last bits
+    LevelBrush(2).surfaces[0].vertices[17].y += 20;     // as a stroke does: the borders have normals of their own
+    LevelBrush(2).RecalcBBox();
+    LevelBrush(2).ComputeNormals();
     const SceneState first = StateOf(Level());
-    ASSERT_EQ(Run("command OnSelwrongobj\ncommand OnToolsValidate\nkey Esc\n"), "");
-    EXPECT_EQ(Difference(first, StateOf(Level())), "");
+    for (const char* lines :
+         {"command OnSelwrongobj\nkey Esc\n", "command OnToolsValidate\n", "save level.msp\n", "export level.wrl\n",
+          "picture all v.png\n", "command OnViewShowlevelsumary\n", "command OnShowSelwire\n"}) {
+        ASSERT_EQ(Run(lines), "") << lines;
+        EXPECT_EQ(Difference(first, StateOf(Level())), "") << lines;
+    }
 }
 
 TEST_F(DragCommands, NormalsOfTerrainBordersComeBack) {
