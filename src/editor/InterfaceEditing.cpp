@@ -426,10 +426,12 @@ void CInterface::DeleteSelection() {
         world->AddSelectionToUndo(*deleted);
         world->AddUndoAction(std::move(deleted));
     }
+    const int groups = world->GetGroupCount();
     {
         const bool of_surface = world->selected_surface_brush != -1;
-        ChangeRecord record(*world, "Remove materials.", ChangeScope::AllObjects);
-        if (!of_surface)
+        ChangeRecord record(*world, of_surface ? "Remove materials." : "Dissolve groups of one.",
+                            of_surface ? ChangeScope::AllObjects : ChangeScope::Added);
+        if (something && !of_surface)
             record.Discard(); // a deletion has its own step
         world->DeleteSelection();
     }
@@ -440,7 +442,7 @@ void CInterface::DeleteSelection() {
     SetCountText();
     RedrawAllViews();
     Cancel();
-    if (something)
+    if (something || world->GetGroupCount() != groups)
         MarkDirty();
     if (world->IsSomethingSelected()) // the owner of a deleted path point
         UpdateSelectionBox();

@@ -300,6 +300,26 @@ TEST_F(FullUndoTest, ADragIsUndoneWhateverTheModeIsBy) {
     }
 }
 
+// A clone of a part of a group is such a group.
+TEST_F(FullUndoTest, DeletingNothingDissolvesGroupsOfOneAsAStep) {
+    ObjectGroupLists lone;
+    lone.brushes.AddItem(1);
+    Level().group.push_back(lone);
+    Ed().Cancel();
+    Level().undo_buffer.Empty();
+    Ed().project_file_need_save = false;
+    const SceneState first = State();
+    Ed().DeleteSelection();
+    EXPECT_EQ(Level().GetGroupCount(), 0);
+    EXPECT_TRUE(Ed().project_file_need_save);
+    EXPECT_EQ(UndoTexts(), std::vector<std::string>{"Dissolve groups of one."});
+    ASSERT_TRUE(Undo());
+    EXPECT_EQ(Difference(first, State()), "");
+    ASSERT_TRUE(Redo());
+    Ed().DeleteSelection();
+    EXPECT_EQ(Level().undo_buffer.GetActionCount(), 1) << "nothing is left to dissolve";
+}
+
 TEST_F(FullUndoTest, AVertexMoveUndoneLeavesTheModeAndTheMarks) {
     ToggleVertexMode();
     Drag(VIEW_FRONT, At(-16, -16), At(16, 16), MOUSE_SHIFT);

@@ -182,8 +182,18 @@ inline std::string Difference(const SceneState& expected, const SceneState& foun
     for (const auto& [id, now] : found.objects)
         if (!expected.objects.count(id))
             text += Format("object %u too many (%s); ", id, now.substr(0, AROUND).c_str());
+    const auto groups = [](const SceneState& state) {
+        std::string ids;
+        for (const auto& group : state.groups) {
+            ids += "(";
+            for (const uint32_t id : group)
+                ids += Format("%u ", id);
+            ids += ")";
+        }
+        return ids;
+    };
     if (expected.groups != found.groups)
-        text += "other groups; ";
+        text += "groups " + groups(expected) + " are " + groups(found) + "; ";
     if (expected.selection != found.selection)
         text += "another selection";
     return text;
