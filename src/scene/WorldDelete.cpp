@@ -152,8 +152,16 @@ void World::DeleteObjects(const std::unordered_set<uint32_t>& ids) {
     const std::vector<bool> gone_brushes = mark(brush), gone_entities = mark(entity);
     if (gone_brushes.empty() && gone_entities.empty())
         return;
+    const auto members = [this] {
+        int count = 0;
+        for (const ObjectGroupLists& lists : group)
+            count += lists.MemberCount();
+        return count;
+    };
+    const int members_before = members();
     EraseObjects(gone_brushes, gone_entities);
-    DestroySmallGroups();
+    if (members() != members_before) // else a group of one was so before, too
+        DestroySmallGroups();
     RefreshFirstSelected();
     GetFrontEnd().SelectionChanged();
 }

@@ -191,6 +191,32 @@ TEST_F(Undo, StepsOfSelectingFoldOnlyWithFullUndo) {
     }
 }
 
+// A clone of a part of a group is a group of one.
+TEST_F(Undo, GroupsOfOneStayWhereNothingOfThemGoes) {
+    front_end.full_undo = true;
+    NewBrush();
+    NewBrush(32);
+    Cancel();
+    ObjectGroupLists lone;
+    lone.brushes.AddItem(0);
+    world.group.push_back(lone);
+    world.undo_buffer.Empty();
+    const SceneState first = StateOf(world);
+    NewBrush(64);
+    const SceneState made = StateOf(world);
+    Delete();
+    EXPECT_EQ(world.GetGroupCount(), 0) << "a deletion by the user dissolves it";
+    for (int walk = 0; walk < 2; ++walk) {
+        ASSERT_TRUE(UndoOnce()); // the deletion
+        EXPECT_EQ(Difference(made, StateOf(world)), "");
+        ASSERT_TRUE(UndoOnce()); // the creation
+        EXPECT_EQ(Difference(WithoutSelection(first), WithoutSelection(StateOf(world))), "");
+        ASSERT_TRUE(RedoOnce());
+        EXPECT_EQ(Difference(made, StateOf(world)), "");
+        ASSERT_TRUE(RedoOnce());
+    }
+}
+
 TEST_F(Undo, AFoldedStepGrowsOnlySoFar) {
     constexpr int SELECTED = 120; // and deselected
     front_end.full_undo = true;
